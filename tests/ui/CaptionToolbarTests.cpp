@@ -29,13 +29,13 @@ TEST_F(CaptionToolbarTests, AButtonSaysWhatItDoesWhileThePointerRestsOnIt) {
                                    [](const QQuickItem* hint) { return hint->isVisible(); });
     };
     QTest::mouseMove(&window, {200, 200});
-    QTest::mouseMove(&window, {window.width() - 27, 24});
+    QTest::mouseMove(&window, {window.width() - 27, 24}); // the button that closes the window
     EXPECT_TRUE(runUntil(hintShows));
     QTest::mouseMove(&window, {200, 200});
     EXPECT_TRUE(runUntil([&] { return !hintShows(); }));
 }
 
-TEST_F(CaptionToolbarTests, HidesFromAPointerElsewhereAndComesBackForTheKeyboard) {
+TEST_F(CaptionToolbarTests, HidesWithoutThePointerAndReturnsForTheKeyboard) {
     QQuickWindow& window = captions.window->window();
     const auto shows = [&] {
         return window.property("model").value<CaptionWindowModel*>()->showsChrome();
@@ -45,13 +45,13 @@ TEST_F(CaptionToolbarTests, HidesFromAPointerElsewhereAndComesBackForTheKeyboard
     EXPECT_TRUE(shows());
     runFor(300);
     QTest::keyClick(&window, Qt::Key_Tab);
-    runFor(3200);
-    EXPECT_TRUE(shows()) << "a button has the focus";
+    runFor(3200); // longer than the toolbar shows itself without a reason
+    EXPECT_TRUE(shows()) << "a focused button keeps the toolbar visible";
     QTest::keyClick(&window, Qt::Key_Escape);
     EXPECT_TRUE(runUntil([&] { return !shows(); }));
 }
 
-TEST_F(CaptionToolbarTests, AFileIsNamedAsWhatIsHeardAndAnotherSourceCanBeChosen) {
+TEST_F(CaptionToolbarTests, AFileIsNamedAsTheSourceAndAnotherSourceCanBeChosen) {
     const auto* const toolbar =
         captions.window->window().property("toolbar").value<CaptionToolbarModel*>();
     captions.soundName = std::string("talk.mp3");
@@ -62,26 +62,26 @@ TEST_F(CaptionToolbarTests, AFileIsNamedAsWhatIsHeardAndAnotherSourceCanBeChosen
     EXPECT_EQ(captions.asked, std::vector<std::string>{"systemAudio"});
     EXPECT_EQ(toolbar->toggleText(), "开始字幕");
     captions.waiting = std::string("Waiting for a pipe.");
-    EXPECT_EQ(toolbar->toggleText(), "停止字幕") << "the click that follows takes the start back";
+    EXPECT_EQ(toolbar->toggleText(), "停止字幕") << "the button cancels a start that waits";
     EXPECT_EQ(captions.window->stage().emptyTitle(), "Waiting for a pipe.");
     QSignalSpy changed(toolbar, &CaptionToolbarModel::sessionChanged);
     captions.settle("Said before.");
     captions.publish();
-    EXPECT_TRUE(toolbar->showsStatus() && changed.size() == 1) << "no longer on the empty stage";
+    EXPECT_TRUE(toolbar->showsStatus() && changed.size() == 1) << "captions hide the empty stage";
 
     captions.window.reset();
-    captions.otherWayToTop = "Alt+Space";
+    captions.otherWayToTop = "Alt+Space"; // the desktop does not let the program do it
     captions.open();
     const CaptionCommandsModel& commands = captions.window->commands();
     QStringList texts;
     for (int i = 0; i < commands.rowCount(); ++i)
         texts << commands.index(i).data(CaptionCommandsModel::TextRole).toString();
-    EXPECT_EQ(texts.filter("Alt+Space").size(), 1) << "how the window stays on top here";
+    EXPECT_EQ(texts.filter("Alt+Space").size(), 1) << "the menu names the desktop's own way";
     commands.choose(static_cast<int>(texts.indexOf("关于 Tessarune")));
     EXPECT_EQ(captions.asked.back(), "settings about");
 }
 
-TEST_F(CaptionToolbarTests, TheSourcesCloseWhereverElseTheUserClicks) {
+TEST_F(CaptionToolbarTests, AClickElsewhereOrAnotherWindowClosesTheListOfSources) {
     QQuickWindow& window = captions.window->window();
     ASSERT_TRUE(runUntil([&] { return window.isActive(); }));
     const auto isOpen = [&] { return window.property("menuOpen").toBool(); };
@@ -98,7 +98,7 @@ TEST_F(CaptionToolbarTests, TheSourcesCloseWhereverElseTheUserClicks) {
     EXPECT_TRUE(runUntil([&] { return !isOpen(); }));
 }
 
-TEST_F(CaptionToolbarTests, AnyWindowHasRoomForItsToolbarAndAllOfItsMenu) {
+TEST_F(CaptionToolbarTests, TheToolbarFitsIntoAnyWindowAndTheMenuIsReachedToItsEnd) {
     captions.showAllButtons();
     const std::string name = "A headset with the name of its maker and of each of its channels";
     captions.session.inputDevices =
@@ -124,10 +124,10 @@ TEST_F(CaptionToolbarTests, AnyWindowHasRoomForItsToolbarAndAllOfItsMenu) {
             runFor(50);
             buttons.clear();
             collect(window.contentItem());
-            EXPECT_GE(buttons.size(), 4) << "start, source, menu, close";
+            EXPECT_GE(buttons.size(), 4) << "at least start, source, menu and close";
             double end = 0;
             for (const auto* const button : std::as_const(buttons)) {
-                EXPECT_GE(button->mapToScene({0, 0}).x(), end) << width;
+                EXPECT_GE(button->mapToScene({0, 0}).x(), end) << "overlap at width " << width;
                 end = button->mapToScene({button->width(), 0}).x();
             }
             EXPECT_LE(end, window.width());
@@ -144,11 +144,11 @@ TEST_F(CaptionToolbarTests, AnyWindowHasRoomForItsToolbarAndAllOfItsMenu) {
     EXPECT_GE(entries->height(), entries->property("contentHeight").toDouble());
     EXPECT_TRUE(menu->screen()->availableGeometry().contains(menu->geometry()));
     runFor(50);
-    QTest::mouseClick(menu, Qt::LeftButton, {}, {60, menu->height() - 12});
+    QTest::mouseClick(menu, Qt::LeftButton, {}, {60, menu->height() - 12}); // the last entry
     EXPECT_EQ(captions.asked.back(), "quit");
     EXPECT_FALSE(menu->isVisible());
     QTest::mouseClick(&window, Qt::RightButton, {}, {200, 100});
-    EXPECT_LT(entries->width(), menu->width()) << "the second time, too";
+    EXPECT_LT(entries->width(), menu->width()) << "a menu that opens again keeps its margins";
 
     entries->setProperty("currentIndex", entries->property("count").toInt() - 1);
     captions.session.inputDevices = std::vector<AudioInputDevices::Device>(8, {"x", "X", false});
@@ -158,7 +158,7 @@ TEST_F(CaptionToolbarTests, AnyWindowHasRoomForItsToolbarAndAllOfItsMenu) {
     EXPECT_TRUE(menu->screen()->availableGeometry().contains(menu->geometry()));
     QTest::keyClick(&window, Qt::Key_Return);
     EXPECT_EQ(captions.asked, (std::vector<std::string>{"refresh", "quit", "refresh", "quit"}))
-        << "still the last entry";
+        << "the last entry stays current when devices are added";
 
     captions.session.inputDevices = std::vector<AudioInputDevices::Device>(50, {"x", "X", false});
     QTest::mouseClick(&window, Qt::RightButton, {}, {200, 100});
@@ -172,7 +172,7 @@ TEST_F(CaptionToolbarTests, AnyWindowHasRoomForItsToolbarAndAllOfItsMenu) {
         QTest::keyClick(&window, Qt::Key_Up);
         runFor(50);
     }
-    EXPECT_EQ(entries->property("currentIndex"), pointed - 3) << "scrolls below the pointer";
+    EXPECT_EQ(entries->property("currentIndex"), pointed - 3) << "the resting pointer is ignored";
 }
 
 } // namespace

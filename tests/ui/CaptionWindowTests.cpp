@@ -49,7 +49,7 @@ class CaptionWindowTests : public WarningsFail {
     StagedCaptions captions;
 };
 
-TEST_F(CaptionWindowTests, ChangesAsFewRowsAsAFrameDoes) {
+TEST_F(CaptionWindowTests, AFrameUpdatesOnlyTheRowsThatItChanges) {
     CaptionRowsModel& rows = *captions.window->stage().rows();
     for (int i = 0; i < 500; ++i)
         captions.settle("Sentence " + std::to_string(i) + ".");
@@ -78,7 +78,7 @@ TEST_F(CaptionWindowTests, ChangesAsFewRowsAsAFrameDoes) {
     captions.publish();
     EXPECT_EQ(changedRows(), (QList<int>{3, 500}));
     EXPECT_EQ(inserted.size(), 0);
-    captions.settle("And so on."); // takes the place of the growing row
+    captions.settle("And so on."); // replaces the open row
     captions.speak("Now");
     captions.publish();
     EXPECT_EQ(changedRows(), QList<int>{500});
@@ -108,8 +108,8 @@ TEST_F(CaptionWindowTests, ShowsWhyThereAreNoCaptions) {
         EXPECT_EQ(!stage.emptyRemedy().isEmpty(), status == Kind::silent);
         runFor(20);
     }
-    captions.enter(LiveSessionPhase::stopping,
-                   Kind::none); // the last words have cleared the status
+    // During a stop, the last words clear the status of the session, which is still being saved.
+    captions.enter(LiveSessionPhase::stopping, Kind::none);
     const auto* const toolbar =
         captions.window->window().property("toolbar").value<CaptionToolbarModel*>();
     EXPECT_TRUE(toolbar->showsStatus());
@@ -123,15 +123,15 @@ TEST_F(CaptionWindowTests, ShowsWhyThereAreNoCaptions) {
     captions.speak("Hello");
     captions.publish();
     EXPECT_EQ(stage.presentation(), "content");
-    captions.settings.translationBackend = "关闭"; // both layouts need a translation
+    captions.settings.translationBackend = "关闭"; // nothing to compare the source with
     runFor(20);
     EXPECT_FALSE(stage.isBilingual());
 }
 
-TEST_F(CaptionWindowTests, StartsAsItsEmptyStageSays) {
+TEST_F(CaptionWindowTests, AClickOnTheEmptyStageStartsCaptions) {
     auto& keyCode = captions.settings.shortcutToggleRecord.keyCode;
     for (const auto& [code, title] :
-         {std::pair{116, "点击开始，或按 PgUp"}, {0xFFFF, "点击开始"}}) {
+         {std::pair{116, "点击开始，或按 PgUp"}, {0xFFFF, "点击开始"}}) { // no key
         keyCode = code;
         EXPECT_EQ(captions.window->stage().emptyTitle().toStdString(), title);
     }
@@ -139,14 +139,14 @@ TEST_F(CaptionWindowTests, StartsAsItsEmptyStageSays) {
     QTest::mousePress(&window, Qt::LeftButton, {}, {200, 150});
     QTest::mouseMove(&window, {240, 150});
     QTest::mouseRelease(&window, Qt::LeftButton, {}, {240, 150});
-    EXPECT_TRUE(captions.asked.empty()) << "the window was moved";
+    EXPECT_TRUE(captions.asked.empty()) << "a drag moves the window and starts nothing";
     captions.notice = CaptionNotice{"Something to read."};
     runFor(50);
     const auto* const notice = window.findChild<QQuickItem*>("notice");
     const QPoint onText = notice->mapToScene({30, notice->height() / 2}).toPoint();
-    for (const QPoint point : {onText, QPoint(200, 46)}) // and below the buttons of the toolbar
+    for (const QPoint point : {onText, QPoint(200, 46)}) // the toolbar, below its buttons
         QTest::mouseClick(&window, Qt::LeftButton, {}, point);
-    EXPECT_TRUE(captions.asked.empty()) << "beside a button";
+    EXPECT_TRUE(captions.asked.empty()) << "a click on a notice or the toolbar starts nothing";
     QTest::mouseClick(&window, Qt::LeftButton, {}, {200, 150});
     EXPECT_EQ(captions.asked, std::vector<std::string>{"toggle"});
 }
@@ -162,7 +162,7 @@ TEST_F(CaptionWindowTests, KeepsTheNewestLineInSightUntilTheReaderScrollsBack) {
     }
     ASSERT_TRUE(runUntil([&] { return std::abs(hiddenBelow()) < 1; })) << hiddenBelow();
     EXPECT_EQ(std::ranges::count(captions.followed, "attached"), 1)
-        << "the list of the other layout is invisible";
+        << "only the visible layout's list follows the captions";
 
     const auto* const view = list()->parentItem();
     QMetaObject::invokeMethod(list(), "flick", Q_ARG(double, 0), Q_ARG(double, 2500)); // a wheel
@@ -181,7 +181,7 @@ TEST_F(CaptionWindowTests, KeepsTheNewestLineInSightUntilTheReaderScrollsBack) {
     QQuickWindow& window = captions.window->window();
     ASSERT_TRUE(runUntil([&] { return window.isActive(); }));
     QTest::mouseClick(&window, Qt::RightButton, {}, {200, 150});
-    QTest::keyClick(&window, Qt::Key_Escape); // out of the menu
+    QTest::keyClick(&window, Qt::Key_Escape); // closes the menu
     ASSERT_TRUE(runUntil([&] { return window.isActive(); }));
     QTest::keyClick(&window, Qt::Key_Up);
     EXPECT_TRUE(view->property("reviewing").toBool());
@@ -193,7 +193,7 @@ TEST_F(CaptionWindowTests, KeepsTheNewestLineInSightUntilTheReaderScrollsBack) {
     EXPECT_TRUE(runUntil([&] { return std::abs(hiddenBelow()) < 1; })) << hiddenBelow();
 }
 
-TEST_F(CaptionWindowTests, CommandsHaveTheKeysOfTheSettingsWhileTheyMakeSense) {
+TEST_F(CaptionWindowTests, TheKeysOfTheSettingsRunTheAvailableCommands) {
     QQuickWindow& window = captions.window->window();
     captions.session.hasVisibleSourceTextFlag = true;
     ASSERT_TRUE(runUntil([&] { return window.isActive(); }));
@@ -211,8 +211,8 @@ TEST_F(CaptionWindowTests, CommandsHaveTheKeysOfTheSettingsWhileTheyMakeSense) {
     EXPECT_EQ(press(Qt::Key_Space, Qt::NoModifier), Asked{}) << "Space presses the focused button";
     EXPECT_NE(*captions.settings.keepOnTop, wasOnTop);
     window.contentItem()->forceActiveFocus();
-    captions.settings.shortcutClear.keyCode = 117;
-    captions.settings.shortcutClear.modifiers = 0xA0000;
+    captions.settings.shortcutClear.keyCode = 117;       // Delete
+    captions.settings.shortcutClear.modifiers = 0xA0000; // Alt and Shift
     EXPECT_EQ(press(Qt::Key_E, Qt::ControlModifier), Asked{});
     EXPECT_EQ(press(Qt::Key_Delete, Qt::AltModifier | Qt::ShiftModifier), Asked{"clear"});
     captions.settings.shortcutToggleRecord.keyCode = 0xFFFF; // switched off
@@ -234,13 +234,13 @@ TEST_F(CaptionWindowTests, CommandsHaveTheKeysOfTheSettingsWhileTheyMakeSense) {
     QTest::keyClick(&window, Qt::Key_End);
     QTest::keyClick(&window, Qt::Key_Down);
     QTest::keyClick(&window, Qt::Key_Return);
-    EXPECT_EQ(captions.asked, (Asked{"refresh", "toggle"})) << "with the devices of now";
+    EXPECT_EQ(captions.asked, (Asked{"refresh", "toggle"})) << "opening it refreshes devices";
     EXPECT_FALSE(menu->property("isOpen").toBool());
 }
 
-TEST_F(CaptionWindowTests, WordsThatAreShownAreNotStreamedAgain) {
+TEST_F(CaptionWindowTests, WordsAlreadyShownAreNotStreamedAgain) {
     captions.settings.smoothStreaming = true;
-    captions.settings.smoothPaceMS = 1'000'000; // only the first word of a text appears
+    captions.settings.smoothPaceMS = 1'000'000; // only the first new word appears
     const auto markup = [&] {
         const auto* const row = newest();
         const auto* const item = row ? row->property("sourceItem").value<QQuickItem*>() : nullptr;
@@ -261,11 +261,11 @@ TEST_F(CaptionWindowTests, WordsThatAreShownAreNotStreamedAgain) {
     becomes("We");
     captions.frame.liveTailRows = {};
     captions.frame.mergedBilingualLiveTailRows = {};
-    captions.speak("And so on we went home and slept"); // opens again
+    captions.speak("And so on we went home and slept"); // the first sentence is open again
     becomes("And so on we went");
     captions.leave("And so on.");
     captions.speak("We went home and");
-    captions.publish(); // two changes before the next picture
+    captions.publish(); // two updates before the window is drawn again
     captions.speak("We went home and slept");
     becomes("We went home");
     captions.frame.liveTailRows = {};
@@ -276,10 +276,10 @@ TEST_F(CaptionWindowTests, WordsThatAreShownAreNotStreamedAgain) {
     becomes("Another");
     EXPECT_TRUE(markup().contains("<font"));
     captions.settings.highlightChanges = false;
-    EXPECT_TRUE(runUntil([&] { return !markup().contains("<font"); })) << "at once";
+    EXPECT_TRUE(runUntil([&] { return !markup().contains("<font"); })) << "no highlight remains";
 }
 
-TEST_F(CaptionWindowTests, SwapsTheLinesAndMovesNothingForWhoWantsLessMotion) {
+TEST_F(CaptionWindowTests, SwapsTheLinesAndAnimatesNothingIfMotionIsReduced) {
     captions.settings.swapCaptionOrder = true;
     captions.settings.smoothStreaming = true;
     captions.reducesMotion = true;
@@ -291,7 +291,8 @@ TEST_F(CaptionWindowTests, SwapsTheLinesAndMovesNothingForWhoWantsLessMotion) {
     const auto itemOf = [&](const char* part) {
         return newest()->property(part).value<QQuickItem*>();
     };
-    EXPECT_TRUE(itemOf("sourceItem")->property("text").toString().contains("home")) << "at once";
+    EXPECT_TRUE(itemOf("sourceItem")->property("text").toString().contains("home"))
+        << "all words appear together";
     EXPECT_LT(itemOf("translationItem")->y(), itemOf("sourceItem")->y());
     captions.settle("Something new.");
     captions.publish();
@@ -299,7 +300,7 @@ TEST_F(CaptionWindowTests, SwapsTheLinesAndMovesNothingForWhoWantsLessMotion) {
     EXPECT_EQ(list()->parentItem()->findChild<CaptionFollow*>()->glide(), 0);
 }
 
-TEST_F(CaptionWindowTests, TextIsSelectedAcrossRowsAndStaysSoWhileCaptionsGoOn) {
+TEST_F(CaptionWindowTests, TextIsSelectedAcrossRowsAndStaysSelectedWhileCaptionsArrive) {
     captions.settle("The first sentence.", "第一句。");
     captions.settle("The second sentence.", "第二句。");
     captions.publish();
@@ -318,12 +319,12 @@ TEST_F(CaptionWindowTests, TextIsSelectedAcrossRowsAndStaysSoWhileCaptionsGoOn) 
     captions.settle("The third sentence.");
     captions.speak("A fourth");
     captions.publish();
-    captions.speak(""); // withdrawn
+    captions.speak(""); // the open words are withdrawn
     captions.publish();
     ASSERT_TRUE(runUntil([&] { return window.isActive(); }));
     QTest::keyClick(&window, Qt::Key_C, Qt::ControlModifier);
     EXPECT_EQ(QGuiApplication::clipboard()->text(), "第一句。\nThe second sentence.");
-    captions.settings.mergeBilingualRows = true; // other rows
+    captions.settings.mergeBilingualRows = true; // replaces the rows
     EXPECT_TRUE(runUntil(
         [&] { return captions.window->commands().property("selection").toString().isEmpty(); }));
     runFor(300);
@@ -339,7 +340,7 @@ TEST_F(CaptionWindowTests, TextIsSelectedAcrossRowsAndStaysSoWhileCaptionsGoOn) 
     captions.publish();
     captions.session.hasVisibleSourceTextFlag = true;
     QTest::keyClick(&window, Qt::Key_C, Qt::ControlModifier);
-    EXPECT_EQ(QGuiApplication::clipboard()->text(), "Said.\n说过。") << "nothing is selected";
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), "Said.\n说过。") << "all captions are copied";
 }
 
 TEST_F(CaptionWindowTests, SaysWhyNoNewWordsCome) {
@@ -378,7 +379,7 @@ TEST_F(CaptionWindowTests, AMissingTranslationCanBeCompletedWhateverElseIsShown)
     captions.settle("Not translated.");
     captions.frame.translationStatus = {
         std::string(TranslationSupport::languageResourceNotReadyMessage("de")), true, true};
-    captions.enter(LiveSessionPhase::idle, Kind::transcriptNotSaved); // has a message of its own
+    captions.enter(LiveSessionPhase::idle, Kind::transcriptNotSaved); // shows a message, too
     captions.publish();
     runFor(50);
     const auto press = [&](const char* action) {
@@ -391,7 +392,7 @@ TEST_F(CaptionWindowTests, AMissingTranslationCanBeCompletedWhateverElseIsShown)
         return !captions.asked.empty();
     };
     ASSERT_TRUE(runUntil([&] { return press("下载…"); }));
-    captions.lacksModel = false; // another program installs it
+    captions.lacksModel = false; // another program has installed the model
     captions.asked.clear();
     EXPECT_TRUE(runUntil([&] { return press("补齐未完成译文"); }));
     EXPECT_EQ(captions.asked.front(), "retry");
@@ -399,13 +400,14 @@ TEST_F(CaptionWindowTests, AMissingTranslationCanBeCompletedWhateverElseIsShown)
     EXPECT_EQ(stage.translationStatus(), "Some captions are not translated yet.");
     captions.lacksModel = true;
     captions.settings.translationTargetLanguage = "fr";
-    EXPECT_EQ(stage.translationRemedy(), "下载…") << "the other language's model";
+    EXPECT_EQ(stage.translationRemedy(), "下载…") << "the new target language has no model";
     captions.window.reset();
     captions.open();
-    EXPECT_EQ(captions.window->stage().translationRemedy(), "下载…") << "from the beginning";
+    EXPECT_EQ(captions.window->stage().translationRemedy(), "下载…")
+        << "a new window offers it, too";
 }
 
-TEST_F(CaptionWindowTests, ReadsAsAListOfCaptionsToOtherPrograms) {
+TEST_F(CaptionWindowTests, AScreenReaderFindsCaptionsAsListItemsAndNamedButtons) {
     captions.settle("Said.", "说过。");
     captions.publish();
     runFor(50);
@@ -422,10 +424,11 @@ TEST_F(CaptionWindowTests, ReadsAsAListOfCaptionsToOtherPrograms) {
     };
     read(QAccessible::queryAccessibleInterface(&captions.window->window()));
     EXPECT_EQ(captionsRead, QStringList{"Said.\n说过。"});
-    EXPECT_TRUE(unnamed.isEmpty()) << unnamed.join(' ').toStdString();
+    EXPECT_TRUE(unnamed.isEmpty()) << "buttons without a name: " << unnamed.join(' ').toStdString();
 }
 
 TEST_F(CaptionWindowTests, EveryTextStandsOutFromTheBackground) {
+    // A term of WCAG's contrast ratio: the relative luminance of a colour over a grey, plus 0.05.
     const auto luminance = [](const QColor& text, double opacity, double below) {
         double sum = 0.05;
         for (const auto& [value, weight] :
@@ -450,22 +453,22 @@ TEST_F(CaptionWindowTests, EveryTextStandsOutFromTheBackground) {
         for (const auto* const text : list()->findChildren<QQuickItem*>()) {
             if (!text->isVisible() || !text->property("wrapMode").isValid())
                 continue;
-            for (const double screen : {0, 1}) { // black, white
+            for (const double screen : {0, 1}) { // black and white behind the window
                 const double below = screen * (1 - background.alphaF());
                 EXPECT_GE(
                     luminance(text->property("color").value<QColor>(), text->opacity(), below) /
                         luminance(background, background.alphaF(), screen),
-                    4.5)
-                    << text->property("text").toString().toStdString();
+                    4.5) // WCAG's least contrast
+                    << "the contrast of " << text->property("text").toString().toStdString();
             }
         }
     }
 }
 
-TEST_F(CaptionWindowTests, ANoticeIsReadToItsEndInASmallWindow) {
+TEST_F(CaptionWindowTests, ALongNoticeIsNotCutOffInASmallWindow) {
     QQuickWindow& window = captions.window->window();
     window.resize(380, 300);
-    const auto isBelowToolbar = [&] {
+    const auto isBelowToolbar = [&] { // whose height is 48
         return window.findChild<QQuickItem*>("notice")->mapToScene({0, 0}).y() >= 48;
     };
     captions.notice =
@@ -482,17 +485,17 @@ TEST_F(CaptionWindowTests, ANoticeIsReadToItsEndInASmallWindow) {
     EXPECT_GE(notice->height(), text->height());
     EXPECT_LE(notice->width(), window.width());
     EXPECT_LE(newest()->mapToScene({0, newest()->height()}).y(), notice->mapToScene({0, 0}).y());
-    captions.enter(LiveSessionPhase::failed, Kind::transcriptNotSaved); // has a message, too
+    captions.enter(LiveSessionPhase::failed, Kind::transcriptNotSaved); // shows a message, too
     window.resize(380, 180);
-    EXPECT_TRUE(runUntil(isBelowToolbar)) << "its button can be reached";
+    EXPECT_TRUE(runUntil(isBelowToolbar)) << "the toolbar does not cover the notice's button";
     captions.frame.sourceTextTail = {};
-    captions.enter(LiveSessionPhase::stopping, Kind::silent); // has a button
+    captions.enter(LiveSessionPhase::stopping, Kind::silent); // shows a button, too
     captions.publish();
     runFor(50);
     EXPECT_TRUE(isBelowToolbar());
 }
 
-TEST_F(CaptionWindowTests, LargeTypeInALowWindowLosesItsMarginsBeforeTheNewestLine) {
+TEST_F(CaptionWindowTests, ALowWindowGivesUpItsMarginsToShowLargeTypeWhole) {
     captions.settings.sourceFontSize = 96;
     captions.settings.translationFontSize = 72;
     captions.window->window().resize(940, 240);
@@ -507,7 +510,7 @@ TEST_F(CaptionWindowTests, LargeTypeInALowWindowLosesItsMarginsBeforeTheNewestLi
     };
     EXPECT_TRUE(runUntil(isWhole)) << newest()->mapToScene({0, 0}).y();
     captions.settings.subtitleBottomPadding = 10000;
-    // What rows need moves the list between two frames, not while it lays them out.
+    // Rows that are higher than the window must not move the list while it lays them out.
     for (const int size : {200, 24}) {
         captions.settings.sourceFontSize = size;
         captions.settings.translationFontSize = size;
@@ -524,7 +527,7 @@ TEST_F(CaptionWindowTests, LargeTypeInALowWindowLosesItsMarginsBeforeTheNewestLi
     }
 }
 
-TEST_F(CaptionWindowTests, ReturnsToItsPlaceAndToNoneThatIsOutOfReach) {
+TEST_F(CaptionWindowTests, ReopensAtItsPlaceUnlessThatIsOffTheScreen) {
     const QRect place(40, 30, 500, 250);
     captions.window->window().setGeometry(place);
     captions.window->hide();

@@ -31,7 +31,7 @@ class DesktopListeningTests : public ::testing::Test {
         setLocalizationTable({}); // which the application sets
     }
 
-    bool hasPlaces() const {
+    bool setEnvironment() const {
         for (const char* place : {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME"})
             qputenv(place, folder.path().c_str());
         qputenv("PULSE_SERVER", "unix:/nowhere");
@@ -50,7 +50,7 @@ class DesktopListeningTests : public ::testing::Test {
     }
 
     const testing::TemporaryFolder folder;
-    const bool isPrivate = hasPlaces();
+    const bool isPrivate = setEnvironment(); // the members below read the environment
     const LiveSessionControlTrigger script = LiveSessionControlTrigger::programmatic();
     const LiveSessionControlTrigger user = LiveSessionControlTrigger::toolbarPill();
     QtHost host;
@@ -59,15 +59,15 @@ class DesktopListeningTests : public ::testing::Test {
     ListeningSession session{application, sound, {}};
     DesktopNotices notices;
     DesktopListening listening{{host, sound, session, notices, [] { return true; }}};
-    Strings heard; ///< the files, and "" for the computer
+    Strings heard; ///< the sources: names of files, and "" for the computer
 };
 
-TEST_F(DesktopListeningTests, AToggleTurnsAroundWhatTheControlsShow) {
+TEST_F(DesktopListeningTests, AToggleReversesWhatTheControlsShow) {
     const auto pipe = folder / "pipe";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     EXPECT_FALSE(showsStop());
     listening.captionFiles({pipe});
-    EXPECT_TRUE(showsStop()) << "while it looks at the file";
+    EXPECT_TRUE(showsStop()) << "a file is being opened";
     ASSERT_TRUE(runUntil([&] { return listening.waiting()->value_or("") != ""; }));
     listening.toggle(user);
     EXPECT_FALSE(showsStop());
@@ -78,7 +78,7 @@ TEST_F(DesktopListeningTests, AToggleTurnsAroundWhatTheControlsShow) {
     listening.toggle(script);
     EXPECT_FALSE(showsStop());
     listening.toggle(script);
-    EXPECT_TRUE(showsStop()) << "it starts again once it is saved";
+    EXPECT_TRUE(showsStop()) << "a start waits until the session is saved";
     EXPECT_EQ(*view().sessionPhase, LiveSessionPhase::stopping);
     listening.toggle(user);
     EXPECT_FALSE(showsStop());
@@ -87,7 +87,7 @@ TEST_F(DesktopListeningTests, AToggleTurnsAroundWhatTheControlsShow) {
     ASSERT_TRUE(isPhase(LiveSessionPhase::listening));
 
     // Another source, which waits until the file's session is saved.
-    listening.selectSource(AudioSource::microphone("none"));
+    listening.selectSource(AudioSource::microphone("missing"));
     EXPECT_TRUE(showsStop());
     listening.toggle(user);
     EXPECT_FALSE(showsStop());
@@ -121,16 +121,16 @@ TEST_F(DesktopListeningTests, FilesFollowEachOtherUntilAStop) {
     notices.dismissShown();
     listening.captionFiles({folder / "long.wav", second});
     ASSERT_TRUE(isPhase(LiveSessionPhase::listening));
-    listening.captionFiles({folder / "long.wav", first}); // in place of the others
+    listening.captionFiles({folder / "long.wav", first}); // replaces the files still to come
     ASSERT_TRUE(
         runUntil([&] { return notices.shown()->text.find("second .wav") != std::string::npos; }));
     ASSERT_TRUE(isPhase(LiveSessionPhase::stopping) && isPhase(LiveSessionPhase::listening));
-    session.store().stopListening(script); // as after silence
+    session.store().stopListening(script); // as a long silence does
     for (const char* name : {"second .wav", "first.wav"})
         EXPECT_NE(notices.shown()->text.find(name), std::string::npos) << notices.shown()->text;
 }
 
-TEST(DesktopNoticesTests, AFewAreShownAtATimeAndNoneIsLost) {
+TEST(DesktopNoticesTests, ThreeAreShownAtATimeAndTheOthersFollow) {
     DesktopNotices notices;
     for (const char* text : {"1", "2", "3", "4", "5"})
         notices.tell(text);
@@ -141,7 +141,7 @@ TEST(DesktopNoticesTests, AFewAreShownAtATimeAndNoneIsLost) {
     EXPECT_EQ(notices.shown()->text, "");
 }
 
-TEST(DesktopRequestTests, AnArgumentIsAnActionOrAFileOrAMistake) {
+TEST(DesktopRequestTests, AnArgumentIsAnActionAFileOrUnknown) {
     char start[] = "start", prefixed[] = "file:a b", address[] = "file:///tmp/a%20b.wav",
          path[] = "./film.mkv", mistake[] = "strat", empty[] = "";
     std::vector<char*> arguments{start, prefixed, address, path};

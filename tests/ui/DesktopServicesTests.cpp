@@ -47,7 +47,7 @@ class ScriptedServices : public QDBusVirtualObject {
         }
         return false;
     }
-    /// Whether the program still holds its end of the pipe.
+    /// Whether the program still holds its end of the pipe, which delays the sleep.
     bool isHeld() const {
         char byte = 0;
         return held >= 0 && read(held, &byte, 1) != 0;
@@ -93,7 +93,7 @@ TEST_F(DesktopServices, ATrayIsFoundWhenItsPanelStartsAfterTheProgram) {
     EXPECT_TRUE(runUntil([&] { return !watch.isThere(); }));
 }
 
-TEST_F(DesktopServices, MotionIsAsTheDesktopWantsItAndFollowsAChange) {
+TEST_F(DesktopServices, MotionFollowsTheDesktopsSetting) {
     manager.registerVirtualObject("/org/freedesktop/portal/desktop", &services);
     ASSERT_TRUE(manager.registerService("org.freedesktop.portal.Desktop"));
     const DesktopMotion motion(program);
@@ -106,7 +106,7 @@ TEST_F(DesktopServices, MotionIsAsTheDesktopWantsItAndFollowsAChange) {
     EXPECT_TRUE(runUntil([&] { return !*motion.isReduced; }));
 }
 
-TEST_F(DesktopServices, TheComputerWaitsUntilEverythingIsOnTheDisk) {
+TEST_F(DesktopServices, SleepIsDelayedUntilTheProgramIsReady) {
     manager.registerVirtualObject("/org/freedesktop/login1", &services);
     ASSERT_TRUE(manager.registerService("org.freedesktop.login1"));
 
@@ -133,7 +133,7 @@ TEST_F(DesktopServices, TheComputerWaitsUntilEverythingIsOnTheDisk) {
     late();
     announce(true);
     EXPECT_TRUE(runUntil([&] { return ready != nullptr; }));
-    EXPECT_TRUE(services.isHeld()) << "the sleep before is over";
+    EXPECT_TRUE(services.isHeld()) << "an answer to the former sleep does not count for this one";
 }
 
 TEST(LoginItem, FollowsTheSettingAndTheDesktopsOwnSwitch) {
@@ -155,7 +155,7 @@ TEST(LoginItem, FollowsTheSettingAndTheDesktopsOwnSwitch) {
     }
     files.writeAtomically(entry, testing::contentsOf(entry) + "Hidden=true\n");
     const LoginItem item(host, settings, desktop);
-    EXPECT_FALSE(*settings.launchAtLogin) << "switched off by the desktop";
+    EXPECT_FALSE(*settings.launchAtLogin) << "the desktop has switched the entry off";
     files.remove(entry);
     files.writeAtomically(folder / "autostart/x", "");
     settings.launchAtLogin = true;
@@ -166,7 +166,7 @@ TEST(LoginItem, FollowsTheSettingAndTheDesktopsOwnSwitch) {
     testing::MemoryUserDefaults untouched;
     AppSettings fresh(untouched);
     const LoginItem taken(host, fresh, desktop);
-    EXPECT_TRUE(*fresh.launchAtLogin) << "entered by the user";
+    EXPECT_TRUE(*fresh.launchAtLogin) << "an entry of the user's own counts";
     EXPECT_NE(testing::contentsOf(entry).find("tessarune start"), std::string::npos);
 }
 

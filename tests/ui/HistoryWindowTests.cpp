@@ -16,7 +16,7 @@ namespace {
 
 class HistoryWindowTests : public WarningsFail {
   protected:
-    /// In a time zone where it is noon, so that the last few hours are of one day.
+    /// Sets a time zone where it is noon, so that the last hours belong to the same day.
     HistoryWindowTests() {
         const std::time_t now = std::time(nullptr);
         setenv("TZ", ("NOON" + std::to_string(std::gmtime(&now)->tm_hour - 12)).c_str(), 1);
@@ -29,13 +29,13 @@ class HistoryWindowTests : public WarningsFail {
     }
     QQuickWindow& window() { return history.window->window(); }
     HistoryWindowModel& model() { return history.window->model(); }
-    QString told(int row, int role) {
+    QString cell(int row, int role) {
         return model().list()->data(model().list()->index(row), role).toString();
     }
     std::string titles() {
         std::string all;
         for (int row = 0; row < model().list()->count(); ++row)
-            all += told(row, HistoryListModel::TitleRole).toStdString() + "|";
+            all += cell(row, HistoryListModel::TitleRole).toStdString() + "|";
         return all;
     }
 
@@ -47,22 +47,22 @@ TEST_F(HistoryWindowTests, TheListFollowsTheCatalogAndASearch) {
     const UUID noted = history.add(20, "Second");
     open();
     EXPECT_EQ(titles(), "Second|Third day more|");
-    EXPECT_EQ(told(0, HistoryListModel::DayRole), "今天");
+    EXPECT_EQ(cell(0, HistoryListModel::DayRole), "今天");
     history.catalog.setNote("My note", noted);
     history.add(10, "", "", true);
     ASSERT_TRUE(runUntil([&] { return model().list()->count() == 3; }));
     EXPECT_EQ(titles(), "|My note|Third day more|");
-    EXPECT_EQ(model().currentRow(), 1) << "what was chosen stays so";
+    EXPECT_EQ(model().currentRow(), 1) << "the chosen recording stays chosen";
     model().setQuery("note seco");
     EXPECT_EQ(titles(), "My note|");
     model().setQuery("nothing like it");
     EXPECT_EQ(model().emptyTitle(), "没有找到");
-    model().setQuery("三天"); // in the translation
+    model().setQuery("三天"); // found in the translation
     EXPECT_TRUE(runUntil([&] { return titles() == "Third day more|"; })) << titles();
     model().setQuery({});
     EXPECT_EQ(model().list()->count(), 3);
 
-    // Another program saves a text, and then its list.
+    // Another program saves a transcript, and then the index.
     const UUID foreign = history.add(5, "");
     model().select(foreign);
     ASSERT_TRUE(runUntil([&] { return model().detail()->hint() != ""; }));
@@ -72,7 +72,7 @@ TEST_F(HistoryWindowTests, TheListFollowsTheCatalogAndASearch) {
     EXPECT_TRUE(runUntil([&] { return titles().starts_with("Of another program|"); })) << titles();
 }
 
-TEST_F(HistoryWindowTests, KeysChooseDeleteAndTakeBack) {
+TEST_F(HistoryWindowTests, KeysSelectARecordingDeleteItAndUndoThat) {
     history.add(30, "Third");
     const UUID second = history.add(20, "Second");
     history.add(10, "First");
@@ -86,16 +86,16 @@ TEST_F(HistoryWindowTests, KeysChooseDeleteAndTakeBack) {
     EXPECT_EQ(window().findChild<QQuickItem*>("message")->opacity(), 1);
     DesktopLook::setReducesMotion(false);
     EXPECT_EQ(titles(), "First|Third|");
-    EXPECT_TRUE(history.catalog.recording(second)) << "it can be taken back";
+    EXPECT_TRUE(history.catalog.recording(second)) << "kept while the deletion can be undone";
     QKeyEvent held(QEvent::KeyPress, Qt::Key_Delete, Qt::NoModifier, QString(), true);
     QCoreApplication::sendEvent(&window(), &held);
-    EXPECT_EQ(titles(), "First|Third|") << "a key that is held repeats";
+    EXPECT_EQ(titles(), "First|Third|") << "a key that is held deletes no more";
     QTest::keyClick(&window(), Qt::Key_Delete);
     EXPECT_EQ(titles(), "First|");
     EXPECT_TRUE(model().message().endsWith("和另外 1 条录音"));
     for (int i = 0; i < 2; ++i)
         QTest::keyClick(&window(), Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_EQ(titles(), "First|Second|Third|") << "each can be taken back";
+    EXPECT_EQ(titles(), "First|Second|Third|") << "each deletion can be undone";
     EXPECT_EQ(model().detail()->recording()->id, second);
 
     // The disk refuses the change.
@@ -110,7 +110,7 @@ TEST_F(HistoryWindowTests, KeysChooseDeleteAndTakeBack) {
     EXPECT_FALSE(model().canUndo());
     std::filesystem::remove(index);
     std::filesystem::rename(aside, index);
-    model().refresh(); // the window may have read the list meanwhile
+    model().refresh(); // the window may have read the index while it was a folder
     EXPECT_TRUE(runUntil([&] { return titles() == "First|Second|Third|"; })) << titles();
     model().select(second);
 
@@ -123,12 +123,12 @@ TEST_F(HistoryWindowTests, KeysChooseDeleteAndTakeBack) {
     EXPECT_TRUE(runUntil([&] { return !history.catalog.recording(second); }));
     QTest::keyClick(&window(), Qt::Key_Delete);
     history.window.reset();
-    EXPECT_EQ(history.catalog.recordings().size(), 1U) << "the window's end is no way back";
+    EXPECT_EQ(history.catalog.recordings().size(), 1U) << "closing the window deletes for good";
 }
 
-TEST_F(HistoryWindowTests, AHintIsReadWholeAtTheWindowsEdge) {
+TEST_F(HistoryWindowTests, AHintIsNotCutOffAtTheWindowsEdge) {
     history.add(10, "First");
-    history.application.styleHints()->setUseHoverEffects(true); // not every platform has them
+    history.application.styleHints()->setUseHoverEffects(true); // off on some platforms
     open();
     const auto* const button = window().findChild<QQuickItem*>("delete");
     QTest::mouseMove(&window(), button->mapToScene({5, 5}).toPoint());
@@ -146,7 +146,7 @@ TEST_F(HistoryWindowTests, AHintIsReadWholeAtTheWindowsEdge) {
     EXPECT_LT(box->mapToScene({box->width(), 0}).x(), window().width());
 }
 
-TEST_F(HistoryWindowTests, TheChosenRecordingIsReadNotedAndExported) {
+TEST_F(HistoryWindowTests, TheChosenRecordingIsShownNotedAndExported) {
     const UUID id = history.add(20, "One.\nTwo.", "One.\n一。\n\nTwo.\n二。");
     history.time(id, 1);
     open();
@@ -168,7 +168,7 @@ TEST_F(HistoryWindowTests, TheChosenRecordingIsReadNotedAndExported) {
     ASSERT_TRUE(runUntil([&] { return detail.note() == "ab"; }));
     EXPECT_EQ(history.catalog.recording(id)->note, "ab");
     EXPECT_TRUE(runUntil([&] { return history.dataFolder.use_count() == 1; }))
-        << "other programs may write again";
+        << "the data folder is released after the change";
 
     model().exports()->setFormat("srt");
     model().exports()->run();
@@ -185,7 +185,7 @@ TEST_F(HistoryWindowTests, TheChosenRecordingIsReadNotedAndExported) {
     model().exports()->setFormat("pdf");
     EXPECT_EQ(model().exports()->content(), 1);
 
-    // Whatever becomes of the recording, a note that is being written stays.
+    // A note that is being written stays, whatever happens to its recording.
     QTest::keyClick(&window(), Qt::Key_C);
     history.catalog.saveBilingualTranscript("", id);
     history.catalog.announceTranscript(id);
@@ -209,7 +209,7 @@ TEST_F(HistoryWindowTests, TheChosenRecordingIsReadNotedAndExported) {
     EXPECT_TRUE(detail.hint().startsWith("这条录音没有保存译文。"));
 }
 
-TEST_F(HistoryWindowTests, TheRowIsMarkedInWhichTheSpokenSentenceIsRead) {
+TEST_F(HistoryWindowTests, TheRowIsMarkedThatContainsTheSpokenSentence) {
     // The text was refined after it had been translated.
     const UUID id = history.add(20, "One.\nTwo.\nTwo, too.\nThree.\nFour.",
                                 "One.\n一。\n\nTwo two.\n二。\n\nFour.\n四。\n\nFive.\n五。");
@@ -231,7 +231,7 @@ TEST_F(HistoryWindowTests, TheRowIsMarkedInWhichTheSpokenSentenceIsRead) {
         return rows;
     };
     EXPECT_EQ(marked(0), "0 1 2 3 4 ");
-    EXPECT_EQ(marked(1), "0 1 1 1 2 ") << "what was translated as one";
+    EXPECT_EQ(marked(1), "0 1 1 1 2 ") << "row 1 contains three refined sentences";
     playback.playRow(1);
     EXPECT_EQ(playback.position(), 7);
     EXPECT_EQ(*history.player->boundedPlaybackSentenceIndex, 1U);
@@ -256,12 +256,12 @@ TEST_F(HistoryWindowTests, TheRowIsMarkedInWhichTheSpokenSentenceIsRead) {
     EXPECT_EQ(length(), "01:05");
     EXPECT_EQ(model().detail()->duration(), "01:05");
     history.live.reset();
-    EXPECT_EQ(length(), "") << "another program records";
+    EXPECT_EQ(length(), "") << "the length of another program's recording is unknown";
     history.liveText = "Said in a session that keeps nothing.";
-    EXPECT_FALSE(model().detail()->hasText()) << "another program records";
+    EXPECT_FALSE(model().detail()->hasText()) << "this session's text belongs to no recording";
 }
 
-TEST_F(HistoryWindowTests, FilesAreImportedOrSayWhyNot) {
+TEST_F(HistoryWindowTests, FilesAreImportedOrTheReasonIsShown) {
     history.add(90, "Former");
     open();
     const QString broken = QStringLiteral("note.txt is not a sound file of a known format");
@@ -291,7 +291,8 @@ TEST_F(HistoryWindowTests, FilesAreImportedOrSayWhyNot) {
     EXPECT_EQ(model().detail()->note(), "talk");
     EXPECT_TRUE(runUntil(
         [&] { return model().detail()->payload().sourceText == "New words.\nAnd more."; }));
-    EXPECT_EQ(history.disk.list(history.paths.recordings()).size(), 2U) << "nothing else is left";
+    EXPECT_EQ(history.disk.list(history.paths.recordings()).size(), 2U)
+        << "two complete recordings";
     imports.remove(0);
     EXPECT_EQ(imports.count(), 0);
 }
@@ -313,7 +314,7 @@ TEST_F(HistoryWindowTests, ARecordingIsRefinedAgainAndOnlyItsRowChanges) {
     refinement.refine(2);
     ASSERT_TRUE(runUntil([&] { return !refinement.problem().isEmpty() && settled(); }));
     EXPECT_EQ(history.model, "small-en");
-    EXPECT_EQ(told(7, HistoryListModel::StateTextRole), "精修失败");
+    EXPECT_EQ(cell(7, HistoryListModel::StateTextRole), "精修失败");
     EXPECT_EQ(refinement.problem(), "精修失败，文字保持原样：The model is damaged.");
 
     history.failure.clear();
@@ -321,7 +322,7 @@ TEST_F(HistoryWindowTests, ARecordingIsRefinedAgainAndOnlyItsRowChanges) {
     refinement.refine(0);
     ASSERT_TRUE(runUntil([&] { return refinement.progress() > 0; }));
     EXPECT_TRUE(refinement.problem().isEmpty());
-    EXPECT_EQ(told(7, HistoryListModel::StateTextRole), "精修 50%");
+    EXPECT_EQ(cell(7, HistoryListModel::StateTextRole), "精修 50%");
     refinement.cancel();
     ASSERT_TRUE(runUntil([&] { return settled() && !model().message().isEmpty(); }));
     EXPECT_EQ(model().message(), "文字保持原样。");
@@ -330,7 +331,7 @@ TEST_F(HistoryWindowTests, ARecordingIsRefinedAgainAndOnlyItsRowChanges) {
     history.hearsForever = false;
     refinement.refine(0);
     ASSERT_TRUE(
-        runUntil([&] { return told(7, HistoryListModel::TitleRole) == "New words. And more."; }));
+        runUntil([&] { return cell(7, HistoryListModel::TitleRole) == "New words. And more."; }));
     for (const auto& change : changes) {
         EXPECT_EQ(change[0].toModelIndex().row(), 7);
         EXPECT_EQ(change[1].toModelIndex().row(), 7);
@@ -343,7 +344,7 @@ TEST_F(HistoryWindowTests, WordsAreCountedMarkedLookedUpAndHeard) {
     open();
     ASSERT_TRUE(runUntil([&] { return model().detail()->hasText(); }));
     HistoryWordsModel& words = *model().words();
-    EXPECT_EQ(words.rowCount(), 0) << "nobody asked";
+    EXPECT_EQ(words.rowCount(), 0) << "words are counted when the user opens them";
     QMetaObject::invokeMethod(window().findChild<QQuickItem*>("openWords"), "clicked");
     ASSERT_TRUE(runUntil([&] { return words.rowCount() > 0; }));
     const auto row = [&](int at) {
@@ -364,7 +365,7 @@ TEST_F(HistoryWindowTests, WordsAreCountedMarkedLookedUpAndHeard) {
     QTest::keyClick(&window(), Qt::Key_F);
     EXPECT_EQ(row(0), "time|times|3|true|");
     EXPECT_TRUE(VocabularyStore(history.disk, history.paths).isFavorite("time"));
-    words.setKind(1); // those that are not known yet
+    words.setKind(1); // only words that are not known yet
     EXPECT_EQ(words.emptyTitle(), "没有这样的单词");
     words.setKind(0);
     words.choose(0);
@@ -374,9 +375,9 @@ TEST_F(HistoryWindowTests, WordsAreCountedMarkedLookedUpAndHeard) {
     card.setDictionary(6);
     card.lookUp();
     EXPECT_EQ(history.opened, "https://www.merriam-webster.com/dictionary/time");
-    EXPECT_EQ(history.fetches, 0) << "only what the user asks for touches the network";
+    EXPECT_EQ(history.fetches, 0) << "nothing is fetched before the user asks for it";
     card.hear();
-    card.hear(); // stopped
+    card.hear(); // stops it
     runFor(20);
     EXPECT_EQ(card.hint(), "");
     card.hear();
@@ -394,9 +395,9 @@ TEST_F(HistoryWindowTests, WordsAreCountedMarkedLookedUpAndHeard) {
     marked->setProperty("currentIndex", 1);
     EXPECT_EQ(card.word(), "city");
     model().vocabulary()->remove(1);
-    EXPECT_EQ(card.word(), "time") << "the card shows what is marked in the list";
+    EXPECT_EQ(card.word(), "time") << "the card shows the current word of the list";
     model().vocabulary()->setQuery("age");
-    EXPECT_EQ(card.word(), "") << "nothing is marked after another search";
+    EXPECT_EQ(card.word(), "") << "a search leaves no current word";
     model().vocabulary()->setQuery({});
     history.vocabulary->removeFavorite("age");
     model().vocabulary()->remove(0);
@@ -405,7 +406,7 @@ TEST_F(HistoryWindowTests, WordsAreCountedMarkedLookedUpAndHeard) {
 
     history.catalog.saveRefinedTranscript("Good times.\nBad times.", "", {}, id);
     ASSERT_TRUE(runUntil([&] { return row(0) == "time|times|2|true|"; }));
-    EXPECT_EQ(words.nextPlace("time"), 0) << "another text begins with its first place";
+    EXPECT_EQ(words.nextPlace("time"), 0) << "a new transcript is searched from its start";
 }
 
 TEST_F(HistoryWindowTests, UsageIsDrawnByPeriodAndFollowsTheCatalog) {

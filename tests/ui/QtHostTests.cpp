@@ -37,7 +37,7 @@ TEST(QtHost, RunsBlocksOfAnyThreadInOrderAndDelayedOnesWhenTheyAreDue) {
 }
 
 /// More blocks than one turn of the event loop runs.
-TEST(QtHost, LosesNoBlockOfManyAndNoneThatIsLeftAtTheEnd) {
+TEST(QtHost, RunsEachOfManyBlocksAndReleasesPendingOnesAtItsEnd) {
     offscreenApplication();
     int runs = 0;
     const auto held = std::make_shared<int>(0);
@@ -54,7 +54,7 @@ TEST(QtHost, LosesNoBlockOfManyAndNoneThatIsLeftAtTheEnd) {
 }
 
 /// Qt reports the loss on whichever thread next uses the display.
-TEST(LostDisplay, TheLastWorkIsDoneOnTheMainThreadUnlessItIsBlocked) {
+TEST(LostDisplay, TheLastWorkRunsOnTheMainThreadUnlessThatIsBlocked) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     for (const bool isBlocked : {false, true}) {
         EXPECT_EXIT(

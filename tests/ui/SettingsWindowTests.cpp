@@ -29,7 +29,7 @@ class SettingsWindowTests : public WarningsFail {
         }
         return -1;
     }
-    static QString told(const SettingRowsModel& rows, int row, int role) {
+    static QString cell(const SettingRowsModel& rows, int row, int role) {
         return rows.data(rows.index(row), role).toString();
     }
     /// All visible controls.
@@ -62,7 +62,7 @@ class SettingsWindowTests : public WarningsFail {
     }
 };
 
-TEST_F(SettingsWindowTests, EverySettingHasAPlaceOrIsKnownToDoNothing) {
+TEST_F(SettingsWindowTests, EverySettingThatHasAnEffectIsShownOnce) {
     const AppSettings& all = settings.settings;
     const AnySetting* const idle[] = {&all.screenCaptureProtected, &all.subtitleLyricsLayout,
                                       &all.arenaScreenshotEnabled, &all.arenaScreenshotIntervalMs};
@@ -75,7 +75,7 @@ TEST_F(SettingsWindowTests, EverySettingHasAPlaceOrIsKnownToDoNothing) {
     }
 }
 
-TEST_F(SettingsWindowTests, AKeyPressIsStoredAndAForeignChangeShows) {
+TEST_F(SettingsWindowTests, AKeyPressIsStoredAndAChangeByAnotherProgramIsShown) {
     open("recording");
     QQuickItem* const toggle = control("保存录音和文字");
     ASSERT_NE(toggle, nullptr);
@@ -90,22 +90,22 @@ TEST_F(SettingsWindowTests, AKeyPressIsStoredAndAForeignChangeShows) {
     EXPECT_TRUE(control("无损录音")->isEnabled());
 }
 
-TEST_F(SettingsWindowTests, WhatIsNotUnderstoodIsToldAndReplaced) {
+TEST_F(SettingsWindowTests, AnInvalidValueIsReportedAndCanBeReplaced) {
     open("recording");
     const SettingRowsModel& rows = *settings.window->model().rows();
     const int row = rowOf(rows, "保存录音和文字");
     settings.store.set("recordWhileCaptioning", std::string("maybe"));
     settings.changedElsewhere();
-    EXPECT_NE(told(rows, row, SettingRowsModel::ProblemRole), "");
+    EXPECT_NE(cell(rows, row, SettingRowsModel::ProblemRole), "");
     EXPECT_FALSE(control("保存录音和文字")->property("checked").toBool());
     settings.window->model().rows()->restore(row);
-    EXPECT_EQ(told(rows, row, SettingRowsModel::ProblemRole), "");
+    EXPECT_EQ(cell(rows, row, SettingRowsModel::ProblemRole), "");
     EXPECT_EQ(settings.store.value("recordWhileCaptioning"), std::optional<SettingValue>(true));
 
     settings.window->model().setPane("recognition");
     settings.store.set("selectedRecognitionOptionID", std::string("klingon"));
     settings.changedElsewhere();
-    EXPECT_NE(told(rows, rowOf(rows, "要识别的英语"), SettingRowsModel::ProblemRole), "");
+    EXPECT_NE(cell(rows, rowOf(rows, "要识别的英语"), SettingRowsModel::ProblemRole), "");
     settings.store.set("speechModel", std::string("enormous"));
     settings.changedElsewhere();
     EXPECT_TRUE(settings.window->models().problem().contains("enormous"));
@@ -113,13 +113,13 @@ TEST_F(SettingsWindowTests, WhatIsNotUnderstoodIsToldAndReplaced) {
     EXPECT_EQ(settings.window->models().problem(), "");
     const int address = rowOf(rows, "下载地址");
     settings.window->model().rows()->write(address, "somewhere");
-    EXPECT_NE(told(rows, address, SettingRowsModel::ProblemRole), "");
+    EXPECT_NE(cell(rows, address, SettingRowsModel::ProblemRole), "");
     EXPECT_EQ(*settings.settings.modelMirror, "");
     settings.window->model().rows()->write(address, "https://models.example");
-    EXPECT_EQ(told(rows, address, SettingRowsModel::ProblemRole), "");
+    EXPECT_EQ(cell(rows, address, SettingRowsModel::ProblemRole), "");
 }
 
-TEST_F(SettingsWindowTests, ASliderStoresWhereItStopsAndNothingOnTheWay) {
+TEST_F(SettingsWindowTests, ASliderStoresOnlyTheValueAtWhichItStops) {
     open("captions");
     SettingRowsModel& rows = *settings.window->model().rows();
     const int row = rowOf(rows, "原文字号");
@@ -131,16 +131,16 @@ TEST_F(SettingsWindowTests, ASliderStoresWhereItStopsAndNothingOnTheWay) {
     EXPECT_TRUE(settings.window->preview().isRunning());
     window().close();
     EXPECT_TRUE(runUntil([&] { return !settings.window->preview().isRunning(); }))
-        << "nobody sees it";
+        << "a closed window has no running preview";
 }
 
-TEST_F(SettingsWindowTests, ASearchFindsByAnyNameAndLeadsToThePane) {
+TEST_F(SettingsWindowTests, ASearchFindsTitlesAndKeysAndOpensThePane) {
     open("about");
     SettingsWindowModel& model = settings.window->model();
     window().findChild<QQuickItem*>("search")->forceActiveFocus();
     for (const char* query : {"置顶", "KEEPONTOP"}) {
         model.setQuery(QString::fromUtf8(query));
-        EXPECT_GE(rowOf(*model.found(), "窗口置顶"), 0) << query;
+        EXPECT_GE(rowOf(*model.found(), "窗口置顶"), 0) << "a search for " << query;
     }
     model.setQuery("zzz");
     EXPECT_TRUE(model.foundNothing());
@@ -152,7 +152,7 @@ TEST_F(SettingsWindowTests, ASearchFindsByAnyNameAndLeadsToThePane) {
     EXPECT_EQ(model.query(), "");
 }
 
-TEST_F(SettingsWindowTests, KeysThatDoTwoThingsAreTold) {
+TEST_F(SettingsWindowTests, ConflictsOfShortcutsAreShown) {
     open("shortcuts");
     const ShortcutsModel& shortcuts = settings.window->shortcuts();
     const auto conflicts = [&] {
@@ -170,43 +170,43 @@ TEST_F(SettingsWindowTests, KeysThatDoTwoThingsAreTold) {
         QTest::keyClick(&window(), Qt::Key_Space);
         QTest::keyClick(&window(), key, modifiers);
     };
-    press(Qt::Key_E, Qt::ControlModifier); // clears the captions, too
+    press(Qt::Key_E, Qt::ControlModifier); // also the keys that clear the captions, row 7
     EXPECT_EQ(conflicts(), (std::vector<int>{0, 7}));
     EXPECT_EQ(*settings.settings.shortcutToggleRecord.keyCode, 14);
     EXPECT_EQ(*settings.settings.shortcutToggleRecord.modifiers, 0x100000);
-    press(Qt::Key_F, Qt::ControlModifier); // the window's own key while no command takes it
+    press(Qt::Key_F, Qt::ControlModifier); // recorded although they search in this window
     EXPECT_EQ(*settings.settings.shortcutToggleRecord.keyCode, 3);
-    EXPECT_EQ(conflicts(), std::vector<int>{0}) << "it searches the history";
-    for (const Qt::Key key : {Qt::Key_Z, Qt::Key_S, Qt::Key_O, Qt::Key_Q}) { // other windows'
+    EXPECT_EQ(conflicts(), std::vector<int>{0}) << "Ctrl+F searches the history";
+    for (const Qt::Key key : {Qt::Key_Z, Qt::Key_S, Qt::Key_O, Qt::Key_Q}) { // of other windows
         press(key, Qt::ControlModifier);
-        EXPECT_EQ(conflicts(), std::vector<int>{0}) << key;
+        EXPECT_EQ(conflicts(), std::vector<int>{0}) << "Ctrl and key " << key;
     }
-    press(Qt::Key_VolumeUp, Qt::NoModifier);
+    press(Qt::Key_VolumeUp, Qt::NoModifier); // cannot be stored
     EXPECT_NE(shortcuts.data(shortcuts.index(0), ShortcutsModel::ProblemRole), "");
     press(Qt::Key_Escape, Qt::NoModifier);
     EXPECT_EQ(*settings.settings.shortcutToggleRecord.keyCode, 12);
 }
 
-TEST_F(SettingsWindowTests, ADownloadShowsHowItGoesAndEnds) {
+TEST_F(SettingsWindowTests, ADownloadShowsItsProgressAndItsOutcome) {
     for (const bool succeeds : {true, false}) {
         open("recognition");
         ResourcesModel& models = settings.window->models();
-        const auto told = [&](int role) { return models.data(models.index(2), role); };
+        const auto cell = [&](int role) { return models.data(models.index(2), role); };
         models.choose(2);
         EXPECT_EQ(*settings.settings.speechModel, "automatic"); // a missing model cannot be chosen
         models.download(2);
-        EXPECT_TRUE(told(ResourcesModel::LoadingRole).toBool());
-        EXPECT_TRUE(runUntil([&] { return told(ResourcesModel::ProgressRole) == 30.0 / 78; }));
+        EXPECT_TRUE(cell(ResourcesModel::LoadingRole).toBool());
+        EXPECT_TRUE(runUntil([&] { return cell(ResourcesModel::ProgressRole) == 30.0 / 78; }));
         settings.models.succeeds.resume(succeeds);
-        ASSERT_TRUE(runUntil([&] { return !told(ResourcesModel::LoadingRole).toBool(); }));
-        EXPECT_EQ(told(ResourcesModel::ProblemRole), succeeds ? "" : "The disk is full.");
-        EXPECT_EQ(told(ResourcesModel::CanChooseRole).toBool(), succeeds);
+        ASSERT_TRUE(runUntil([&] { return !cell(ResourcesModel::LoadingRole).toBool(); }));
+        EXPECT_EQ(cell(ResourcesModel::ProblemRole), succeeds ? "" : "The disk is full.");
+        EXPECT_EQ(cell(ResourcesModel::CanChooseRole).toBool(), succeeds);
         settings.models.models[1].isInstalled = false;
         settings.models.succeeds = OneShot<bool>(Executor::main(settings.captions.host));
     }
 }
 
-TEST_F(SettingsWindowTests, AProfileIsAppliedBetweenSessions) {
+TEST_F(SettingsWindowTests, AProfileCanOnlyBeAppliedBetweenSessions) {
     open("advanced");
     settings.captions.enter(LiveSessionPhase::listening, SessionStatus::Kind::none);
     EXPECT_FALSE(control("低延迟")->isEnabled());
@@ -216,7 +216,7 @@ TEST_F(SettingsWindowTests, AProfileIsAppliedBetweenSessions) {
     EXPECT_EQ(*settings.settings.freezeStableSeconds, 0.35);
 }
 
-TEST_F(SettingsWindowTests, DiagnosticsRunsAreToldOpenedReplayedAndRemovedWhenThatIsCertain) {
+TEST_F(SettingsWindowTests, DiagnosticsRunsAreListedOpenedReplayedAndRemovedAfterConfirmation) {
     const std::filesystem::path run = "/data/Diagnostics/Live-2026-03-01-20-15-00";
     settings.files.setContents(
         run / "manifest.json",
@@ -227,25 +227,25 @@ TEST_F(SettingsWindowTests, DiagnosticsRunsAreToldOpenedReplayedAndRemovedWhenTh
     const std::string title = run.filename().string();
     const auto button = [&](const char* text) { return control((text + (": " + title)).c_str()); };
     ASSERT_TRUE(runUntil([&] { return button("打开文件夹") != nullptr; }));
-    const QVariantMap told = settings.window->runs().runs().at(0).toMap();
-    EXPECT_NE(told["about"].toString().indexOf("1.5 分钟 · 7 行"), -1)
-        << told["about"].toString().toStdString();
-    EXPECT_EQ(told["holds"].toString(), "性能样本");
+    const QVariantMap row = settings.window->runs().runs().at(0).toMap();
+    EXPECT_NE(row["about"].toString().indexOf("1.5 分钟 · 7 行"), -1)
+        << row["about"].toString().toStdString();
+    EXPECT_EQ(row["holds"].toString(), "性能样本");
     button("打开文件夹")->forceActiveFocus(Qt::TabFocusReason);
     QTest::keyClick(&window(), Qt::Key_Return);
     EXPECT_EQ(settings.opened, run);
     button("回放")->forceActiveFocus(Qt::TabFocusReason);
     QTest::keyClick(&window(), Qt::Key_Return);
     ASSERT_TRUE(runUntil([&] { return !settings.window->runs().message().isEmpty(); }));
-    EXPECT_FALSE(settings.window->runs().isGood()) << "there is no event log";
+    EXPECT_FALSE(settings.window->runs().isGood()) << "a replay needs an event log";
     button("删除")->forceActiveFocus(Qt::TabFocusReason);
     QTest::keyClick(&window(), Qt::Key_Return);
-    EXPECT_TRUE(settings.files.has(run)) << "asks first";
+    EXPECT_TRUE(settings.files.has(run)) << "the first press only asks for confirmation";
     settings.changeProblem = "another program records";
     QTest::keyClick(&window(), Qt::Key_Return);
     ASSERT_TRUE(runUntil([&] { return settings.window->runs().message().startsWith("another"); }));
     settings.changeProblem.clear();
-    QTest::keyClick(&window(), Qt::Key_Return);
+    QTest::keyClick(&window(), Qt::Key_Return); // asks again
     QTest::keyClick(&window(), Qt::Key_Return);
     ASSERT_TRUE(runUntil([&] { return settings.window->runs().isEmpty(); }));
     EXPECT_FALSE(settings.files.has(run));
@@ -259,17 +259,17 @@ TEST_F(SettingsWindowTests, EveryControlHasANameAndIsReachedByTab) {
         do {
             const QQuickItem* const item = window().activeFocusItem();
             reached << item;
-            const QAccessibleInterface* const told =
+            const QAccessibleInterface* const accessible =
                 QAccessible::queryAccessibleInterface(window().activeFocusItem());
-            ASSERT_NE(told, nullptr);
-            EXPECT_FALSE(told->text(QAccessible::Name).isEmpty())
-                << name(pane) << ": " << item->metaObject()->className();
+            ASSERT_NE(accessible, nullptr);
+            EXPECT_FALSE(accessible->text(QAccessible::Name).isEmpty())
+                << name(pane) << ": the name of a " << item->metaObject()->className();
             QTest::keyClick(&window(), Qt::Key_Tab);
         } while (!reached.contains(window().activeFocusItem()));
-        EXPECT_EQ(window().activeFocusItem(), first) << name(pane);
+        EXPECT_EQ(window().activeFocusItem(), first) << name(pane) << ": Tab comes full circle";
         for (const QQuickItem* item : controls())
             EXPECT_TRUE(!item->isEnabled() || reached.contains(item))
-                << name(pane) << ": " << item->property("text").toString().toStdString();
+                << name(pane) << ": reached: " << item->property("text").toString().toStdString();
     }
 }
 
@@ -281,7 +281,7 @@ TEST_F(SettingsWindowTests, AScreenReaderOperatesTheControls) {
     act("保存录音和文字", QAccessibleActionInterface::toggleAction());
     EXPECT_FALSE(*settings.settings.recordWhileCaptioning);
     act("无损录音", QAccessibleActionInterface::toggleAction());
-    EXPECT_FALSE(*settings.settings.recordLosslessAudio) << "it does not apply";
+    EXPECT_FALSE(*settings.settings.recordLosslessAudio) << "a disabled control stays as it is";
     open("captions");
     const std::int64_t opacity = *settings.settings.bgOpacity;
     act("背景不透明度", QAccessibleActionInterface::decreaseAction());

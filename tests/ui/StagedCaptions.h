@@ -124,12 +124,12 @@ class StagedCaptions {
     Published<std::string> soundName;
     Published<bool> reducesMotion{false};
     Published<std::optional<std::string>> waiting;
-    bool lacksModel = false; ///< for the target language
+    bool lacksModel = false; ///< whether the target language has a model that is not installed
     double secondsBehind = 0;
     std::string otherWayToTop; ///< set it before the window is opened
     LiveCaptionDisplayFrame frame = LiveCaptionDisplayFrame::empty();
-    std::vector<std::string> asked;    ///< the commands that the window gave
-    std::vector<std::string> followed; ///< the events of the lists of captions
+    std::vector<std::string> asked;    ///< the commands that the window called
+    std::vector<std::string> followed; ///< the events that the lists of captions recorded
     std::unique_ptr<CaptionWindow> window;
 
   private:

@@ -76,6 +76,7 @@ class StagedHistory {
         catalog.saveBilingualTranscript(bilingual, recording.id);
         return recording.id;
     }
+    /// Saves sentence times of 7 seconds each for a recording.
     void time(const UUID& id, int sentences) {
         HistoryWordTimeline timeline;
         for (int i = 0; i < sentences; ++i)
@@ -162,7 +163,7 @@ class StagedHistory {
                             logger,
                             notifications,
                             [](const std::filesystem::path&) -> std::unique_ptr<SearchIndex> {
-                                throw SearchIndexFailed("none here", false);
+                                throw SearchIndexFailed("no index", false);
                             }};
     // The recogniser
     std::vector<SpeechResult> heard = {simulation::spoken(true, "New words. And more.", 1)};

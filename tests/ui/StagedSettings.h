@@ -118,8 +118,8 @@ class StagedSettings {
     std::string problem; ///< of the settings file
     std::function<void()> problemChanged;
     simulation::FaultyFileSystem files;
-    std::filesystem::path opened; ///< in the file manager
-    std::string changeProblem;    ///< why no run can be removed; empty: it can
+    std::filesystem::path opened; ///< the last folder opened in the file manager
+    std::string changeProblem;    ///< why no diagnostics run can be removed; empty: runs can be
     std::unique_ptr<SettingsWindow> window;
 };
 

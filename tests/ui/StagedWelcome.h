@@ -32,7 +32,7 @@ class StagedWelcome {
         window->show();
     }
     WelcomeModel& model() { return *window->window().property("model").value<WelcomeModel*>(); }
-    /// As a screen reader does.
+    /// Presses a button as a screen reader does.
     void press(const QString& button) {
         QAccessible::queryAccessibleInterface(window->window().findChild<QQuickItem*>(button))
             ->actionInterface()

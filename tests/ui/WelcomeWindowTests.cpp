@@ -17,7 +17,7 @@ class WelcomeWindowTests : public WarningsFail {
 
 TEST_F(WelcomeWindowTests, SaysWhatIsDownloadedAndThenShowsCaptionsOfTheSample) {
     WelcomeModel& model = page.model();
-    EXPECT_TRUE(model.downloads().contains("44")) << "megabytes of the speech model";
+    EXPECT_TRUE(model.downloads().contains("44")) << "the speech model's megabytes";
     for (const bool succeeds : {false, true}) {
         page.press("begin");
         EXPECT_TRUE(runUntil([&] { return model.progress() == 30.0 / 78; }));
@@ -36,19 +36,19 @@ TEST_F(WelcomeWindowTests, SaysWhatIsDownloadedAndThenShowsCaptionsOfTheSample) 
         return list->isVisible() &&
                list->findChild<QQuickItem*>("list")->property("count").toInt() == 1;
     }));
-    page.press("begin"); // which is "done" now
+    page.press("begin"); // the same button now says that the user is done
     EXPECT_EQ(page.closed, 1);
 }
 
-TEST_F(WelcomeWindowTests, DownloadsTheTranslationModelWithoutASampleToo) {
+TEST_F(WelcomeWindowTests, DownloadsTheTranslationModelEvenIfTheSampleCannotBePlayed) {
     page.sampleProblem = "There is no sample.";
     page.model().setLanguage(2);
-    EXPECT_TRUE(page.model().downloads().contains("最多 60")) << "megabytes of an unknown size";
+    EXPECT_TRUE(page.model().downloads().contains("最多 60")) << "the largest size of any model";
     page.models.succeeds.resume(true);
     page.press("begin");
     ASSERT_TRUE(runUntil([&] { return page.languages.downloads == 1; }));
     EXPECT_EQ(page.model().problem(), "There is no sample.");
-    page.press("begin"); // which is "done" now
+    page.press("begin"); // the same button now says that the user is done
     EXPECT_EQ(page.closed, 1);
 }
 
@@ -57,18 +57,18 @@ TEST_F(WelcomeWindowTests, ShowsTheSampleAtOnceIfNothingHasToBeDownloaded) {
     page.captions.settings.translationTargetLanguage = page.languages.list()[13].id; // unsupported
     page.open();
     EXPECT_TRUE(runUntil([&] { return page.model().stage() == "sample"; }));
-    EXPECT_EQ(*page.captions.settings.translationBackend, "苹果") << "nothing is chosen";
+    EXPECT_EQ(*page.captions.settings.translationBackend, "苹果") << "nothing is confirmed";
 }
 
-TEST_F(WelcomeWindowTests, CanBeSkippedAndDownloadsNothingThen) {
+TEST_F(WelcomeWindowTests, SkippingItDownloadsNothingAndChangesNoSetting) {
     page.model().setLanguage(0);
     page.press("skip");
     EXPECT_EQ(page.closed, 1);
     EXPECT_EQ(page.model().stage(), "ask");
-    EXPECT_EQ(*page.captions.settings.translationTargetLanguage, "zh-Hans") << "nothing is chosen";
+    EXPECT_EQ(*page.captions.settings.translationTargetLanguage, "zh-Hans") << "not confirmed";
 }
 
-TEST_F(WelcomeWindowTests, FitsOnTheScreenWithItsFrameWhateverTheTextSize) {
+TEST_F(WelcomeWindowTests, FitsOnTheScreenWithItsFrameEvenWithLargeText) {
     const QFont usual = QGuiApplication::font();
     QFont large = usual;
     large.setPixelSize(24);
@@ -86,7 +86,7 @@ TEST_F(WelcomeWindowTests, DoesNothingMoreOnceItIsClosed) {
     EXPECT_EQ(*settings.translationTargetLanguage, "pt-BR") << "the user confirmed it";
     ASSERT_TRUE(runUntil([&] { return page.model().isDownloading(); }));
     page.window->close();
-    settings.translationTargetLanguage = "zh-Hans"; // meanwhile
+    settings.translationTargetLanguage = "zh-Hans"; // chosen elsewhere meanwhile
     page.models.succeeds.resume(true);              // the download ends nevertheless
     ASSERT_TRUE(runUntil([&] { return !page.window->isRunning(); }));
     EXPECT_EQ(page.samples, 0);
