@@ -42,8 +42,8 @@ struct Program {
 };
 
 /// Records one session after another, as fast as the disk allows, until the process is killed.
-/// Writes the ID of each saved one to `told`.
-Task<void> recordForEver(LoopHost& host, Program& program, int told) {
+/// Writes the ID of each saved session to `report`.
+Task<void> recordForEver(LoopHost& host, Program& program, int report) {
     AudioExporter exporter(host, transcodeToM4A);
     RecordingAudioCompressor compressor(host, program.files, program.catalog, program.logger,
                                         exporter, openFFmpegMediaFile, createM4A);
@@ -75,7 +75,7 @@ Task<void> recordForEver(LoopHost& host, Program& program, int told) {
         program.catalog.saveTranscript(text, current.id);
         journal.discard();
         text = current.id.text();
-        if (::write(told, text.data(), text.size()) < 0)
+        if (::write(report, text.data(), text.size()) < 0)
             ::_exit(1);
     }
 }
@@ -97,19 +97,19 @@ void runAndKill(const fs::path& folder, std::chrono::microseconds after,
 
 /// Records into `folder` until killed; returns the sessions that were reported as saved.
 std::vector<UUID> recordAndKill(const fs::path& folder, std::chrono::microseconds after) {
-    int told[2];
-    if (::pipe(told) != 0)
+    int report[2];
+    if (::pipe(report) != 0)
         throw std::runtime_error("no pipe");
     runAndKill(folder, after, [&](LoopHost& host, Program& program) {
-        spawn(Executor::main(host), recordForEver(host, program, told[1]));
+        spawn(Executor::main(host), recordForEver(host, program, report[1]));
         host.run();
     });
-    ::close(told[1]);
+    ::close(report[1]);
     std::string all;
-    char bytes[360];
-    for (ssize_t count = 0; (count = ::read(told[0], bytes, sizeof bytes)) > 0;)
+    char bytes[360]; // ten IDs of 36 characters
+    for (ssize_t count = 0; (count = ::read(report[0], bytes, sizeof bytes)) > 0;)
         all.append(bytes, static_cast<std::size_t>(count));
-    ::close(told[0]);
+    ::close(report[0]);
     std::vector<UUID> ids;
     for (std::size_t at = 0; at + 36 <= all.size(); at += 36)
         ids.push_back(UUID::parse(all.substr(at, 36)).value());
@@ -124,7 +124,8 @@ double playedSeconds(const fs::path& audio) {
     return seconds;
 }
 
-/// Checks, before any repair, that the header of each WAV covers nearly all of its sound.
+/// Checks, before any repair, that the header of each WAV covers its sound except for what is
+/// written between two updates of the header, and one second.
 void expectPlayable(Program& program) {
     for (const auto& entry : program.catalog.recordings()) {
         if (!entry.filePath.ends_with(".wav"))
@@ -184,11 +185,12 @@ TEST(KilledSessionTests, TheNextLaunchRecoversASessionThatWasKilledAtAnyMoment) 
         expectRepaired(program, saved);
         for (const auto& [id, rows] : journaled) {
             const auto text = testing::contentsOf(program.catalog.transcriptURL(id));
+            // Each journaled row has two words.
             EXPECT_TRUE(text == "saved" || Text::countOfWhiteSpaceSeparated(text) == 2 * rows);
         }
         EXPECT_TRUE(repair.runAtLaunch().recoveredSessions.empty());
     }
-    EXPECT_GT(recovered, 0U) << "no kill interrupted a recording";
+    EXPECT_GT(recovered, 0U) << "a kill has interrupted a recording";
 }
 
 TEST(KilledRefinementTests, TextAndTimesAreOfTheSameRefinement) {
@@ -221,7 +223,7 @@ TEST(KilledRefinementTests, TextAndTimesAreOfTheSameRefinement) {
             EXPECT_FALSE(name.ends_with(RecordingCatalog::replacementSuffix)) << name;
         replaced += text.empty() ? 0 : 1;
     }
-    EXPECT_GT(replaced, 0) << "no killed process had replaced a text";
+    EXPECT_GT(replaced, 0) << "a killed process has replaced a text";
 }
 
 } // namespace

@@ -67,8 +67,8 @@ class PlaybackTests : public PrivateServerTest {
         }));
         forget();
     }
-    /// Plays from one position and compares. A delayed server causes gaps at random, so the check
-    /// retries; a fault of ours would occur each time.
+    /// Plays and compares the position shown with the one heard. A delayed server causes gaps at
+    /// random, so the check retries; a fault of ours would occur each time.
     ::testing::AssertionResult showsWhatIsHeard(double near, double largestStep) {
         constexpr int takes = 4;
         for (int take = 0; take < takes; ++take) {
@@ -148,7 +148,7 @@ TEST_P(PlaybackTests, ShowsWhatIsHeardWithoutAGapAtAnySpeed) {
     }
 }
 
-TEST_P(PlaybackTests, FollowsTheDefaultOutputAndSurvivesARestart) {
+TEST_P(PlaybackTests, FollowsTheDefaultOutputAndSurvivesARestartOfTheServer) {
     const auto expectItAt = [this](const std::string& outputID) {
         SCOPED_TRACE(outputID);
         listenAt(outputID);
@@ -164,11 +164,11 @@ TEST_P(PlaybackTests, FollowsTheDefaultOutputAndSurvivesARestart) {
     daemon->kill();
     EXPECT_TRUE(eventually([&] { return !player->problem->empty(); }));
     const double brokenOffAt = *player->currentTime;
-    EXPECT_LT(brokenOffAt, 3);
+    EXPECT_LT(brokenOffAt, 3) << "the position shown stops with the sound";
     daemon->restart();
     listenAt(PrivateSoundServer::outputID);
     EXPECT_TRUE(hear(0.1));
-    EXPECT_GT(moments.front().heard, brokenOffAt - 0.3) << "it goes on where it broke off";
+    EXPECT_GT(moments.front().heard, brokenOffAt - 0.3) << "playback resumes where it broke off";
     EXPECT_EQ(*player->problem, "");
     expectItAt(PrivateSoundServer::outputID);
 }

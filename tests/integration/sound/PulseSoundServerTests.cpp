@@ -64,7 +64,7 @@ class Recording final : public SystemAudioCaptureDelegate {
         return std::any_of(all.begin(), all.end(),
                            [&](const auto& event) { return event.kind == kind; });
     }
-    /// Whether the last half second is this tone.
+    /// Whether this tone fills the last half second.
     bool hears(double frequency) const {
         const auto sound = samples();
         const double rate = format().sampleRate;
@@ -190,7 +190,7 @@ TEST_P(PulseSoundServerTests, EverySecondThatIsPlayedArrivesInOrder) {
         for (int second = 1; second < seconds; ++second)
             least = std::min(least, std::count(heard.begin(), heard.end(), second));
     }
-    EXPECT_GE(least, 95) << "10 ms windows heard of the worst second";
+    EXPECT_GE(least, 95) << "of the worst second's 100 windows of 10 ms";
     EXPECT_EQ(recording->format(), (AudioFormat{48000, 1}));
     EXPECT_NEAR(recording->longest(), 0.01, 1e-9);
     EXPECT_GT(recording->loudest(), 0.8);
@@ -215,7 +215,7 @@ TEST_P(PulseSoundServerTests, FollowsTheDefaultOutputAndSurvivesItsUnplugging) {
     }
 }
 
-TEST_P(PulseSoundServerTests, ReconnectsAfterTheServerWasKilledAndReportsTheHole) {
+TEST_P(PulseSoundServerTests, ReconnectsAfterTheServerWasKilledAndReportsTheGap) {
     startCapture();
     const double killedAt = host.now();
     daemon->kill();
@@ -268,7 +268,7 @@ TEST_P(PulseSoundServerTests, StartsAndStopsInAnyOrderWithoutAStreamLeftBehind) 
     capture->stop();
     capture->stop();
     EXPECT_TRUE(eventually([&] { return control("list short source-outputs").empty(); }))
-        << "a stream that was given up while the server made it stayed open";
+        << "no stream stays open that was abandoned while the server opened it";
     capture.reset();
     server.reset();
 }
@@ -288,7 +288,7 @@ namespace {
 INSTANTIATE_TEST_SUITE_P(Servers, PulseSoundServerTests, PrivateServerTest::kinds(),
                          PrivateServerTest::nameOf);
 
-TEST(PulseConnectionTests, AMissingServerIsNamedAtOnceAndMayComeLater) {
+TEST(PulseConnectionTests, EachAttemptToConnectReportsAMissingServer) {
     LoopHost host;
     PulseSoundServer server("unix:/nonexistent/tessarune");
     for (int round = 0; round < 2; ++round) {

@@ -106,7 +106,7 @@ TEST_F(ExportTests, AParagraphInAPDFKeepsItsColourOnTheNextPage) {
     std::size_t fonts = 0; // each with its size and colour
     for (std::size_t at = 0; (at = xml.find("<fontspec", at)) != std::string::npos; ++at)
         ++fonts;
-    EXPECT_EQ(fonts, 4U) << "of the title, the note, the text and the page number" << xml;
+    EXPECT_EQ(fonts, 4U) << "for the title, the note, the text and the page number: " << xml;
 }
 
 TEST_F(ExportTests, OtherProgramsReadEveryFormat) {
@@ -143,7 +143,7 @@ TEST_F(ExportTests, NothingIsReplacedOrDeletedUnasked) {
     const fs::path transcript = data / "Transcripts" / (id + ".txt");
     fs::rename(transcript, folder / "kept.txt");
     fs::create_directory(transcript);
-    EXPECT_EQ(terminal({"--search", "tried"}).status, 74) << "a text that cannot be read";
+    EXPECT_EQ(terminal({"--search", "tried"}).status, 74) << "a transcript is unreadable";
     fs::remove(transcript);
     fs::rename(folder / "kept.txt", transcript);
     EXPECT_EQ(terminal({"--delete", "1"}).status, 64);

@@ -27,7 +27,7 @@ class OfflineSessionTests : public ::testing::Test {
             if (run(unshareProgram, {how, "--net", "true"}, folder.path(), {}).status == 0)
                 return;
         }
-        GTEST_SKIP() << "this system gives no network namespace";
+        GTEST_SKIP() << "this system permits no network namespace";
     }
 
     /// Runs the terminal program and asks it to end after `seconds`.
@@ -70,7 +70,7 @@ class OfflineSessionTests : public ::testing::Test {
     std::vector<std::string> unshare_;
 };
 
-TEST_F(OfflineSessionTests, NothingIsMissingAndNothingIsTried) {
+TEST_F(OfflineSessionTests, ASessionWithoutANetworkIsCompleteAndSendsNothing) {
     const ProgramRun live = terminal({"--source", "file:" TESSARUNE_SAMPLE_SPEECH "/two_cities.wav",
                                       "--fast", "--target", "pt-BR", "--json"});
     ASSERT_EQ(live.status, 0) << live.error;
@@ -91,7 +91,7 @@ TEST_F(OfflineSessionTests, NothingIsMissingAndNothingIsTried) {
     ASSERT_FALSE(translations.empty());
 
     const Json recording = Json::parse(terminal({"--list", "--json"}).output);
-    EXPECT_GT(fs::file_size(recording["file"].get<std::string>()), 16384u);
+    EXPECT_GT(fs::file_size(recording["file"].get<std::string>()), 16384u); // else it is empty
     const std::string id = recording["id"].get<std::string>().substr(0, 8);
     const Json shown = Json::parse(terminal({"--show", id, "--json"}).output);
     EXPECT_FALSE(shown["timeline"]["words"].empty());
@@ -102,7 +102,7 @@ TEST_F(OfflineSessionTests, NothingIsMissingAndNothingIsTried) {
     EXPECT_EQ(attempts(), 0u);
 
     EXPECT_NE(terminal({"--languages", "download", "fr"}, "3").status, 0);
-    EXPECT_GT(attempts(), 0u) << "what is asked for is tried, and the count sees it";
+    EXPECT_GT(attempts(), 0u) << "a requested download is attempted, and counted";
 }
 
 } // namespace

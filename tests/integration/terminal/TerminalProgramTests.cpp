@@ -61,7 +61,7 @@ class TerminalProgramTests : public ::testing::Test {
 std::vector<std::string> replayedRows(const std::string& output) {
     std::vector<std::string> rows;
     for (const auto& line : lines(output)) {
-        const auto mark = line.find(" \xF0\x9F\x8F\x81"); // the chequered flag
+        const auto mark = line.find(" \xF0\x9F\x8F\x81"); // space and chequered flag: 5 bytes
         if (mark != std::string::npos && mark + 5 == line.size())
             rows.push_back(line.substr(0, mark));
     }
@@ -102,7 +102,7 @@ TEST_F(TerminalProgramTests, TheSessionIsKeptWithSoundTranscriptAndWordTimes) {
     const Json recording = Json::parse(list.output);
     const std::string sound = recording["file"];
     EXPECT_TRUE(sound.ends_with(".m4a")) << sound;
-    EXPECT_GT(fs::file_size(sound), 16384u);
+    EXPECT_GT(fs::file_size(sound), 16384u); // a smaller one counts as empty
     EXPECT_NEAR(recording["duration"].get<double>(), 9.9, 0.5);
 
     const ProgramRun show =
@@ -116,7 +116,7 @@ TEST_F(TerminalProgramTests, TheSessionIsKeptWithSoundTranscriptAndWordTimes) {
         EXPECT_GE(word["t"].get<double>(), before);
         before = word["t"];
     }
-    EXPECT_LE(before, 10.0) << "seconds from the start of the recording";
+    EXPECT_LE(before, 10.0) << "the last word's second in the recording";
 }
 
 TEST_F(TerminalProgramTests, ARunOfRealSoundReplaysToItsCaptionsAndIsPackedWithoutThem) {
@@ -152,10 +152,10 @@ TEST_F(TerminalProgramTests, ARunOfRealSoundReplaysToItsCaptionsAndIsPackedWitho
     std::ofstream(log) << events;
     EXPECT_EQ(terminal({"--diagnostics", "verify", name}).status, 65);
     EXPECT_EQ(terminal({"--diagnostics", "delete", (folder / "data").string(), "--yes"}).status, 67)
-        << "a folder that is no run stays";
+        << "a folder that is no run is not deleted";
     EXPECT_EQ(terminal({"--diagnostics", "delete", name, "--yes"}).status, 0);
     const std::string id = Json::parse(terminal({"--list", "--json"}).output)["id"];
-    EXPECT_EQ(terminal({"--refine", id, "--quiet"}).error, "") << "untranslated: no model";
+    EXPECT_EQ(terminal({"--refine", id, "--quiet"}).error, "") << "needs no translation";
     EXPECT_FALSE(fs::exists(run));
     EXPECT_EQ(terminal({"--diagnostics", "show", name}).status, 67);
 }
@@ -182,10 +182,10 @@ TEST_F(TerminalProgramTests, ARecordingThatIsTranscribedAgainOrImportedIsNoWorse
         {"--import", "note.txt", (samples / "two_cities.wav").string(), "/dev/zero", "--json"});
     EXPECT_EQ(imported.status, 66) << imported.error;
     const auto listed = lines(terminal({"--list", "--json"}).output);
-    ASSERT_EQ(listed.size(), 2U) << "what is unreadable leaves nothing behind";
+    ASSERT_EQ(listed.size(), 2U) << "unreadable files leave no recording";
     EXPECT_EQ(Json::parse(listed.front())["note"], "two_cities");
     EXPECT_EQ(Json::parse(listed.front())["bilingual"], true);
-    constexpr double oneWord = 0.01; // per word; the import reads another file of the same speech
+    constexpr double oneWord = 0.01; // of some 100; the import reads another file of the speech
     EXPECT_LE(rateOf(Json::parse(listed.front())["id"]), live + 2 * oneWord);
     const fs::path sounds = folder / "data/Tessarune/Recordings";
     EXPECT_EQ(std::distance(fs::directory_iterator(sounds), {}), 2);
@@ -233,7 +233,7 @@ TEST_F(TerminalProgramTests, WithoutADataFolderThereAreStillCaptions) {
     EXPECT_NE(live.error.find("Nothing can be recorded: "), std::string::npos) << live.error;
 }
 
-TEST_F(TerminalProgramTests, ASessionThatWasKilledIsCompletedAtTheNextStartAndToldOnce) {
+TEST_F(TerminalProgramTests, ASessionThatWasKilledIsCompletedAtTheNextStartAndReportedOnce) {
     terminal({"--set", "diagnosticsLevel=trace"});
     const ProgramRun killed =
         run("/bin/sh",
@@ -252,17 +252,17 @@ TEST_F(TerminalProgramTests, ASessionThatWasKilledIsCompletedAtTheNextStartAndTo
         for (const std::string& line : lines(text.substr(0, text.rfind('\n') + 1)))
             EXPECT_TRUE(Json::parse(line, nullptr, false).is_object()) << line;
     }
-    const std::string told = "An interrupted session was recovered";
+    const std::string notice = "An interrupted session was recovered";
     const std::vector<std::string> next{"--source", file("beckett.wav"), "--fast"};
-    EXPECT_NE(terminal(next).error.find(told), std::string::npos);
-    EXPECT_EQ(terminal(next).error.find(told), std::string::npos) << "once";
+    EXPECT_NE(terminal(next).error.find(notice), std::string::npos);
+    EXPECT_EQ(terminal(next).error.find(notice), std::string::npos) << "reported once";
     const auto all = lines(terminal({"--list", "--json"}).output);
     ASSERT_EQ(all.size(), 3U);
     const Json first = Json::parse(all.back());
     EXPECT_TRUE(first["file"].get<std::string>().ends_with(".wav"));
     EXPECT_GT(first["duration"], 0.2);
     EXPECT_EQ(terminal({"--delete", first["id"], "--yes"}).status, 0);
-    EXPECT_FALSE(fs::exists(run)) << "what was said is in it";
+    EXPECT_FALSE(fs::exists(run)) << "deleted, because it contains what was said";
 }
 
 /// The pipe is full and has no reader: neither the session nor a signal waits for it.
@@ -327,7 +327,7 @@ TEST_F(TerminalProgramTests, EachFailureHasItsStatusAndSaysWhatIsWrong) {
                    environment);
     };
     EXPECT_EQ(shell(" >/dev/full", "--settings").status, 74);
-    EXPECT_EQ(shell(" | head -n 1", "--settings").error, "") << "the reader has had enough";
+    EXPECT_EQ(shell(" | head -n 1", "--settings").error, "") << "a reader may close its pipe early";
     const ProgramRun piped = shell(" <words.txt", "--source - --fast");
     EXPECT_EQ(piped.status, 66) << piped.error;
     EXPECT_EQ(piped.error.find("model"), std::string::npos) << piped.error;
@@ -358,14 +358,14 @@ TEST_F(TerminalProgramTests, EachFailureHasItsStatusAndSaysWhatIsWrong) {
         EXPECT_EQ(result.status, c.status) << c.says << ": " << result.error;
         EXPECT_NE((result.error + result.output).find(c.says), std::string::npos) << result.error;
     }
-    EXPECT_EQ(contentsOf(sound), contentsOf(samples / "beckett.wav")) << "as it was";
+    EXPECT_EQ(contentsOf(sound), contentsOf(samples / "beckett.wav")) << "unchanged";
     fs::create_directories(folder / "data/Tessarune");
     std::ofstream(folder / "data/Tessarune/recordings.json") << "[{";
     EXPECT_EQ(terminal({"--list"}).status, 74);
     EXPECT_EQ(terminal({"--show", "FEED"}).status, 74);
 }
 
-TEST_F(TerminalProgramTests, WhoeverMayHaveSwitchedRecordingOffIsNotRecordedAndHearsOfIt) {
+TEST_F(TerminalProgramTests, WithUnreadableSettingsNothingIsRecordedAndTheProgramSaysSo) {
     fs::create_directories(folder / "config/Tessarune");
     std::ofstream(folder / "config/Tessarune/settings.json")
         << R"({"recordWhileCaptioning": fals, "sessionDiagnosticsEnabled": true})";
@@ -378,7 +378,7 @@ TEST_F(TerminalProgramTests, WhoeverMayHaveSwitchedRecordingOffIsNotRecordedAndH
     EXPECT_FALSE(fs::exists(folder / "data/Tessarune/recordings.json"));
     EXPECT_EQ(terminal({"--set", "bgOpacity=50"}).status, 0);
     EXPECT_TRUE(fs::exists(folder / "config/Tessarune/settings.json.unreadable"));
-    EXPECT_EQ(terminal(captions).error, "") << "it is a plain no now";
+    EXPECT_EQ(terminal(captions).error, "") << "recording is now plainly switched off";
     EXPECT_FALSE(fs::exists(folder / "data/Tessarune/recordings.json"));
 }
 
@@ -401,18 +401,18 @@ TEST_F(TerminalProgramTests, ADamagedModelIsNamedBeforeItIsLoadedAndTheRestWorks
     EXPECT_LE(wordErrorRate(reference, untranslated.output), 0.3) << untranslated.output;
 
     damage("speech/tiny-en", "encoder_model.ort");
-    const ProgramRun none = terminal(captions);
-    EXPECT_EQ(none.status, 78);
-    EXPECT_NE(none.error.find("tiny-en/encoder_model.ort"), std::string::npos) << none.error;
-    EXPECT_NE(none.error.find("--model NAME"), std::string::npos) << "how to get it anew";
-    EXPECT_EQ(lines(terminal({"--list", "--json"}).output).size(), 1u) << "recorded before";
+    const ProgramRun refused = terminal(captions);
+    EXPECT_EQ(refused.status, 78);
+    EXPECT_NE(refused.error.find("tiny-en/encoder_model.ort"), std::string::npos) << refused.error;
+    EXPECT_NE(refused.error.find("--model NAME"), std::string::npos) << "tells how to get it again";
+    EXPECT_EQ(lines(terminal({"--list", "--json"}).output).size(), 1u) << "only one was recorded";
     EXPECT_EQ(terminal({"--set", "speechModel=small-streaming-en"}).status, 0);
     EXPECT_NE(terminal(captions).error.find("small-streaming-en is not"), std::string::npos)
         << "a session downloads nothing";
 }
 
 /// The program is alone in a folder, so it finds neither the engine nor a model.
-TEST_F(TerminalProgramTests, WithoutItsModelTheProgramSaysSoAndListsWhatThereIsToGet) {
+TEST_F(TerminalProgramTests, WithoutAModelTheProgramSaysSoAndListsModelsToDownload) {
     const fs::path alone = folder / "tessarune-terminal";
     fs::copy_file(fs::path(TESSARUNE_BIN) / "tessarune-terminal", alone);
     const ProgramRun captions =

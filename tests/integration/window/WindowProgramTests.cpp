@@ -195,7 +195,7 @@ std::string shown(const StartedProgram& reader) {
     return last == std::string::npos ? std::string() : output.substr(last);
 }
 
-TEST_F(WindowProgram, ASecondLaunchPassesOnWhatItIsAskedAndTheFirstSavesEverything) {
+TEST_F(WindowProgram, ASecondLaunchPassesItsRequestToTheFirstWhichSavesEverything) {
     StartedProgram first = start({speech_});
     ASSERT_TRUE(within(30, [&] { return hasRow(); }));
     expectEndedWell(start({"stop"}).wait());
@@ -203,7 +203,7 @@ TEST_F(WindowProgram, ASecondLaunchPassesOnWhatItIsAskedAndTheFirstSavesEverythi
     expectSaved(1);
     expectEndedWell(start({"toggle", "show"}).wait());
     ASSERT_TRUE(within(20, [&] { return count("listen.start.task") == 2; }));
-    // Requests that arrive while the session is saved lose no word.
+    // Stop, start, stop, start: the last one takes effect when the session is saved.
     expectEndedWell(start({"toggle", "toggle", "toggle", "toggle"}).wait());
     ASSERT_TRUE(within(20, [&] { return count("listen.start.task") == 3; }));
     const ProgramRun mistyped = start({"file:no/such.wav"}).wait();
@@ -216,7 +216,7 @@ TEST_F(WindowProgram, ASecondLaunchPassesOnWhatItIsAskedAndTheFirstSavesEverythi
     EXPECT_EQ(start({""}).wait().status, 64);
 }
 
-TEST_F(WindowProgram, CaptionsAndTranslatesWhatTheComputerPlaysForEverybody) {
+TEST_F(WindowProgram, CaptionsAndTranslatesWhatTheComputerPlaysAlsoForAScreenReader) {
     const PrivateSoundServer sound;
     environment_.push_back("PULSE_SERVER=" + sound.address());
     startAccessibility();
@@ -232,7 +232,7 @@ TEST_F(WindowProgram, CaptionsAndTranslatesWhatTheComputerPlaysForEverybody) {
                            pointer({"key", "Down"});
                            return reader.output().find("focused\t'Stop'") != std::string::npos;
                        }))
-        << "the first entry of the menu, " << reader.output();
+        << "Down leads to the first entry of the menu: " << reader.output();
     pointer({"key", "Escape"});
     const StartedProgram player("/usr/bin/paplay", {TESSARUNE_SAMPLE_SPEECH "/two_cities.wav"},
                                 folder_.path(), environment_);
@@ -277,7 +277,7 @@ TEST_F(WindowProgram, ClosedAtAnyMomentItSavesAndEnds) {
     }
 }
 
-TEST_F(WindowProgram, AFileWithoutSoundAndAFailedRecordingAreSaidUntilThatIsRead) {
+TEST_F(WindowProgram, AMissingFileAndAFailingRecordingAreShown) {
     startAccessibility();
     const StartedProgram reader = screenReader({"read"});
     StartedProgram silent = start({"file:no/such.wav"});
@@ -285,7 +285,7 @@ TEST_F(WindowProgram, AFileWithoutSoundAndAFailedRecordingAreSaidUntilThatIsRead
         << shown(reader);
     silent.send(SIGTERM);
     EXPECT_EQ(silent.wait().status, 66);
-    StartedProgram program("/usr/bin/prlimit",
+    StartedProgram program("/usr/bin/prlimit", // the recording cannot grow beyond 300 kB
                            {"--fsize=300000", TESSARUNE_BIN "/tessarune", speech_}, folder_.path(),
                            environment_);
     ASSERT_TRUE(within(30, [&] { return count("audioRecorder.write.degraded") == 1; }));
@@ -297,7 +297,7 @@ TEST_F(WindowProgram, AFileWithoutSoundAndAFailedRecordingAreSaidUntilThatIsRead
     EXPECT_EQ(program.wait().status, 0);
 }
 
-TEST_F(WindowProgram, AStopWhileItWaitsForItsSoundIsTheLastWord) {
+TEST_F(WindowProgram, AStopCancelsAStartThatWaitsForItsSound) {
     const std::string pipe = (folder_ / "pipe").string();
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     StartedProgram program = start({"file:" + pipe});
@@ -305,7 +305,7 @@ TEST_F(WindowProgram, AStopWhileItWaitsForItsSoundIsTheLastWord) {
     expectEndedWell(start({"show"}).wait()); // it still answers
     expectEndedWell(start({"stop"}).wait());
     EXPECT_TRUE(within(10, [&] { return open(pipe.c_str(), O_WRONLY | O_NONBLOCK) == -1; }))
-        << "it still waits for somebody who writes";
+        << "nothing waits for a writer of the pipe";
     program.send(SIGTERM);
     expectEndedWell(program.wait());
     EXPECT_EQ(count("listen.start.task"), 0u);
@@ -317,28 +317,28 @@ TEST_F(WindowProgram, ARequestShowsTheWindowThatAnswersIt) {
     StartedProgram program = start({});
     ASSERT_TRUE(within(20, [&] { return place().width > 0; }));
     expectEndedWell(start({}).wait());
-    EXPECT_FALSE(within(1, captionsShow)) << "beside the page of the first start";
+    EXPECT_FALSE(within(1, captionsShow)) << "only the page of the first start shows";
     expectEndedWell(start({"start", "stop"}).wait());
     ASSERT_TRUE(within(20, captionsShow));
-    ASSERT_TRUE(within(10, [&] { // the start before may show the window once more
+    ASSERT_TRUE(within(10, [&] { // the former request may show the window once more
         pointer({"search", "--onlyvisible", "--name", "^Tessarune$", "windowminimize"});
         return !captionsShow();
     }));
     expectEndedWell(start({"start"}).wait());
-    EXPECT_TRUE(within(10, captionsShow)) << "nobody is recorded without seeing it";
+    EXPECT_TRUE(within(10, captionsShow)) << "a start of captions always shows them";
     program.send(SIGTERM);
-    EXPECT_EQ(program.wait().status, 0) << "Qt may miss fonts for the names of all languages";
+    EXPECT_EQ(program.wait().status, 0); // Qt may report missing fonts for names of languages
 }
 
 TEST_F(WindowProgram, ReturnsToWhereTheUserPutItsWindow) {
     StartedProgram program = start({"show"});
     ASSERT_TRUE(within(20, [&] { return place().width > 0; }));
     const Place first = place();
-    drag(3, [&](const Place& now) {
+    drag(3, [&](const Place& now) { // the border resizes the window
         return now.width < first.width && now.height < first.height && now.x == first.x;
     });
     Place last;
-    drag(150, [&](const Place& now) { return now.x < first.x && now.y < first.y; });
+    drag(150, [&](const Place& now) { return now.x < first.x && now.y < first.y; }); // moves it
     EXPECT_TRUE(within(10, [&] {
         last = place();
         return contentsOf(folder_ / "config/Tessarune/settings.json").find(last.text()) !=
@@ -347,7 +347,8 @@ TEST_F(WindowProgram, ReturnsToWhereTheUserPutItsWindow) {
     program.send(SIGTERM);
     expectEndedWell(program.wait());
     const StartedProgram again = start({"show"});
-    EXPECT_TRUE(within(10, [&] { return place() == last; })) << place().text() << last.text();
+    EXPECT_TRUE(within(10, [&] { return place() == last; }))
+        << place().text() << " " << last.text();
 }
 
 TEST_F(WindowProgram, SavesWhatWasSaidWhenItIsAskedToEnd) {
@@ -366,7 +367,7 @@ TEST_F(WindowProgram, ADisplayThatGoesAwayCostsNothingThatWasSaid) {
     expectSaved(1);
     // Another test's server may have the number of the killed one, but none takes this by itself.
     environment_.insert(environment_.begin(), "DISPLAY=:60000");
-    EXPECT_EQ(start({"show"}).wait().status, 69) << "and is not there for another start";
+    EXPECT_EQ(start({"show"}).wait().status, 69) << "a start fails without a display";
 }
 
 } // namespace
