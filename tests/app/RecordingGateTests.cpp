@@ -20,7 +20,7 @@ struct RecordingProgram {
           stored(files, folder.path() / (name + ".json")),
           settings(stored),
           gate(settings, stored, paths, name) {
-        gate.onDecision = [this](const RecordingGate::Obstacle& found) { told.push_back(found); };
+        gate.onDecision = [this](const auto& found) { obstacles.push_back(found); };
     }
 
     PosixFileSystem files;
@@ -28,10 +28,10 @@ struct RecordingProgram {
     JSONUserDefaults stored;
     AppSettings settings;
     RecordingGate gate;
-    std::vector<RecordingGate::Obstacle> told;
+    std::vector<RecordingGate::Obstacle> obstacles;
 };
 
-TEST(RecordingGateTests, OneProgramRecordsAtATimeAndTheNextOnceItHasLeft) {
+TEST(RecordingGateTests, OneProgramRecordsAtATimeAndAnotherOnceItHasLeftTheFolder) {
     const testing::TemporaryFolder folder;
     RecordingProgram first(folder, "first");
     RecordingProgram second(folder, "second");
@@ -40,15 +40,15 @@ TEST(RecordingGateTests, OneProgramRecordsAtATimeAndTheNextOnceItHasLeft) {
     second.settings.recordWhileCaptioning = false;
     second.settings.recordWhileCaptioning = true;
     EXPECT_FALSE(second.gate.mayRecord());
-    ASSERT_EQ(second.told.size(), 1u);
-    EXPECT_EQ(second.told[0].holder->program, "first");
+    ASSERT_EQ(second.obstacles.size(), 1u);
+    EXPECT_EQ(second.obstacles[0].holder->program, "first");
 
     first.gate.leaveDataFolder();
     EXPECT_TRUE(second.gate.mayRecord());
-    EXPECT_FALSE(second.told.back().isThere()) << "the obstacle is gone";
+    EXPECT_FALSE(second.obstacles.back().isThere()) << "the obstacle is gone";
     EXPECT_FALSE(first.gate.mayRecord());
 
-    // Each change keeps the folder until it is done, whoever leaves it meanwhile.
+    // Each change keeps the folder until it is done, even if the program leaves it meanwhile.
     second.gate.leaveDataFolder();
     auto change = first.gate.holdDataFolder();
     EXPECT_TRUE(first.gate.mayRecord());
@@ -72,18 +72,18 @@ TEST(RecordingGateTests, ARunThatKeepsNothingLeavesTheSettingsAsTheyAre) {
               DiagnosticsLevel::trace);
 }
 
-TEST(RecordingGateTests, NothingIsRecordedWhileNobodyKnowsWhetherTheUserWantsIt) {
+TEST(RecordingGateTests, NothingIsRecordedWhileTheSettingForItIsUnreadable) {
     const testing::TemporaryFolder folder;
     std::ofstream(folder.path() / "program.json") << R"({"recordWhileCaptioning": "perhaps"})";
     RecordingProgram program(folder, "program");
     EXPECT_FALSE(program.gate.mayRecord());
-    ASSERT_EQ(program.told.size(), 1u);
-    EXPECT_FALSE(program.told[0].doubt.empty());
+    ASSERT_EQ(program.obstacles.size(), 1u);
+    EXPECT_FALSE(program.obstacles[0].doubt.empty());
     program.settings.recordWhileCaptioning = true;
     EXPECT_TRUE(program.gate.mayRecord());
 }
 
-TEST(RecordingGateTests, AProgramThatRecordsNothingRepairsAndLeavesTheDataFolder) {
+TEST(RecordingGateTests, AProgramThatRecordsNothingRepairsTheDataFolderAndReleasesIt) {
     const testing::TemporaryFolder folder;
     for (const char* place : {"XDG_DATA_HOME", "XDG_CONFIG_HOME"})
         setenv(place, folder.path().c_str(), 1);

@@ -6,8 +6,8 @@
 namespace tessarune {
 namespace {
 
-/// The log opens before the repairs report to it, and the recogniser is prepared last.
-TEST(TessaruneStartupServicesTests, LogThenRepairsThenRecogniserAndNoRepairsOfAnothersFolder) {
+/// The log opens before the repairs report to it; without the data folder there are no repairs.
+TEST(TessaruneStartupServicesTests, StartsTheLogThenTheRepairsOfItsOwnFolderThenTheRecogniser) {
     testing::Catalogued data;
     TessaruneLog::setDiagnosticsLevel(DiagnosticsLevel::verbose);
     data.setIndex("no index");

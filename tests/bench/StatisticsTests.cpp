@@ -21,7 +21,7 @@ TEST(StatisticsTests, MediansAndPercentiles) {
     EXPECT_EQ(percentile({5, 4, 3, 2, 1}, 0.81), 5);
 }
 
-TEST(HourLogTests, EndsAsItBeganAndKeepsItsSize) {
+TEST(HourLogTests, HasTheEventsOfAnHourAndRepeatsItsBeginningAtItsEnd) {
     for (const auto language : {HourLog::Language::english, HourLog::Language::chinese}) {
         const auto records = HourLog::make(language);
         EXPECT_EQ(std::count_if(records.begin(), records.end(),

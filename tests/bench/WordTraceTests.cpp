@@ -45,7 +45,7 @@ std::string summary(const WordHistory& history) {
     return all.str();
 }
 
-TEST(WordTraceTests, CountsWhatIsTakenBackAndTimesWhatStays) {
+TEST(WordTraceTests, CountsErasedWordsAndTimesTheFinalOnes) {
     const struct {
         const char* name;
         const char* script;
@@ -56,29 +56,29 @@ TEST(WordTraceTests, CountsWhatIsTakenBackAndTimesWhatStays) {
          "2 words, 2 updates, 0 erased, 0 unstable; 0 0; 3 2"},
         {"a word is replaced", "0 |a b;2 |a c;5 a c|",
          "2 words, 2 updates, 1 erased, 1 unstable; 0 2; 5 5"},
-        {"and again", "0 |a b;1 |a c;2 |a b", "2 words, 3 updates, 2 erased, 1 unstable; 0 2;"},
-        {"a word in front erases all behind it, but makes none unstable", "0 |b c;1 |a b c",
+        {"word restored", "0 |a b;1 |a c;2 |a b", "2 words, 3 updates, 2 erased, 1 unstable; 0 2;"},
+        {"a word inserted in front erases all after it, but makes none unstable", "0 |b c;1 |a b c",
          "3 words, 2 updates, 2 erased, 0 unstable; 0 0 0;"},
-        {"so does a word that is left out", "0 |a b c;1 |b c",
+        {"a removed first word erases all words, but makes none unstable", "0 |a b c;1 |b c",
          "2 words, 2 updates, 3 erased, 0 unstable; 0 0;"},
         {"one word becomes two", "0 |a x c;1 |a y z c",
          "4 words, 2 updates, 2 erased, 1 unstable; 0 1 0 0;"},
-        {"taken back and said again", "0 |a b c;1 |a;3 |a b c;4 a b c|",
+        {"words are withdrawn and shown again", "0 |a b c;1 |a;3 |a b c;4 a b c|",
          "3 words, 3 updates, 2 erased, 2 unstable; 0 0 0; 4 1 1"},
-        {"taken back, and another one said", "0 |a b;1 |a;2 |a c;3 |a c b",
+        {"a word is withdrawn and another one shown", "0 |a b;1 |a;2 |a c;3 |a c b",
          "3 words, 4 updates, 1 erased, 0 unstable; 0 0 0;"},
-        {"another utterance may say what the one before took back", "0 |a b;1 a|;2 |b",
+        {"a new utterance has the word that the former one withdrew", "0 |a b;1 a|;2 |b",
          "2 words, 3 updates, 1 erased, 0 unstable; 0 0; 1"},
-        {"the final says something else than the guess", "0 |a b;1 c b d|",
+        {"the final differs from the partial", "0 |a b;1 c b d|",
          "3 words, 2 updates, 2 erased, 1 unstable; 1 0 0; 1 1 0"},
-        {"what is settled is not taken back", "0 |a b c;1 a b|c;2 |d;3 d|",
+        {"settled words are not erased", "0 |a b c;1 a b|c;2 |d;3 d|",
          "3 words, 2 updates, 1 erased, 1 unstable; 0 0 2; 1 1 3"},
     };
     for (const auto& c : cases)
         EXPECT_EQ(summary(trace(c.script)), c.history) << c.name;
 }
 
-RC_GTEST_PROP(WordTraceTests, NothingIsUnstableThatWasNotErased, ()) {
+RC_GTEST_PROP(WordTraceTests, NoMoreWordsAreUnstableThanWereErased, ()) {
     WordTrace trace;
     std::size_t settledWords = 0;
     Words open;
@@ -102,7 +102,7 @@ RC_GTEST_PROP(WordTraceTests, NothingIsUnstableThatWasNotErased, ()) {
     RC_ASSERT(unstable <= std::min(found.words.size(), found.erased));
 }
 
-TEST(CaptionTraceTests, TakesTheLinesOfAChangeTogetherAndLeavesTheLeadInOut) {
+TEST(CaptionTraceTests, TakesTheLinesOfOneChangeTogetherAndIgnoresTheLeadIn) {
     CaptionTrace trace(9);
     for (const char* line : {
              R"({"type":"live","t":1,"leading":["Not."],"soft":[],"partial":"this"})",

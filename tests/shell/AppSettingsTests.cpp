@@ -21,7 +21,7 @@ class AppSettingsTests : public ::testing::Test {
     std::filesystem::path file = folder / "settings.json";
 };
 
-TEST_F(AppSettingsTests, StoredValuesThatMakeNoSenseReadAsTheDefaultAndStayWhereTheyAre) {
+TEST_F(AppSettingsTests, StoredValuesThatAreInvalidReadAsTheDefaultAndStayInTheFile) {
     const std::string text = R"({"diagnosticsLevel": "deafening", "freezeStableSeconds": "soon",
         "bgOpacity": 170, "sourceFontSize": 24.5, "subtitleLayoutMode": 3, "trueFreeze": "maybe",
         "highlightColorHex": -1, "selectedRecognitionOptionID": "apple-analyzer-fr"})";
@@ -44,17 +44,18 @@ TEST_F(AppSettingsTests, NumbersAndFlagsAreReadInTheFormsThatPeopleWrite) {
     EXPECT_FALSE(*settings.trueFreeze);
     EXPECT_EQ(*settings.smoothPaceMS, 120);
     EXPECT_EQ(*settings.bgColorHex, 0x0A0B0C);
-    EXPECT_EQ(*settings.audioInactivityAutoStopMinutes, 1) << "as a session takes it";
-    EXPECT_EQ(*settings.shortcutPin.modifiers, 0x1A0000) << "without Caps Lock and sides";
+    EXPECT_EQ(*settings.audioInactivityAutoStopMinutes, 1) << "no choice, so it counts as 1";
+    EXPECT_EQ(*settings.shortcutPin.modifiers, 0x1A0000)
+        << "without the bits of Caps Lock and of left and right";
     EXPECT_EQ(*settings.diagnosticsLevel, DiagnosticsLevel::verbose);
     EXPECT_EQ(*settings.selectedRecognitionOptionID, "apple-analyzer-en-gb");
 }
 
-TEST_F(AppSettingsTests, TextIsTakenOrRefusedAndWhatIsTakenIsStored) {
+TEST_F(AppSettingsTests, TextIsRefusedOrAcceptedAndStored) {
     const struct {
         const char* key;
         const char* text;
-        bool taken;
+        bool isAccepted;
         const char* printed;
     } cases[] = {
         {"freezeStableSeconds", "0.35", true, "0.35"},
@@ -91,7 +92,7 @@ TEST_F(AppSettingsTests, TextIsTakenOrRefusedAndWhatIsTakenIsStored) {
     AppSettings settings(defaults);
     settings.speechModelNames = [] { return std::vector<std::string>{"automatic", "tiny-en"}; };
     for (const auto& c : cases) {
-        EXPECT_EQ(settings.find(c.key)->setText(c.text), c.taken) << c.key << "=" << c.text;
+        EXPECT_EQ(settings.find(c.key)->setText(c.text), c.isAccepted) << c.key << "=" << c.text;
         JSONUserDefaults again(files, file);
         AppSettings reread(again);
         EXPECT_EQ(reread.find(c.key)->text(), c.printed) << c.key;

@@ -48,7 +48,7 @@ class FileLoggerTests : public ::testing::Test {
     TessaruneFileLogger logger{host, files, paths};
 };
 
-TEST_F(FileLoggerTests, ADiskThatTakesNothingCostsEventsAndTheyAreCounted) {
+TEST_F(FileLoggerTests, EventsBeyondTheQueueOfAStalledDiskAreLostAndCounted) {
     for (int i = 0; i < 5000; ++i)
         logger.event("crowd");
     EXPECT_EQ(lines().size(), 4096u);
@@ -74,7 +74,7 @@ TEST_F(FileLoggerTests, TheLevelDecidesWhichEventsAreWritten) {
     }
 }
 
-TEST_F(FileLoggerTests, ALineCarriesItsFieldsAndWhereItCameFrom) {
+TEST_F(FileLoggerTests, ALineHasItsFieldsAndItsSourceLocation) {
     logger.event("listen.start", {{"name", std::string("a\n\"b\"")},
                                   {"count", std::int64_t{3}},
                                   {"infinite", std::numeric_limits<double>::infinity()},
@@ -92,7 +92,7 @@ TEST_F(FileLoggerTests, ALineCarriesItsFieldsAndWhereItCameFrom) {
     EXPECT_TRUE(ofSound["sourceLocation"].get<std::string>().starts_with("FileLoggerTests.cpp:"));
 }
 
-TEST_F(FileLoggerTests, EachDayHasAFileAndOldOnesGo) {
+TEST_F(FileLoggerTests, EachDayHasAFileAndOldFilesAreRemoved) {
     for (int i = 0; i < 20; ++i) {
         logger.event("day", {{"i", std::int64_t{i}}});
         host.advanceBy(day);
@@ -107,7 +107,7 @@ TEST_F(FileLoggerTests, EachDayHasAFileAndOldOnesGo) {
 TEST_F(FileLoggerTests, DeletingEntriesKeepsTheOtherLines) {
     logger.event("a", {{"recordingID", std::string("ID-1")}});
     logger.event("b", {{"path", std::string("/some/\"quoted\" name.wav")}});
-    TessaruneFileLogger other(host, files, paths); // of a program that captions beside this one
+    TessaruneFileLogger other(host, files, paths); // of another program that captions, too
     other.event("c", {{"recordingID", std::string("ID-2")}});
     host.runUntilIdle();
     logger.deleteEntries({"ID-1"}, {"/some/\"quoted\" name.wav"});

@@ -7,11 +7,11 @@
 namespace tessarune {
 namespace {
 
-TEST(StringTablesTests, TheEnvironmentNamesALanguageAndEverythingElseIsEnglish) {
+TEST(StringTablesTests, TheEnvironmentChoosesTheLanguageAndUnknownOnesAreEnglish) {
     const struct {
         const char* languages;
         const char* locale;
-        std::string text; // "" is the key
+        std::string text; // empty: the key itself, which is simplified Chinese
     } cases[] = {
         {"", "zh_TW.UTF-8", "系統聲音"},   {"", "zh_Hant_HK", "系統聲音"},
         {"", "zh_CN.UTF-8", ""},           {"", "zh", ""},

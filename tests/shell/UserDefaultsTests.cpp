@@ -77,7 +77,7 @@ TEST_F(UserDefaultsTests, AFileThatIsNotUnderstoodIsNeverOverwritten) {
         EXPECT_TRUE(defaults.isUnreadable("a"));
         defaults.set("a", std::int64_t{2});
         EXPECT_EQ(defaults.value("a"), SettingValue(std::int64_t{2}))
-            << "for the life of the process";
+            << "kept as long as the process runs";
         EXPECT_EQ(files.read(file), text);
         EXPECT_EQ(files.read(defaults.keepAside()), text);
         defaults.set("b", true);

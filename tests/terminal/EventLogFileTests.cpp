@@ -14,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-TEST(EventLogFileTests, NothingIsWrittenOverUnlessTheUserSaysSoAndTheSourceNever) {
+TEST(EventLogFileTests, AFileIsOverwrittenOnlyOnRequestAndTheSourceNever) {
     testing::TemporaryFolder folder;
     SimulatedHost host;
     for (const char* name : {"talk.wav", "old.ndjson"})
@@ -42,12 +42,12 @@ TEST(EventLogFileTests, NothingIsWrittenOverUnlessTheUserSaysSoAndTheSourceNever
             EXPECT_EQ(c.problem, nullptr) << c.path;
         } catch (const RunFailure& failure) {
             EXPECT_EQ(failure.status, ExitStatus::cannotWrite);
-            ASSERT_NE(c.problem, nullptr) << c.path << failure.what();
+            ASSERT_NE(c.problem, nullptr) << c.path << ": " << failure.what();
             EXPECT_NE(std::string(failure.what()).find(c.problem), std::string::npos)
                 << failure.what();
         }
     }
-    EXPECT_EQ(testing::contentsOf(folder / "old.ndjson"), "old.ndjson") << "a look touches nothing";
+    EXPECT_EQ(testing::contentsOf(folder / "old.ndjson"), "old.ndjson") << "a check writes nothing";
     EXPECT_FALSE(fs::exists(folder / "new.ndjson"));
 
     ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);

@@ -21,7 +21,7 @@ class JSONOutputTests : public ::testing::Test, public testing::PrintedCaptions 
         std::vector<Json> found;
         std::istringstream text(out.take());
         for (std::string line; std::getline(text, line);) {
-            EXPECT_EQ(Text::printable(line), line) << "no orders to a terminal";
+            EXPECT_EQ(Text::printable(line), line) << "no control characters";
             Json object = Json::parse(line);
             if (object["type"] == type)
                 found.push_back(std::move(object));
@@ -37,7 +37,7 @@ class JSONOutputTests : public ::testing::Test, public testing::PrintedCaptions 
 TEST_F(JSONOutputTests, EachOutcomeOfAUnitIsOneObject) {
     commit("One,");
     commit("two.");
-    EXPECT_EQ(take("committed").size(), 2u) << "rows never wait";
+    EXPECT_EQ(take("committed").size(), 2u) << "rows wait for no translation";
     fail(0, 1, "went wrong");
     EXPECT_EQ(take("translation"), (std::vector<Json>{{{"type", "translation"},
                                                        {"t", 1000},
@@ -55,14 +55,14 @@ TEST_F(JSONOutputTests, EachOutcomeOfAUnitIsOneObject) {
     EXPECT_FALSE(again[0].contains("error"));
 }
 
-TEST_F(JSONOutputTests, PreviewsComeWithTheirSourceAndAreTakenAway) {
-    const std::string orders = "Je crois\u009b2J\u202e\177";
-    preview = {orders, "I think"};
+TEST_F(JSONOutputTests, PreviewsHaveTheirSourceAndAreWithdrawnByAnEmptyOne) {
+    const std::string withControls = "Je crois\u009b2J\u202e\177";
+    preview = {withControls, "I think"};
     update();
     update();
     const auto shown = take("preview");
     ASSERT_EQ(shown.size(), 1u);
-    EXPECT_EQ(shown[0]["text"], orders);
+    EXPECT_EQ(shown[0]["text"], withControls);
     EXPECT_EQ(shown[0]["source"], "I think");
     EXPECT_EQ(shown[0]["target"], "fr");
     preview = {};

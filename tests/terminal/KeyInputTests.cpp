@@ -5,7 +5,7 @@
 namespace tessarune::testing {
 namespace {
 
-TEST(KeyInputTests, WhatATerminalSendsBecomesKeysAndNothingElse) {
+TEST(KeyInputTests, BytesOfATerminalBecomeKeysAndOthersAreIgnored) {
     using Key = KeyPress::Key;
     const auto letter = [](char character) { return KeyPress{Key::character, character}; };
     const std::vector<std::pair<std::string, std::vector<KeyPress>>> cases{

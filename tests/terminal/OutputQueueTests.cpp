@@ -11,7 +11,7 @@
 namespace tessarune {
 namespace {
 
-TEST(OutputQueueTests, NobodyWaitsForAReaderAndTheReaderGetsAll) {
+TEST(OutputQueueTests, PrintingWaitsForNoReaderAndALateReaderGetsEverything) {
     int ends[2];
     ASSERT_EQ(::pipe(ends), 0);
     std::promise<void> caughtUp;
@@ -36,7 +36,7 @@ TEST(OutputQueueTests, NobodyWaitsForAReaderAndTheReaderGetsAll) {
     ::close(ends[1]);
 }
 
-TEST(OutputQueueTests, AFullDiskIsToldOnce) {
+TEST(OutputQueueTests, AFullDiskIsReportedOnce) {
     const int full = ::open("/dev/full", O_WRONLY);
     ASSERT_GE(full, 0);
     std::promise<void> failed;
@@ -46,7 +46,7 @@ TEST(OutputQueueTests, AFullDiskIsToldOnce) {
         failed.get_future().wait();
         EXPECT_EQ(queue.failure(), ENOSPC);
         std::fputs("lost too\n", queue.stream());
-        EXPECT_TRUE(queue.isWritten()) << "there is nothing to wait for";
+        EXPECT_TRUE(queue.isWritten()) << "after a failure, nothing waits to be written";
     }
     ::close(full);
 }

@@ -31,24 +31,24 @@ TEST_F(PlainOutputTests, ATranslationStandsUnderTheLastRowOfItsUnit) {
     EXPECT_NE(errors.take().find("--languages download fr"), std::string::npos);
 }
 
-TEST_F(PlainOutputTests, AMissingTranslationHoldsUpOneRowForASecondAndThenNothing) {
+TEST_F(PlainOutputTests, AMissingTranslationDelaysOneRowByASecondAndNoLaterRow) {
     commit("One.");
     commit("Two.");
     host.advanceBy(0.99);
     EXPECT_EQ(out.take(), "One.\n");
     host.advanceBy(0.02);
-    EXPECT_EQ(out.take(), "Two.\n") << "also while nothing is said";
+    EXPECT_EQ(out.take(), "Two.\n") << "printed after a second, without new speech";
     commit("Three.");
     EXPECT_EQ(out.take(), "Three.\n");
     translate(0, 0, "Un.");
     commit("Four.");
-    EXPECT_EQ(out.take(), "\tUn.\nFour.\n") << "still behind";
+    EXPECT_EQ(out.take(), "\tUn.\nFour.\n") << "no row waits while translations are late";
     for (std::size_t i = 1; i < 4; ++i)
         translate(i, i, std::to_string(i));
     EXPECT_EQ(out.take(), "\t1\n\t2\n\t3\n");
     commit("Five.");
     commit("Six.");
-    EXPECT_EQ(out.take(), "Five.\n") << "it has caught up";
+    EXPECT_EQ(out.take(), "Five.\n") << "with no late translation, rows wait again";
     finish();
     EXPECT_EQ(out.take(), "Six.\n");
     host.runUntilIdle();
@@ -56,7 +56,7 @@ TEST_F(PlainOutputTests, AMissingTranslationHoldsUpOneRowForASecondAndThenNothin
 }
 
 /// A session empties its rows when another recogniser is chosen.
-TEST_F(PlainOutputTests, RowsThatBeginAnewArePrintedWhateverTheOutput) {
+TEST_F(PlainOutputTests, EveryOutputPrintsTheRowsAfterTheListWasEmptied) {
     const auto size = [] { return ScreenSize{40, 24}; };
     CaptionOutput outputs[] = {std::move(output), makeScreenOutput(out.file(), size, false),
                                makeJSONOutput(
@@ -79,7 +79,7 @@ TEST_F(PlainOutputTests, WithoutTranslationNothingWaits) {
     awaits = false;
     commit("One.");
     commit("T\033]0;wo\n.");
-    EXPECT_EQ(out.take(), "One.\nT\uFFFD]0;wo .\n") << "one row, one line, and no orders";
+    EXPECT_EQ(out.take(), "One.\nT\uFFFD]0;wo .\n") << "each row is one line, without controls";
     translate(0, 1, "\033[2JUn.");
     EXPECT_EQ(out.take(), "\t\uFFFD[2JUn.\n");
     output.status("mic \033c:\n  usb");

@@ -48,7 +48,7 @@ class PrintedCaptions {
     Printed errors;
     CaptionOutput output;
     std::string target = "fr";
-    bool awaits = true;
+    bool awaits = true; ///< whether the session translates
     struct Preview {
         std::string text;
         std::string source;

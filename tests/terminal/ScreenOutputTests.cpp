@@ -24,7 +24,7 @@ class WatchedScreen : public testing::PrintedCaptions {
     testing::TerminalEmulator terminal;
 };
 
-TEST(ScreenOutputTests, ARowIsThereAtOnceAndItsTranslationComesUnderIt) {
+TEST(ScreenOutputTests, ARowIsShownAtOnceAndItsTranslationLaterUnderIt) {
     WatchedScreen screen;
     screen.live("One, two");
     EXPECT_EQ(screen.text(), (Lines{"~One, two"}));
@@ -73,9 +73,9 @@ TEST(ScreenOutputTests, APreviewStandsUnderItsSourceOnly) {
     EXPECT_EQ(screen.text(), (Lines{"I think so.", "  Je le crois.", "~And"}));
 }
 
-TEST(ScreenOutputTests, WhatComesAfterItsRowHasGoneSaysWhatItBelongsTo) {
+TEST(ScreenOutputTests, ATranslationWhoseRowCannotBeRewrittenAnyMoreNamesTheRow) {
     WatchedScreen screen;
-    for (int i = 0; i < 10; ++i)
+    for (int i = 0; i < 10; ++i) // only the last eight rows are rewritten
         screen.commit("Row " + std::to_string(i) + ".");
     screen.translate(0, 0, "Zéro.");
     screen.translate(2, 2, "Deux.");
@@ -99,7 +99,7 @@ TEST(ScreenOutputTests, NothingIsLostOrShownTwiceOnAnyScreen) {
         WatchedScreen screen({12 + below(60), 2 + below(12)});
         Lines sources;
         Lines translations;
-        std::size_t waiting = 0; // the first row without an outcome
+        std::size_t waiting = 0; // the first row without a translation or failure
         for (int step = 0; step < 60; ++step) {
             const std::size_t rows = sources.size();
             switch (below(6)) {
@@ -139,8 +139,8 @@ TEST(ScreenOutputTests, NothingIsLostOrShownTwiceOnAnyScreen) {
                 foundSources.push_back(line);
             else if (line.starts_with("  unit"))
                 foundTranslations.push_back(line.substr(2));
-            ASSERT_FALSE(line.starts_with("~x")) << "live text was left behind";
-            ASSERT_NE(line, "~12 %") << "progress is not kept";
+            ASSERT_FALSE(line.starts_with("~x")) << "no live text remains";
+            ASSERT_NE(line, "~12 %") << "no progress remains";
         }
         ASSERT_EQ(foundSources, sources);
         ASSERT_EQ(foundTranslations, translations);

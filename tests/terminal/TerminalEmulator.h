@@ -31,7 +31,7 @@ class TerminalEmulator {
                 column_ = 0;
             } else {
                 const std::size_t end = std::min(bytes.find_first_of("\033\n\r", i), bytes.size());
-                EXPECT_EQ(column_, lines_[line_].size()) << "nothing is written over";
+                EXPECT_EQ(column_, lines_[line_].size()) << "nothing is overwritten";
                 lines_[line_] += (isDim_ ? "~" : "") + bytes.substr(i, end - i);
                 column_ = lines_[line_].size();
                 i = end;
@@ -57,7 +57,7 @@ class TerminalEmulator {
         } else if (command == 'A') {
             const std::size_t count = std::stoul(parameters);
             line_ = std::max(top_, line_ - std::min(line_, count));
-        } else {
+        } else { // shows or hides the cursor
             EXPECT_EQ(parameters + command,
                       parameters[1] == '2' && command == 'h' ? "?25h" : "?25l");
         }

@@ -46,7 +46,7 @@ TEST(TerminalOptionsTests, ReadsEachKindOfSource) {
     const auto plain = std::get<CaptionsCommand>(parse({}).options.value().command);
     EXPECT_EQ(std::get<AudioSource>(plain.source), AudioSource::systemAudio());
     EXPECT_FALSE(plain.sourceWasChosen);
-    EXPECT_FALSE(plain.locale) << "the settings decide";
+    EXPECT_FALSE(plain.locale) << "without an option, the settings decide";
     EXPECT_TRUE(plain.records);
     const auto asked =
         std::get<CaptionsCommand>(parse({"--locale", "en_in", "--no-record"}).options->command);
@@ -143,14 +143,14 @@ TEST(TerminalOptionsTests, ReadsTheModelCommands) {
         "small");
 }
 
-TEST(TerminalOptionsTests, ReadsWhatToTranslateInto) {
+TEST(TerminalOptionsTests, ReadsTheTargetAndTheLanguageCommands) {
     const auto command = [](std::vector<const char*> arguments) {
         return parse(std::move(arguments)).options.value().command;
     };
     const auto target = [&](std::vector<const char*> arguments) {
         return std::get<CaptionsCommand>(command(std::move(arguments))).target;
     };
-    EXPECT_EQ(target({}), std::nullopt) << "the settings decide";
+    EXPECT_EQ(target({}), std::nullopt) << "without an option, the settings decide";
     EXPECT_EQ(target({"--target", "zh_tw"}), "zh-Hant");
     EXPECT_EQ(target({"--target", "Off"}), "");
     EXPECT_EQ(target({"--target", "none"}), "");
@@ -164,14 +164,14 @@ TEST(TerminalOptionsTests, ReadsWhatToTranslateInto) {
     EXPECT_EQ(std::get<TestTranslationCommand>(command({"--test-translation", "ja"})).target, "ja");
 }
 
-TEST(TerminalOptionsTests, BehindTwoDashesEverythingIsAValue) {
+TEST(TerminalOptionsTests, AfterTwoDashesEverythingIsAValue) {
     const Parsed noted = parse({"--json", "--note", "AB", "--", "--list"});
     const auto command = noted.options.value().command;
     EXPECT_EQ(std::get<SetNoteCommand>(std::get<HistoryCommand>(command)).note, "--list");
     EXPECT_TRUE(noted.options->json);
 }
 
-TEST(TerminalOptionsTests, AssignmentsKeepTheirOrderAndEverythingBehindTheFirstEqualsSign) {
+TEST(TerminalOptionsTests, AssignmentsKeepTheirOrderAndEverythingAfterTheFirstEqualsSign) {
     const Parsed parsed = parse({"--set", "a=1", "--set", "b=x=y"});
     using Values = std::vector<std::pair<std::string, std::string>>;
     EXPECT_EQ(std::get<SetCommand>(parsed.options->command).values,

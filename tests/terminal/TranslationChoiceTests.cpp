@@ -6,7 +6,7 @@
 namespace tessarune {
 namespace {
 
-TEST(TranslationChoiceTests, ARunTranslatesWhatItCanAndSaysWhatItCannot) {
+TEST(TranslationChoiceTests, ASessionTranslatesOrSaysWhyItCannot) {
     using Status = TranslationAvailabilityStatus;
     const std::vector<TranslationLanguageState> languages = {
         {"zh-Hans", Status::supported, 0, false, ""},
@@ -43,7 +43,7 @@ TEST(TranslationChoiceTests, ARunTranslatesWhatItCanAndSaysWhatItCannot) {
     };
     for (const auto& c : cases) {
         const auto choice = chooseTranslation({c.backend, c.settingsTarget}, c.wanted, languages);
-        const std::string about = std::string(c.settingsTarget) + " " + c.wanted.value_or("-");
+        const std::string about = std::string(c.settingsTarget) + ", " + c.wanted.value_or("-");
         EXPECT_EQ(choice.target, c.target) << about;
         const bool isOffered =
             std::string(c.notice + std::string(c.failure)).find("download") != std::string::npos;
@@ -56,12 +56,12 @@ TEST(TranslationChoiceTests, ARunTranslatesWhatItCanAndSaysWhatItCannot) {
     }
 }
 
-TEST(DownloadPercentTests, AProgramThatReadsAlongHearsOfEachPerCentOnce) {
+TEST(DownloadPercentTests, EachPercentIsReportedOnce) {
     int heard = 0;
     DownloadPercent percent(1);
     for (std::uint64_t received = 0; received <= 40'000'000; received += 10'000)
         heard += percent.isNews(received, 40'000'000) ? 1 : 0;
-    EXPECT_EQ(heard, 101);
+    EXPECT_EQ(heard, 101); // 0 % to 100 %
     EXPECT_FALSE(percent.isNews(40'000'000, 40'000'000));
 }
 
