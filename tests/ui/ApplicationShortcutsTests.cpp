@@ -49,18 +49,16 @@ class ApplicationShortcutsTests : public WarningsFail {
 
 TEST_F(ApplicationShortcutsTests, AreTheSameInEveryWindow) {
     constexpr auto ctrlShift = Qt::ControlModifier | Qt::ShiftModifier;
-    constexpr quint32 scanOf1 = 10, scanOf0 = 19; // the keys of the digits
     for (ShortcutSetting* const setting :
          {&captions.settings.shortcutClear, &captions.settings.shortcutHistory}) {
-        setting->keyCode = 18;         // 1
+        setting->keyCode = 18;         // 1, whose scan code is 10
         setting->modifiers = 0x120000; // Ctrl and Shift
     }
     for (QWindow* const window :
          {static_cast<QWindow*>(&other), static_cast<QWindow*>(&captions.window->window())}) {
-        EXPECT_EQ(press(*window, Qt::Key_Exclam, ctrlShift, scanOf1), Asked{"clear"})
-            << "the first of two commands with the same keys";
+        EXPECT_EQ(press(*window, Qt::Key_Exclam, ctrlShift, 10), Asked{"clear"}) << "the first";
         captions.session.hasVisibleSourceTextFlag = false; // nothing to clear
-        EXPECT_EQ(press(*window, Qt::Key_Exclam, ctrlShift, scanOf1), Asked{"history"});
+        EXPECT_EQ(press(*window, Qt::Key_Exclam, ctrlShift, 10), Asked{"history"});
         captions.session.hasVisibleSourceTextFlag = true;
     }
     EXPECT_EQ(press(other, Qt::Key_Space, {}), Asked{}) << "Space alone is typed, not a command";
@@ -72,9 +70,9 @@ TEST_F(ApplicationShortcutsTests, AreTheSameInEveryWindow) {
     activate(captions.window->window());
     QTest::keyClick(&captions.window->window(), Qt::Key_F5);
     EXPECT_EQ(captions.asked, Asked{"clear"});
-    EXPECT_EQ(
-        storedKeys(keyWithoutShift(Qt::Key_ParenRight, ctrlShift, scanOf0), ctrlShift)->keyCode, 29)
-        << "the sign above the digit 0 is stored as the digit";
+    EXPECT_EQ(storedKeys(keyWithoutShift(Qt::Key_ParenRight, ctrlShift, 19), ctrlShift)->keyCode,
+              29)
+        << "the sign above 0, whose scan code is 19, is stored as 0";
 }
 
 TEST_F(ApplicationShortcutsTests, CopyingCaptionsGivesWayToTextSelectedInTheFocusedItem) {

@@ -291,8 +291,7 @@ TEST_F(CaptionWindowTests, SwapsTheLinesAndAnimatesNothingIfMotionIsReduced) {
     const auto itemOf = [&](const char* part) {
         return newest()->property(part).value<QQuickItem*>();
     };
-    EXPECT_TRUE(itemOf("sourceItem")->property("text").toString().contains("home"))
-        << "all words appear together";
+    EXPECT_TRUE(itemOf("sourceItem")->property("text").toString().contains("home")) << "all words";
     EXPECT_LT(itemOf("translationItem")->y(), itemOf("sourceItem")->y());
     captions.settle("Something new.");
     captions.publish();
@@ -403,8 +402,7 @@ TEST_F(CaptionWindowTests, AMissingTranslationCanBeCompletedWhateverElseIsShown)
     EXPECT_EQ(stage.translationRemedy(), "下载…") << "the new target language has no model";
     captions.window.reset();
     captions.open();
-    EXPECT_EQ(captions.window->stage().translationRemedy(), "下载…")
-        << "a new window offers it, too";
+    EXPECT_EQ(captions.window->stage().translationRemedy(), "下载…") << "offered at once";
 }
 
 TEST_F(CaptionWindowTests, AScreenReaderFindsCaptionsAsListItemsAndNamedButtons) {
@@ -428,9 +426,8 @@ TEST_F(CaptionWindowTests, AScreenReaderFindsCaptionsAsListItemsAndNamedButtons)
 }
 
 TEST_F(CaptionWindowTests, EveryTextStandsOutFromTheBackground) {
-    // A term of WCAG's contrast ratio: the relative luminance of a colour over a grey, plus 0.05.
     const auto luminance = [](const QColor& text, double opacity, double below) {
-        double sum = 0.05;
+        double sum = 0.05; // in WCAG's contrast ratio, each luminance is increased by this
         for (const auto& [value, weight] :
              {std::pair(text.redF(), 0.2126), {text.greenF(), 0.7152}, {text.blueF(), 0.0722}}) {
             const double seen = value * opacity + below * (1 - opacity);
@@ -468,7 +465,7 @@ TEST_F(CaptionWindowTests, EveryTextStandsOutFromTheBackground) {
 TEST_F(CaptionWindowTests, ALongNoticeIsNotCutOffInASmallWindow) {
     QQuickWindow& window = captions.window->window();
     window.resize(380, 300);
-    const auto isBelowToolbar = [&] { // whose height is 48
+    const auto isBelowToolbar = [&] { // whose buttons end above 48
         return window.findChild<QQuickItem*>("notice")->mapToScene({0, 0}).y() >= 48;
     };
     captions.notice =

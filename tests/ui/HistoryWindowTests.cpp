@@ -291,8 +291,7 @@ TEST_F(HistoryWindowTests, FilesAreImportedOrTheReasonIsShown) {
     EXPECT_EQ(model().detail()->note(), "talk");
     EXPECT_TRUE(runUntil(
         [&] { return model().detail()->payload().sourceText == "New words.\nAnd more."; }));
-    EXPECT_EQ(history.disk.list(history.paths.recordings()).size(), 2U)
-        << "two complete recordings";
+    EXPECT_EQ(history.disk.list(history.paths.recordings()).size(), 2U) << "only two recordings";
     imports.remove(0);
     EXPECT_EQ(imports.count(), 0);
 }

@@ -76,8 +76,7 @@ class StagedHistory {
         catalog.saveBilingualTranscript(bilingual, recording.id);
         return recording.id;
     }
-    /// Saves sentence times of 7 seconds each for a recording.
-    void time(const UUID& id, int sentences) {
+    void time(const UUID& id, int sentences) { // saves the times of the sentences
         HistoryWordTimeline timeline;
         for (int i = 0; i < sentences; ++i)
             timeline.sentences.push_back({"", i * 7.5, i * 7.5 + 7, {}, "audioWord"});

@@ -124,8 +124,7 @@ double playedSeconds(const fs::path& audio) {
     return seconds;
 }
 
-/// Checks, before any repair, that the header of each WAV covers its sound except for what is
-/// written between two updates of the header, and one second.
+/// Checks, before any repair, that a WAV's header lags by at most its update interval and 1 s.
 void expectPlayable(Program& program) {
     for (const auto& entry : program.catalog.recordings()) {
         if (!entry.filePath.ends_with(".wav"))
@@ -183,9 +182,8 @@ TEST(KilledSessionTests, TheNextLaunchRecoversASessionThatWasKilledAtAnyMoment) 
         RecordingRepair repair(program.files, program.catalog, program.logger);
         recovered += repair.runAtLaunch().recoveredSessions.size();
         expectRepaired(program, saved);
-        for (const auto& [id, rows] : journaled) {
+        for (const auto& [id, rows] : journaled) { // each row has two words
             const auto text = testing::contentsOf(program.catalog.transcriptURL(id));
-            // Each journaled row has two words.
             EXPECT_TRUE(text == "saved" || Text::countOfWhiteSpaceSeparated(text) == 2 * rows);
         }
         EXPECT_TRUE(repair.runAtLaunch().recoveredSessions.empty());

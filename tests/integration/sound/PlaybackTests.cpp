@@ -22,7 +22,7 @@ class PlaybackTests : public PrivateServerTest {
         double shown;
     };
     static constexpr double momentSeconds = 0.01; // the buffer length of a record stream
-    static constexpr double nearSeconds = 0.03;
+    static constexpr double nearSeconds = 0.03;   // three moments
 
     void SetUp() override {
         PrivateServerTest::SetUp();

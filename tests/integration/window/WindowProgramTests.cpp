@@ -136,7 +136,7 @@ class WindowProgram : public ::testing::Test {
         }
         return found;
     }
-    /// Whether the journal of the running session has a committed row.
+    /// Whether the journal of the running session has the first row of the speech.
     bool hasRow() const {
         if (!fs::exists(data_ / "Transcripts"))
             return false;
@@ -147,7 +147,7 @@ class WindowProgram : public ::testing::Test {
         }
         return false;
     }
-    /// Checks that every recording has its sound and text, and that no journal remains.
+    /// Checks the number of recordings, their sound and text, and that no journal remains.
     void expectSaved(std::size_t recordings) const {
         const auto index = nlohmann::json::parse(contentsOf(data_ / "recordings.json"));
         EXPECT_EQ(index.size(), recordings);
@@ -347,8 +347,7 @@ TEST_F(WindowProgram, ReturnsToWhereTheUserPutItsWindow) {
     program.send(SIGTERM);
     expectEndedWell(program.wait());
     const StartedProgram again = start({"show"});
-    EXPECT_TRUE(within(10, [&] { return place() == last; }))
-        << place().text() << " " << last.text();
+    EXPECT_TRUE(within(10, [&] { return place() == last; })) << place().text() << last.text();
 }
 
 TEST_F(WindowProgram, SavesWhatWasSaidWhenItIsAskedToEnd) {
