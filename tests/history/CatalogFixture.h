@@ -21,7 +21,7 @@ class Catalogued {
         setenv("TZ", "Asia/Shanghai", 1); // before anything reads it
         TessaruneLog::setDiagnosticsLevel(DiagnosticsLevel::core);
         TessaruneLog::setSink([this](auto, auto, const std::string& text) { log.push_back(text); });
-        disk.setContents("/data/placeholder", "");
+        disk.setContents("/data/placeholder", ""); // creates the folder
     }
     ~Catalogued() { TessaruneLog::setSink({}); }
 
@@ -31,7 +31,7 @@ class Catalogued {
         made.startedAt = startedAt;
         made.endedAt = startedAt + 2;
         made.duration = 2;
-        made.byteCount = 64044;
+        made.byteCount = 64044; // a WAV of two seconds at 16 kHz
         made.filePath = "/data/Recordings/" + name;
         return made;
     }
@@ -46,7 +46,7 @@ class Catalogued {
     nlohmann::json index() {
         return nlohmann::json::parse(disk.contentsOf(paths.recordingIndex()));
     }
-    /// The names of the audio files, in the order of the index: "name name …".
+    /// The names of the audio files without extensions, in the order of the index: "name name ".
     std::string order() {
         std::string names;
         for (const auto& entry : catalog.recordings())

@@ -30,7 +30,7 @@ std::string cuesText(const std::vector<SubtitleCue>& cues) {
     return text;
 }
 
-TEST(HistoryTranscriptExportTests, ARowHasTheTimeOfItsSentenceAndMarkupStaysText) {
+TEST(HistoryTranscriptExportTests, ARowHasTheTimeOfItsSentenceAndMarkupIsEscaped) {
     const auto document = exported(Content::bilingual, "<b>a</b> & \"b\"\nx'y\nz\n\nc", 1);
     const std::string html = document.html();
     for (const char* part :
@@ -54,7 +54,7 @@ TEST(HistoryTranscriptExportTests, ABilingualRowHasTheTimeOfItsOwnSentence) {
     const struct {
         const char* rows; ///< in the order of the former text
         const char* sentences;
-        std::vector<int> expected; ///< the sentence of each row
+        std::vector<int> expected; ///< the sentence of each row; -1: none
     } cases[] = {{"a b c", "a b c", {0, 1, 2}},
                  {"a c", "a b c", {0, 2}},
                  {"a x b", "a b", {0, -1, 1}},
@@ -83,7 +83,7 @@ TEST(HistoryTranscriptExportTests, ABilingualRowHasTheTimeOfItsOwnSentence) {
     EXPECT_EQ(cuesText(HistorySubtitles::cues(former, {}, 20)), "2000-3000 a/A\n4000-5000 b/B\n");
 }
 
-TEST(HistoryTranscriptExportTests, NamesAreMadeOfTheNoteOrTheDate) {
+TEST(HistoryTranscriptExportTests, FileNamesComeFromTheNoteOrElseTheDate) {
     setenv("TZ", "Asia/Shanghai", 1);
     const struct {
         const char* note;
@@ -113,11 +113,12 @@ TEST(HistoryTranscriptExportTests, NamesAreMadeOfTheNoteOrTheDate) {
     for (const Format format : {Format::m4a, Format::html}) {
         const std::string name =
             HistoryExport::suggestedFilename({family, format, Content::source});
+        // File systems allow 255 bytes, and the name of an unfinished file is longer.
         EXPECT_TRUE(name.size() > 60 && name.size() < 230 && Text::isValidUTF8(name)) << name;
     }
 }
 
-TEST(HistorySubtitlesTests, CuesFollowTheWords) {
+TEST(HistorySubtitlesTests, CuesAreTimedByWordsOrElseBySentences) {
     HistoryTranscriptExportDocument document{"", "", Content::source, "", {}};
     document.text = "One two three four five six seven eight nine ten eleven twelve thirteen "
                     "fourteen fifteen.\nYes.\nNo.";
@@ -142,12 +143,13 @@ TEST(HistorySubtitlesTests, CuesFollowTheWords) {
               "WEBVTT\n\n01:01:01.001 --> 01:01:02.002\na &lt; b &amp; c\n\n");
 }
 
-/// Whatever the times and texts, a player gets cues that it can show.
+/// Whatever the times and texts are, a player can show the cues.
 TEST(HistorySubtitlesTests, CuesKeepTheirBoundsWhateverIsInTheTimeline) {
     const std::vector<std::string> words = {
         "a",     "wonderful",          "大小人口手。",
         "مرحبا", "👩‍👩‍👧", "Donaudampfschifffahrtsgesellschaftskapitänsmütze"};
     for (unsigned seed = 0; seed < 60; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
         std::mt19937 random(seed);
         const auto below = [&](unsigned count) { return random() % count; };
         HistoryTranscriptExportDocument document{"", "", static_cast<Content>(seed % 3), "", {}};
@@ -175,18 +177,18 @@ TEST(HistorySubtitlesTests, CuesKeepTheirBoundsWhateverIsInTheTimeline) {
         std::int64_t free = 0;
         std::string shown;
         for (const auto& cue : HistorySubtitles::cues(document, timed, at)) {
-            EXPECT_GE(cue.startMS, free) << seed;
-            EXPECT_GE(cue.endMS - cue.startMS, 1000) << seed;
-            EXPECT_LE(cue.endMS - cue.startMS, 7000) << seed;
-            EXPECT_LE(cue.lines.size(), seed % 3 == 1 ? 4U : 2U) << seed;
+            EXPECT_GE(cue.startMS, free);
+            EXPECT_GE(cue.endMS - cue.startMS, 1000);
+            EXPECT_LE(cue.endMS - cue.startMS, 7000);
+            EXPECT_LE(cue.lines.size(), seed % 3 == 1 ? 4U : 2U); // bilingual, or one language
             free = cue.endMS;
             for (const auto& line : cue.lines) {
-                EXPECT_LE(Text::columns(line), 42U) << seed << line;
+                EXPECT_LE(Text::columns(line), 42U) << line;
                 shown += line;
             }
         }
         if (seed % 3 == 0) {
-            EXPECT_EQ(Text::countOfNonWhiteSpace(shown), Text::countOfNonWhiteSpace(all)) << seed;
+            EXPECT_EQ(Text::countOfNonWhiteSpace(shown), Text::countOfNonWhiteSpace(all));
         }
     }
 }
@@ -236,7 +238,7 @@ class HistoryExportTests : public ::testing::Test, public testing::Catalogued {
                             [](const auto&) -> std::string { throw std::runtime_error("jam"); }};
 };
 
-TEST_F(HistoryExportTests, WhatCannotBeExportedSaysWhy) {
+TEST_F(HistoryExportTests, AnImpossibleExportSaysWhy) {
     const UUID id = add(1, "a.wav");
     EXPECT_EQ(document(id, Format::html, Content::source), "这条录音没有识别文本。");
     EXPECT_EQ(document(id, Format::pdf, Content::bilingual), "这条录音没有识别文本。");
@@ -255,8 +257,8 @@ TEST_F(HistoryExportTests, WhatCannotBeExportedSaysWhy) {
     EXPECT_EQ(document(id, Format::txt, Content::source), "a\n");
 }
 
-TEST_F(HistoryExportTests, AudioIsWhatItsNameSaysAndNothingElseIsTouched) {
-    disk.setContents("/home/x.m4a.part/mine", "mine");
+TEST_F(HistoryExportTests, AudioExportGivesAnM4AAndTouchesNoOtherFile) {
+    disk.setContents("/home/x.m4a.part/mine", "mine"); // in a folder of the user
     const UUID own = add(1, "own.m4a");
     const UUID import = add(2, "film.m4a"); // an M4A by name only
     RecordingMetadata recording = *catalog.recording(own);
@@ -271,7 +273,8 @@ TEST_F(HistoryExportTests, AudioIsWhatItsNameSaysAndNothingElseIsTouched) {
     for (std::uint64_t i = 1; i <= count; ++i) {
         disk.failAt = disk.operations + i;
         exportedAudio(item);
-        EXPECT_EQ(disk.list("/home"), (std::vector<std::string>{"x.m4a", "x.m4a.part"})) << i;
+        EXPECT_EQ(disk.list("/home"), (std::vector<std::string>{"x.m4a", "x.m4a.part"}))
+            << "operation " << i;
     }
     EXPECT_EQ(disk.contentsOf("/home/x.m4a.part/mine"), "mine");
 
@@ -279,7 +282,7 @@ TEST_F(HistoryExportTests, AudioIsWhatItsNameSaysAndNothingElseIsTouched) {
     uncompressed.filePath = "/data/Recordings/own.wav";
     EXPECT_EQ(exportedAudio(uncompressed), std::string(64044, 'x'));
     disk.setContents(recording.filePath, "cut off");
-    EXPECT_EQ(exportedAudio(item), "encoded") << "what is damaged is not copied unseen";
+    EXPECT_EQ(exportedAudio(item), "encoded") << "a damaged M4A is encoded again, not copied";
 }
 
 } // namespace

@@ -11,7 +11,7 @@ namespace {
 
 class HistoryItemTests : public ::testing::Test, public testing::Catalogued {};
 
-TEST_F(HistoryItemTests, ListsWhatHasSoundWithItsTrueSize) {
+TEST_F(HistoryItemTests, ListsRecordingsThatHaveSoundWithTheirSizeOnDisk) {
     const struct {
         const char* name;
         std::size_t size;
@@ -44,7 +44,7 @@ TEST_F(HistoryItemTests, ListsWhatHasSoundWithItsTrueSize) {
     EXPECT_TRUE(HistoryItemLoader::load(catalog, disk).empty());
 }
 
-TEST_F(HistoryItemTests, ARowIsReadyToBeShown) {
+TEST_F(HistoryItemTests, ARowIsFormattedForDisplay) {
     const UUID id = makeID();
     auto entry = recording(1'760'000'000, "a.wav", id);
     entry.endedAt.reset();
@@ -67,10 +67,10 @@ TEST_F(HistoryItemTests, ARowIsReadyToBeShown) {
     EXPECT_FALSE(items[0].hasBilingualTranscript);
 }
 
-TEST(DurationTextFormatterTests, CountsHoursOnlyWhereThereAreAny) {
+TEST(DurationTextFormatterTests, FormatsDurationsAndShowsInvalidOnesAsZero) {
     using DurationTextFormatter::compact;
-    for (const double none : {-5.0, 1e300, std::numeric_limits<double>::quiet_NaN()})
-        EXPECT_EQ(compact(none), "00:00");
+    for (const double invalid : {-5.0, 1e300, std::numeric_limits<double>::quiet_NaN()})
+        EXPECT_EQ(compact(invalid), "00:00");
     EXPECT_EQ(compact(59.999), "00:59");
     EXPECT_EQ(compact(360000), "100:00:00");
 }
@@ -85,7 +85,8 @@ TEST(HistoryTranscriptPayloadTests, CutsBilingualTextIntoBlocks) {
     EXPECT_TRUE(blocks(" \n\n ").empty());
 }
 
-TEST(HistoryTranscriptPayloadTests, ShowsWhatIsAskedForAndThere) {
+TEST(HistoryTranscriptPayloadTests, PresentsTheRequestedTextIfItExists) {
+    // The codes are the values of HistoryTranscriptPresentation; mode 1 asks for both languages.
     const auto code = [](const char* source, const char* bilingual, int mode) {
         return static_cast<int>(
             HistoryTranscriptPayload::trimmed(source, bilingual).presentation(mode));

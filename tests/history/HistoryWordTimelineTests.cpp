@@ -39,7 +39,7 @@ std::string summary(const Timeline& timeline) {
     return text + " (" + sentence.timingKind + ", " + timeline.timingKind + ")";
 }
 
-TEST(HistoryWordTimelineTests, BuildsTimesFromWhateverIsKnown) {
+TEST(HistoryWordTimelineTests, BuildsTimesFromWordsRowsOrTheirArrival) {
     const auto none = std::nullopt;
     const auto check = [](const char* name, const char* option, const CaptionSegment& segment,
                           std::vector<WordEvent> events, std::string_view expected) {
@@ -47,7 +47,7 @@ TEST(HistoryWordTimelineTests, BuildsTimesFromWhateverIsKnown) {
         const auto timeline =
             Timeline::build(base, option, rows, {{segment.id, std::move(events)}});
         ASSERT_TRUE(timeline) << name;
-        EXPECT_EQ(timeline->sentences.size(), 1u) << name << ": blank rows give nothing";
+        EXPECT_EQ(timeline->sentences.size(), 1u) << name << ": a blank row has no sentence";
         EXPECT_EQ(summary(*timeline), expected) << name;
         EXPECT_EQ(timeline->words.front().segmentID, segment.id) << name;
         EXPECT_EQ(Timeline::decoded(timeline->encoded()), timeline) << name;
@@ -57,37 +57,38 @@ TEST(HistoryWordTimelineTests, BuildsTimesFromWhateverIsKnown) {
           "2.0-4.0: 2.0 3.0 (audioWord, audioWord)");
     check("relative words", "apple-en", row("a b", base, base + 9), {heard(2, 3), heard(3.5, 4)},
           "2.0-4.0: 2.0 3.5 (audioWord, audioWord)");
-    check("a clock read before the recording", "apple-en", row("a", 0, none),
+    check("words before the recording began", "apple-en", row("a", 0, none),
           {heard(base - 60, base - 59)}, "0.0-0.0: 0.0 (audioWord, audioWord)");
-    check("a hole in the words", "apple-en", row("a b c", 0, none),
+    check("a word without times", "apple-en", row("a b c", 0, none),
           {heard(1, 2), heard(none, none), heard(3, 5)},
           "1.0-5.0: 1.0 3.0 3.0 (audioWord, audioWord)");
     check("fewer words than tokens", "other", row("a b c", 1, 7), {heard(1, 2)},
           "1.0-2.0: 1.0 1.5 2.0 (audioWord, audioWord)");
-    check("a start without an end", "apple-en", row("a b", 0, base + 8), {heard(4, none)},
+    check("a word without an end", "apple-en", row("a b", 0, base + 8), {heard(4, none)},
           "4.0-8.0: 4.0 8.0 (audioSegment, audioWord)");
-    check("spread evenly", "apple-en", row(" a  b\nc ", 0, base + 14, base + 10), {},
+    check("no word times, from the first guess on", "apple-en",
+          row(" a  b\nc ", 0, base + 14, base + 10), {},
           "10.0-14.0: 10.0 12.0 14.0 (audioSegment, segmentInterpolated)");
-    check("the row's own span", "apple-en", row("a b", base + 5, base + 6), {},
+    check("no word times, spread over the row", "apple-en", row("a b", base + 5, base + 6), {},
           "5.0-6.0: 5.0 6.0 (audioSegment, segmentInterpolated)");
-    check("one token", "apple-en", row("a", 5, 9), {},
+    check("no word times, one token", "apple-en", row("a", 5, 9), {},
           "5.0-9.0: 5.0 (audioSegment, segmentInterpolated)");
-    check("no end", "apple-en", row("a b", 5, none), {},
+    check("a row without an end", "apple-en", row("a b", 5, none), {},
           "5.0-5.0: 5.0 5.0 (audioSegment, segmentInterpolated)");
-    check("ends before it starts", "apple-en", row("a b", 5, 2), {},
+    check("a row that ends before it starts", "apple-en", row("a b", 5, 2), {},
           "5.0-5.0: 5.0 5.0 (audioSegment, segmentInterpolated)");
-    check("seen before the recording", "other", row("a", 0, 3, base - 5), {},
+    check("a row seen before the recording began", "other", row("a", 0, 3, base - 5), {},
           "0.0-3.0: 0.0 (asrSegment, asrFirstSeen)");
-    check("arrival of words", "other", row("a b c", 1, 9),
+    check("arrival times of words", "other", row("a b c", 1, 9),
           {heard(none, none, base + 4), heard(0, none, base - 1), heard(none, none)},
           "1.0-9.0: 4.0 0.0 9.0 (asrSegment, asrFirstSeen)");
-    check("arrival in a timed engine", "apple-en", row("a b", 1, 9), {heard(none, none, base + 4)},
-          "1.0-9.0: 1.0 9.0 (audioSegment, segmentInterpolated)");
+    check("arrival times where the engine times words", "apple-en", row("a b", 1, 9),
+          {heard(none, none, base + 4)}, "1.0-9.0: 1.0 9.0 (audioSegment, segmentInterpolated)");
     EXPECT_FALSE(Timeline::build(none, "apple-en", std::vector{row("a", 0, 1)}, {}));
     EXPECT_FALSE(Timeline::build(base, "apple-en", std::vector{row(" \n", 0, 1)}, {}));
 }
 
-TEST(HistoryWordTimelineTests, FindsTheSentenceUnderThePlayhead) {
+TEST(HistoryWordTimelineTests, DerivesSentencesFromWordsAndFindsTheOneAtATime) {
     const auto a = UUID::random(), b = UUID::random();
     Timeline timeline;
     timeline.words = {{"One,", 1, a},
@@ -102,11 +103,11 @@ TEST(HistoryWordTimelineTests, FindsTheSentenceUnderThePlayhead) {
     EXPECT_EQ(derived[0], (Timeline::Sentence{"One, two.", 1, 2, a, "derivedFromWords"}));
     EXPECT_EQ(derived[1], (Timeline::Sentence{"Three back", 4, 4, b, "derivedFromWords"}));
     EXPECT_EQ(derived[2].source, "four five.");
-    EXPECT_EQ(derived[3].segmentID, a) << "only neighbours belong together";
+    EXPECT_EQ(derived[3].segmentID, a) << "only adjacent words of a segment form a sentence";
 
     using Index = std::optional<std::size_t>;
     const auto check = [&](double time, Index index) {
-        EXPECT_EQ(timeline.activeSentenceIndex(time), index) << time;
+        EXPECT_EQ(timeline.activeSentenceIndex(time), index) << "at " << time << " s";
     };
     check(0.5, std::nullopt);
     check(1, 0);
@@ -121,7 +122,7 @@ TEST(HistoryWordTimelineTests, FindsTheSentenceUnderThePlayhead) {
     check(1, std::nullopt);
 }
 
-TEST(HistoryWordTimelineTests, ReadsItsFileFormat) {
+TEST(HistoryWordTimelineTests, WritesAndReadsItsFileFormat) {
     Timeline timeline;
     timeline.words = {{"é", 0.1, std::nullopt}};
     timeline.sentences = {{"é", 0.1, 2, UUID::parse("00000000-0000-4000-8000-00000000000a"), "k"}};
@@ -133,7 +134,7 @@ TEST(HistoryWordTimelineTests, ReadsItsFileFormat) {
               R"({"recognitionOptionID":"","schemaVersion":2,"sentences":[{"end":2.0,)"
               R"("segmentID":"00000000-0000-4000-8000-00000000000A","source":"é",)"
               R"("start":0.1,"timingKind":"k"}],"timingKind":"","words":[{"t":0.1,"w":"é"}]})");
-    EXPECT_EQ(file.find("{\n  \"recognitionOptionID\""), 0u) << "pretty-printed";
+    EXPECT_EQ(file.find("{\n  \"recognitionOptionID\""), 0u) << "the file is pretty-printed";
 
     const auto old = Timeline::decoded(
         R"({"recognitionOptionID":"x","timingKind":"k","words":[{"w":"a","t":1,"later":[]}]})");
@@ -162,7 +163,7 @@ TEST(HistoryWordTimelineTests, ReadsItsFileFormat) {
         EXPECT_FALSE(Timeline::decoded(json)) << json;
 }
 
-TEST(HistoryWordTimelineTests, OnlyTheSentenceThatIsSpokenAtTheEndIsCut) {
+TEST(HistoryWordTimelineTests, OnlyTheSentenceThatIsOpenAtTheEndIsLimited) {
     Timeline timeline;
     const UUID open = UUID::random();
     const UUID later = UUID::random();
@@ -172,7 +173,8 @@ TEST(HistoryWordTimelineTests, OnlyTheSentenceThatIsSpokenAtTheEndIsCut) {
     const Timeline cut = timeline.endingBy(7);
     EXPECT_EQ(cut.sentences.at(0).end, 7);
     EXPECT_EQ(cut.words.at(0).t, 7);
-    EXPECT_EQ(cut.sentences.at(1), timeline.sentences.at(1)); // the recording broke off before it
+    // The recording broke off before the later sentence.
+    EXPECT_EQ(cut.sentences.at(1), timeline.sentences.at(1));
     EXPECT_EQ(cut.words.at(1).t, 20);
 }
 

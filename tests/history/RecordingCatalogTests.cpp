@@ -50,7 +50,7 @@ TEST_F(RecordingCatalogTests, WritesItsFileFormatAndReadsItBack) {
     EXPECT_EQ(catalog.recordings(), std::vector{entry}) << "dates have whole seconds";
 }
 
-TEST_F(RecordingCatalogTests, ListsTheNewestFirstAndCarriesNotesOver) {
+TEST_F(RecordingCatalogTests, ListsTheNewestFirstKeepsNotesAndAnnouncesChanges) {
     std::size_t changes = 0;
     const auto observation = notifications.observe(NotificationName::recordingCatalogDidChange,
                                                    [&](const auto&) { ++changes; });
@@ -75,7 +75,7 @@ TEST_F(RecordingCatalogTests, ListsTheNewestFirstAndCarriesNotesOver) {
     const UUID late = makeID();
     EXPECT_FALSE(catalog.upsert(recording(5, "late.wav", late)));
     EXPECT_FALSE(catalog.markForCompression(true, late));
-    EXPECT_EQ(changes, 9U) << "a change that was not saved is none";
+    EXPECT_EQ(changes, 9U) << "a change that could not be saved is not announced";
     EXPECT_EQ(log.back().rfind("Tessarune failed to update recording catalog: ", 0), 0U);
     disk.recover();
     EXPECT_EQ(order(), "old c a ");
@@ -83,7 +83,7 @@ TEST_F(RecordingCatalogTests, ListsTheNewestFirstAndCarriesNotesOver) {
     EXPECT_EQ(catalog.recording(late)->awaitsCompression, true);
 }
 
-TEST_F(RecordingCatalogTests, KeepsWhatItDoesNotUnderstand) {
+TEST_F(RecordingCatalogTests, KeepsUnknownKeysAndElements) {
     const std::string entry =
         R"({"id":")" + unknownID +
         R"(","startedAt":"2025-10-09T10:00:00.5+02:00","filePath":"/x/a.mp3","duration":1.5,)"
@@ -107,8 +107,8 @@ TEST_F(RecordingCatalogTests, KeepsWhatItDoesNotUnderstand) {
     catalog.upsert(changed);
     auto expected = Json::parse(entry);
     expected["byteCount"] = 9;
-    EXPECT_EQ(index()[1], expected) << "only what changed is written anew";
-    // An orphan may belong to an element without an ID; the sidecars of one with an ID are known.
+    EXPECT_EQ(index()[1], expected) << "only the changed value differs";
+    // A sidecar without an entry may belong to an element without an ID, so it stays.
     disk.setContents(catalog.transcriptURL(UUID::random()), "orphan");
     const auto before = disk.usedSpace();
     catalog.cleanupOrphanTranscripts();
@@ -123,16 +123,16 @@ TEST_F(RecordingCatalogTests, AnUnreadableIndexIsKeptAsideAndSalvaged) {
     const struct {
         const char* name;
         std::string index;
-        bool hasEntries; ///< entry files beside the transcripts
-        std::string order;
+        bool hasEntries;   ///< entry files beside the transcripts
+        std::string order; ///< of the recordings listed afterwards
     } cases[] = {
         {"garbage", "\xFF{{{[", false, "new "},
-        {"garbage with entries beside", "\xFF{{{[", true, "new a b "},
-        {"another type", "{}", false, "new "},
-        {"cut", whole.substr(0, whole.size() - 20), false, "new a "},
-        {"a lost comma", std::string(whole).erase(whole.find("},") + 1, 1), false, "new a b "},
-        {"too deep", std::string(100000, '['), true, "new a b "},
-        {"empty", "", true, "new a b "},
+        {"garbage, with entry files", "\xFF{{{[", true, "new a b "},
+        {"an object, not an array", "{}", false, "new "},
+        {"truncated", whole.substr(0, whole.size() - 20), false, "new a "},
+        {"a missing comma", std::string(whole).erase(whole.find("},") + 1, 1), false, "new a b "},
+        {"nested too deeply, with entry files", std::string(100000, '['), true, "new a b "},
+        {"empty, with entry files", "", true, "new a b "},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -159,7 +159,7 @@ TEST_F(RecordingCatalogTests, AnUnreadableIndexIsKeptAsideAndSalvaged) {
         const std::filesystem::path aside = "/data/recordings.json.unreadable-20251009-200000";
         EXPECT_EQ(disk.contentsOf(aside), c.index);
         catalog.cleanupOrphanTranscripts();
-        EXPECT_EQ(disk.has(catalog.transcriptURL(a)), true) << "it may be one that was lost";
+        EXPECT_EQ(disk.has(catalog.transcriptURL(a)), true) << "its entry may have been lost";
         disk.remove(aside);
         disk.remove(catalog.entryURL(id));
         setIndex(whole);
@@ -167,13 +167,13 @@ TEST_F(RecordingCatalogTests, AnUnreadableIndexIsKeptAsideAndSalvaged) {
 }
 
 TEST_F(RecordingCatalogTests, ADiskThatDoesNotAnswerCostsNoEntry) {
-    EXPECT_EQ(catalog.readingProblem(), "") << "none yet";
+    EXPECT_EQ(catalog.readingProblem(), "") << "without recordings no index is needed";
     add(10, "a.wav");
     const std::string whole = disk.contentsOf(paths.recordingIndex());
     disk.remove(paths.recordingIndex());
-    EXPECT_NE(catalog.readingProblem(), "") << "an entry beside the transcripts is left";
+    EXPECT_NE(catalog.readingProblem(), "") << "an entry file without an index is a problem";
     setIndex(whole);
-    disk.failAt = disk.operations + 3; // folders, folders, index
+    disk.failAt = disk.operations + 3; // reading the index, after two folders
     EXPECT_FALSE(catalog.upsert(recording(20, "b.wav", makeID())));
     EXPECT_TRUE(catalog.upsert(recording(20, "b.wav", makeID())));
     EXPECT_EQ(order(), "b a ");
@@ -184,23 +184,23 @@ TEST_F(RecordingCatalogTests, ADiskThatDoesNotAnswerCostsNoEntry) {
     EXPECT_NE(catalog.readingProblem(), "");
     catalog.reconcileIndex();
     disk.recover();
-    EXPECT_EQ(order(), "b a ") << "sound that cannot be looked at is not gone";
+    EXPECT_EQ(order(), "b a ") << "a recording whose sound cannot be checked stays listed";
     disk.remove("/data/recordings.json");
     const UUID deleted = add(30, "c.wav");
-    EXPECT_EQ(order(), "c b a ") << "a list that somebody took away comes back";
+    EXPECT_EQ(order(), "c b a ") << "a removed index is rebuilt from the entry files";
     for (const char* sound : {"/data/Recordings/a.wav", "/data/Recordings/c.wav"})
         disk.remove(sound);
     catalog.reconcileIndex();
-    EXPECT_EQ(order(), "c b a ") << "the disk of the sound may not be mounted";
+    EXPECT_EQ(order(), "c b a ") << "with no sound at all, the disk may not be mounted";
     disk.remove(paths.transcripts() / (deleted.text() + ".recording.json"));
     catalog.reconcileIndex();
-    EXPECT_EQ(order(), "b a ") << "the index missed a deletion";
+    EXPECT_EQ(order(), "b a ") << "a recording without its entry file was deleted";
     add(40, "d.wav");
     catalog.reconcileIndex();
     EXPECT_EQ(order(), "d ");
 }
 
-TEST_F(RecordingCatalogTests, DeletingTakesAllThatIsTheRecordings) {
+TEST_F(RecordingCatalogTests, DeletingARecordingRemovesAllItsFiles) {
     const UUID other = add(10, "20251009-110000.wav");
     const UUID id = add(20, "20251009-120000.m4a");
     for (const char* sibling : {"20251009-120000.wav", "20251009-120000.pcm"})
@@ -218,11 +218,11 @@ TEST_F(RecordingCatalogTests, DeletingTakesAllThatIsTheRecordings) {
     logger.important("b", {{"path", std::string("/x/20251009-120000.wav")}});
     logger.important("c", {{"recordingID", other.text()}});
 
-    disk.refused = ".bilingual.txt"; // one file that cannot be removed does not keep the others
+    disk.refused = ".bilingual.txt"; // it must not keep the other files from being removed
     ASSERT_TRUE(catalog.deleteRecording(id));
     EXPECT_EQ(disk.list(paths.recordings()), std::vector<std::string>{"20251009-110000.wav"});
     EXPECT_EQ(disk.list(paths.diagnostics()), std::vector<std::string>{"Live-2"});
-    EXPECT_EQ(disk.list(paths.transcripts()).size(), 4U + 1U);
+    EXPECT_EQ(disk.list(paths.transcripts()).size(), 4U + 1U); // of `other`, and the refused file
     EXPECT_TRUE(events("a").empty() && events("b").empty());
     EXPECT_EQ(events("c").size(), 1U);
     disk.recover();
@@ -238,7 +238,7 @@ TEST_F(RecordingCatalogTests, DeletingTakesAllThatIsTheRecordings) {
     catalog.upsert(foreign);
     catalog.deleteRecording(imported);
     EXPECT_EQ(disk.list("/music"), std::vector<std::string>{"song.wav"});
-    EXPECT_FALSE(catalog.upsert(foreign)) << "a recorder that still closes its file";
+    EXPECT_FALSE(catalog.upsert(foreign)) << "a late change by a recorder restores nothing";
     EXPECT_EQ(catalog.recordings().size(), 1U);
 
     auto damaged = recording(40, "", makeID()); // an entry written by another program
@@ -249,12 +249,14 @@ TEST_F(RecordingCatalogTests, DeletingTakesAllThatIsTheRecordings) {
 
     ASSERT_TRUE(catalog.deleteAll());
     EXPECT_TRUE(disk.list(paths.logs()).empty() && !hasSidecars(other));
-    EXPECT_FALSE(catalog.upsert(recording(10, "other.wav", other))) << "of a session that runs on";
+    EXPECT_FALSE(catalog.upsert(recording(10, "other.wav", other)))
+        << "a running session restores nothing";
     EXPECT_EQ(disk.contentsOf("/data/recordings.json"), "[]\n");
 }
 
-TEST(RecordingDeletionTests, OneThatIsCutOffIsFinishedByTheNextStartOrCanBeRepeated) {
+TEST(RecordingDeletionTests, AnInterruptedOneIsCompletedByTheNextStartOrCanBeRepeated) {
     for (std::uint64_t operation = 1;; ++operation) {
+        SCOPED_TRACE("operation " + std::to_string(operation));
         testing::Catalogued computer;
         auto& disk = computer.disk;
         const UUID id = computer.add(10, "a.m4a");
@@ -273,15 +275,15 @@ TEST(RecordingDeletionTests, OneThatIsCutOffIsFinishedByTheNextStartOrCanBeRepea
         RecordingRepair(disk, restarted, computer.logger).runAtLaunch();
         if (restarted.recording(id))
             restarted.deleteRecording(id);
-        EXPECT_TRUE(disk.list(computer.paths.diagnostics()).empty()) << operation;
-        EXPECT_FALSE(disk.has(restarted.transcriptURL(id))) << operation;
-        EXPECT_TRUE(computer.events("a").empty()) << operation;
+        EXPECT_TRUE(disk.list(computer.paths.diagnostics()).empty());
+        EXPECT_FALSE(disk.has(restarted.transcriptURL(id)));
+        EXPECT_TRUE(computer.events("a").empty());
         if (!wasReached)
             break;
     }
 }
 
-TEST_F(RecordingCatalogTests, SidecarsThatAreEmptyAreNone) {
+TEST_F(RecordingCatalogTests, AnEmptySidecarIsRemovedAndAFailedSaveKeepsTheFormer) {
     const UUID id = add(10, "a.wav");
     EXPECT_TRUE(catalog.saveTranscript("", id));
     EXPECT_TRUE(disk.has(catalog.transcriptURL(id)));
@@ -300,7 +302,7 @@ TEST_F(RecordingCatalogTests, SidecarsThatAreEmptyAreNone) {
     EXPECT_EQ(log.back().rfind(
                   "Tessarune failed to save source transcript sidecar for " + id.text() + ": ", 0),
               0U);
-    EXPECT_FALSE(catalog.saveBilingualTranscript("", id)) << "a removal that fails is a failure";
+    EXPECT_FALSE(catalog.saveBilingualTranscript("", id)) << "a failed removal is a failed save";
     EXPECT_FALSE(catalog.saveWordTimeline(timeline({{"a", 0, 1, {}, "k"}}), id));
     disk.recover();
     EXPECT_EQ(disk.contentsOf(catalog.transcriptURL(id)), "good");
@@ -308,7 +310,7 @@ TEST_F(RecordingCatalogTests, SidecarsThatAreEmptyAreNone) {
         EXPECT_EQ(events(std::string("recording.transcript.") + kind + ".saveFailed").size(), 1U);
 }
 
-TEST_F(RecordingCatalogTests, RefinedTranscriptsReplaceOnlyThoseOfALivingRecording) {
+TEST_F(RecordingCatalogTests, RefinedTranscriptsReplaceAllFormerOnesUnlessTheRecordingWasDeleted) {
     std::vector<NotificationObject> updated;
     const auto observation =
         notifications.observe(NotificationName::recordingTranscriptDidUpdate,
@@ -324,7 +326,7 @@ TEST_F(RecordingCatalogTests, RefinedTranscriptsReplaceOnlyThoseOfALivingRecordi
               Outcome::failed);
     disk.recover();
     EXPECT_EQ(events("recording.transcript.refined.saveFailed")[0]["path"], "/data/Transcripts");
-    EXPECT_EQ(disk.contentsOf(catalog.transcriptURL(id)), "newer") << "all of them or none";
+    EXPECT_EQ(disk.contentsOf(catalog.transcriptURL(id)), "newer") << "a failure changes nothing";
     EXPECT_FALSE(disk.has(catalog.bilingualTranscriptURL(id)));
     EXPECT_EQ(updated, (std::vector<NotificationObject>{id, id}));
 
@@ -356,13 +358,14 @@ TEST_F(RecordingCatalogTests, KilledAnywhereAllTranscriptsAreReplacedOrNone) {
         RecordingRepair(disk, catalog, logger).runAtLaunch();
         const bool isNew = disk.contentsOf(catalog.transcriptURL(id)) == "new";
         EXPECT_TRUE(isNew || outcome == Outcome::failed);
-        EXPECT_EQ(disk.list(paths.transcripts()).size(), isNew ? 2U : 4U) << n;
+        EXPECT_EQ(disk.list(paths.transcripts()).size(), isNew ? 2U : 4U)
+            << "operation " << n; // entry and text; before, also translation and times
     }
     EXPECT_FALSE(disk.has("/data/recordings.json.new-1000001"));
     EXPECT_TRUE(disk.has("/data/Vocabulary.json.new-1000001"));
 }
 
-TEST_F(RecordingCatalogTests, LaunchRepairsCloseTheGaps) {
+TEST_F(RecordingCatalogTests, LaunchRepairsCorrectTheIndexAndRemoveOrphans) {
     const UUID stale = makeID();
     auto unfinished = recording(10, "stale.m4a", stale);
     unfinished.endedAt.reset();
@@ -410,7 +413,7 @@ TEST_F(RecordingCatalogTests, LaunchRepairsCloseTheGaps) {
     catalog.cleanupOrphanTranscripts();
     EXPECT_EQ(order(), "spoken " + imported.text() + " stale moved ");
     EXPECT_TRUE(disk.has(catalog.transcriptURL(spoken)));
-    EXPECT_EQ(disk.list(paths.recordings()).size(), 4U);
+    EXPECT_EQ(disk.list(paths.recordings()).size(), 4U); // without the partial import
 
     // An index with a damaged entry.
     const std::string good = disk.contentsOf("/data/recordings.json");
@@ -420,7 +423,7 @@ TEST_F(RecordingCatalogTests, LaunchRepairsCloseTheGaps) {
     EXPECT_EQ(disk.contentsOf("/data/recordings.json"), good);
 }
 
-TEST_F(RecordingCatalogTests, FindsTheNewestRunOfARecording) {
+TEST_F(RecordingCatalogTests, FindsTheRunsOfARecordingNewestFirst) {
     const UUID id = makeID();
     const std::string named = R"({"recordingID":")" + id.text() + R"("})";
     const auto run = [&](const std::string& name, double time, const char* file,

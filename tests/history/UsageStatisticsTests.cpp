@@ -10,7 +10,7 @@
 namespace tessarune {
 namespace {
 
-/// Sets the computer's time zone for the duration of a test.
+/// Sets the computer's time zone for the duration of a test, then that of the catalog's tests.
 class TimeZone {
   public:
     explicit TimeZone(const char* name) {
@@ -34,7 +34,7 @@ std::string listed(const std::vector<UsagePeriod>& periods) {
     return text;
 }
 
-TEST(UsageStatisticsTests, DaysAreTheUsersOwnAcrossDaylightSaving) {
+TEST(UsageStatisticsTests, DaysAreLocalDaysAcrossDaylightSaving) {
     struct Case {
         const char* zone;
         std::vector<UsageStatistics::Session> sessions;
@@ -85,25 +85,27 @@ TEST(UsageStatisticsTests, DaysAreTheUsersOwnAcrossDaylightSaving) {
     }
 }
 
-TEST(UsageStatisticsTests, SumsWhatTheCatalogHas) {
-    testing::Catalogued on;
-    const UUID first = on.add(1'760'000'000, "a.wav");
-    on.add(1'760'000'100, "b.wav");
-    on.catalog.saveTranscript("It was the best\nof times.\n", first);
-    RecordingMetadata imported = on.recording(1'760'000'200, "c.mp3", on.makeID());
-    imported.audioFormat = "mp3"; // nobody listened to it then
-    on.catalog.upsert(imported);
+TEST(UsageStatisticsTests, SumsTheRecordingsOfTheCatalog) {
+    testing::Catalogued computer;
+    const UUID first = computer.add(1'760'000'000, "a.wav");
+    computer.add(1'760'000'100, "b.wav");
+    computer.catalog.saveTranscript("It was the best\nof times.\n", first);
+    RecordingMetadata imported = computer.recording(1'760'000'200, "c.mp3", computer.makeID());
+    imported.audioFormat = "mp3"; // nobody listened to an import
+    computer.catalog.upsert(imported);
     const TimeZone zone("UTC");
     const auto sum = UsageStatistics::total(UsageStatistics::periods(
-        UsageStatistics::sessions(on.catalog, on.disk), UsagePeriodKind::week));
+        UsageStatistics::sessions(computer.catalog, computer.disk), UsagePeriodKind::week));
     EXPECT_EQ(sum.date, "2025-10-06");
     EXPECT_EQ(sum.sessions, 3);
     EXPECT_EQ(sum.words, 6);
     EXPECT_EQ(sum.listeningSeconds, 4);
-    EXPECT_EQ(UsageStatistics::problemOf(UsageStatistics::sessions(on.catalog, on.disk)), "");
-    on.disk.refused = first.text() + ".txt";
-    EXPECT_EQ(UsageStatistics::problemOf(UsageStatistics::sessions(on.catalog, on.disk)),
-              "The texts of 1 recordings cannot be read.");
+    EXPECT_EQ(
+        UsageStatistics::problemOf(UsageStatistics::sessions(computer.catalog, computer.disk)), "");
+    computer.disk.refused = first.text() + ".txt";
+    EXPECT_EQ(
+        UsageStatistics::problemOf(UsageStatistics::sessions(computer.catalog, computer.disk)),
+        "The texts of 1 recordings cannot be read.");
 }
 
 } // namespace
