@@ -30,7 +30,7 @@ Rows anyRows(int longest) {
     return rows;
 }
 
-RC_GTEST_PROP(LiveHistoryTextTests, IsWhatTheBuilderMakesOfEverything, ()) {
+RC_GTEST_PROP(LiveHistoryTextTests, AnIncrementalBuildEqualsACompleteOne, ()) {
     LiveHistoryText history;
     std::string text;
     Rows committed;

@@ -19,7 +19,7 @@ TEST(LiveSessionTranslationTests, ASessionIsTranslatedPreviewedAndSavedInBothLan
     EXPECT_EQ(frame->ghostTranslationText, "fr-FR:One is said.");
     EXPECT_EQ(frame->ghostTranslationSourceText, "One is said.");
     session.say(true, "One is said.");
-    EXPECT_EQ(frame->ghostTranslationText, "") << "its own translation is there";
+    EXPECT_EQ(frame->ghostTranslationText, "") << "a translated row needs no preview";
     EXPECT_FALSE(frame->translationStatus.canRetryIncomplete);
     session.say(true, "Two has no end");
     EXPECT_TRUE(frame->translationStatus.canRetryIncomplete);
@@ -31,10 +31,10 @@ TEST(LiveSessionTranslationTests, ASessionIsTranslatedPreviewedAndSavedInBothLan
     EXPECT_EQ(session.bilingual(id), "One is said.\nfr-FR:One is said.\n\n"
                                      "Two has no end\nfr-FR:Two has no end");
     EXPECT_EQ(session.translationStatus(), "");
-    EXPECT_LT(session.service.use_count(), usersOfService) << "the translator was let go";
+    EXPECT_LT(session.service.use_count(), usersOfService) << "the session released the service";
 }
 
-TEST(LiveSessionTranslationTests, MissingLanguageFilesAreSaidAndNeverDownloaded) {
+TEST(LiveSessionTranslationTests, MissingLanguageFilesAreReportedAndNeverDownloaded) {
     TranslatedLiveSession session;
     session.service->pairs["en-US->fr-FR"] = {Availability::supported, false, true, {}};
     session.begin();
@@ -51,10 +51,10 @@ TEST(LiveSessionTranslationTests, MissingLanguageFilesAreSaidAndNeverDownloaded)
     EXPECT_EQ(session.shown(), (Strings{"fr-FR:One is said.", "fr-FR:Two is said."}));
     EXPECT_EQ(session.translationStatus(), "");
     for (const std::string& call : session.service->calls)
-        EXPECT_NE(call, "prepare") << "that is what downloads";
+        EXPECT_NE(call, "prepare") << "a preparation would download the language files";
 }
 
-TEST(LiveSessionTranslationTests, AStartThatIsTakenBackLeavesNoStatus) {
+TEST(LiveSessionTranslationTests, AStopDuringTheStartLeavesNoTranslationStatus) {
     TranslatedLiveSession session;
     session.launch();
     session.store->startListening(LiveSessionControlTrigger::programmatic());
@@ -64,7 +64,7 @@ TEST(LiveSessionTranslationTests, AStartThatIsTakenBackLeavesNoStatus) {
     EXPECT_EQ(session.translationStatus(), "");
 }
 
-TEST(LiveSessionTranslationTests, WhatTheStopCouldNotWaitForIsAddedWhenItComes) {
+TEST(LiveSessionTranslationTests, ARetryAfterTheStopAddsMissingTranslationsToTheTranscript) {
     TranslatedLiveSession session;
     session.begin();
     session.service->answer = [](auto&) { return Answer{1e5, std::nullopt}; };
@@ -86,7 +86,7 @@ TEST(LiveSessionTranslationTests, WhatTheStopCouldNotWaitForIsAddedWhenItComes) 
     session.host.advanceBy(5);
     EXPECT_EQ(session.bilingual(id), "One is said.\nfr-FR:One is said.");
     session.host.advanceBy(2e5);
-    EXPECT_EQ(session.shown(), Strings{"fr-FR:One is said."}) << "the late answer finds nobody";
+    EXPECT_EQ(session.shown(), Strings{"fr-FR:One is said."}) << "the late answer changes nothing";
 }
 
 TEST(LiveSessionTranslationTests, ACrashKeepsTranslationsOfTheLastTargetOnly) {

@@ -21,18 +21,18 @@ double longestSilence(const std::string& wav) {
     return static_cast<double>(longest) / header.sampleRate;
 }
 
-TEST(LiveTranscriptStoreInterruptionTests, WhateverTakesTheSoundAwayTheSessionGoesOnInTime) {
+TEST(LiveTranscriptStoreInterruptionTests, ASessionContinuesWithCorrectTimesAfterAnyInterruption) {
     using Session = SimulatedSession;
     const std::string interrupted = "声音已中断，正在等待恢复…";
     const struct {
         const char* name;
         std::function<void(Session&)> takeAway;
-        double away; ///< seconds
+        double away; ///< seconds without the sound
         std::function<void(Session&)> giveBack;
         double gap;
-        std::string status; ///< while it is away
+        std::string status; ///< while the sound is away
     } cases[] = {
-        {"unplugged, later another", [](Session& s) { s.setOutputs({}); }, 10,
+        {"output unplugged, another one later", [](Session& s) { s.setOutputs({}); }, 10,
          [](Session& s) { s.setOutputs({"b"}); }, 10, interrupted},
         {"server restarted", [](Session& s) { s.server.goDown(); }, 7,
          [](Session& s) { s.server.comeBack(); }, 7, interrupted},
@@ -54,7 +54,7 @@ TEST(LiveTranscriptStoreInterruptionTests, WhateverTakesTheSoundAwayTheSessionGo
         SCOPED_TRACE(c.name);
         Session session;
         session.settings.recordLosslessAudio = true;
-        session.host.shiftWallClock(7200); // differs from the clock of the words
+        session.host.shiftWallClock(7200); // the wall clock differs from the one that times words
         session.launch();
         session.start();
         session.hear(2);
@@ -63,12 +63,12 @@ TEST(LiveTranscriptStoreInterruptionTests, WhateverTakesTheSoundAwayTheSessionGo
         c.takeAway(session);
         session.host.advanceBy(std::min(c.away, 1.0));
         if (c.status == interrupted)
-            session.say(false, "Aft"); // words in progress must not hide it
-        EXPECT_EQ(session.status(), c.status) << "within a second";
+            session.say(false, "Aft"); // a guess must not hide the status
+        EXPECT_EQ(session.status(), c.status) << "the status within a second";
         session.host.advanceBy(c.away - std::min(c.away, 1.0));
         c.giveBack(session);
         session.host.advanceBy(3);
-        session.say(true, "After."); // spoken a second before
+        session.say(true, "After."); // `say` dates the words a second back
         EXPECT_EQ(session.phase(), LiveSessionPhase::listening);
         EXPECT_EQ(session.status(), "");
         EXPECT_EQ(session.store->view().captions.committedSegments->size(), 2U);
@@ -92,12 +92,13 @@ TEST(LiveTranscriptStoreInterruptionTests, WhateverTakesTheSoundAwayTheSessionGo
     }
 }
 
-TEST(LiveTranscriptStoreTimeTests, WordsAreTimedInTheFileHoweverLateItsSoundBegins) {
+TEST(LiveTranscriptStoreTimeTests, WordTimesCountFromTheStartOfTheFileHoweverLateSoundBegins) {
     for (const double openSeconds : {0.0, 1.5}) {
         for (const double quietSeconds : {0.0, 0.7, 5.0}) { // the last is filled with silence
             for (const bool isKilled : {false, true}) {
-                SCOPED_TRACE(::testing::Message() << openSeconds << ", " << quietSeconds << ", "
-                                                  << (isKilled ? "killed" : "stopped"));
+                SCOPED_TRACE(::testing::Message()
+                             << "opened after " << openSeconds << " s, quiet for " << quietSeconds
+                             << " s, " << (isKilled ? "killed" : "stopped"));
                 SimulatedSession session;
                 session.settings.recordLosslessAudio = true;
                 session.launch();

@@ -25,7 +25,7 @@ class LiveTranscriptStoreStartTests : public ::testing::Test {
     SimulatedSession session;
 };
 
-TEST_F(LiveTranscriptStoreStartTests, TakesItsStepsInOrder) {
+TEST_F(LiveTranscriptStoreStartTests, AStartTakesItsStepsInOrder) {
     Strings& calls = session.translator->calls;
     session.diagnostics->onSentinelStop = [&](const std::string& reason) {
         calls.push_back("sentinel " + reason);
@@ -59,7 +59,7 @@ TEST_F(LiveTranscriptStoreStartTests, TakesItsStepsInOrder) {
     EXPECT_TRUE(session.store->recordingTracker().hasCurrentRecording());
     session.host.advanceBy(3.5);
     EXPECT_EQ(*session.store->view().sessionDuration, 3);
-    session.start(); // one is running
+    session.start(); // a session is running
     EXPECT_EQ(session.events("listen.start.task").size(), 1U);
 }
 
@@ -68,7 +68,7 @@ TEST_F(LiveTranscriptStoreStartTests, AFailureIsShownAndLeavesNothingBehind) {
         const char* name;
         AudioSource source;
         std::function<void()> arrange;
-        std::string message; // how it begins
+        std::string message; // its beginning
     };
     const AudioSource system = AudioSource::systemAudio();
     const std::vector<Case> cases{
@@ -97,7 +97,7 @@ TEST_F(LiveTranscriptStoreStartTests, AFailureIsShownAndLeavesNothingBehind) {
         session.start();
         EXPECT_EQ(session.phase(), Phase::failed);
         EXPECT_FALSE(*session.store->view().isListening);
-        EXPECT_EQ(session.store->view().audioLevel, 0.08);
+        EXPECT_EQ(session.store->view().audioLevel, 0.08); // at rest
         EXPECT_TRUE(liveLine().starts_with(c.message)) << liveLine();
         EXPECT_FALSE(liveLine().empty());
         EXPECT_EQ(field("listen.start.failed", "error"), liveLine());
@@ -126,16 +126,16 @@ TEST_F(LiveTranscriptStoreStartTests, AStopOvertakesAStart) {
         const char* name;
         std::function<void()> delay;
         bool startsAnew;        ///< before the first start has ended
-        std::size_t recordings; ///< begun
+        std::size_t recordings; ///< that begin
         std::vector<Phase> phases;
     };
     const std::vector<Case> cases{
-        {"the dialog is open",
+        {"the permission dialog is open",
          [&] { session.desktop.microphoneSeconds = 5; },
          false,
          0,
          {Phase::preparing, Phase::stopping, Phase::idle, Phase::idle}},
-        {"the dialog is open, and another start",
+        {"the permission dialog is open, and another start",
          [&] { session.desktop.microphoneSeconds = 5; },
          true,
          1,
@@ -169,7 +169,7 @@ TEST_F(LiveTranscriptStoreStartTests, AStopOvertakesAStart) {
         session.host.advanceBy(0.5);
         EXPECT_TRUE(*session.store->view().isListening);
         session.store->toggleListening(LiveSessionControlTrigger::keyboardShortcut());
-        session.host.advanceBy(3.1); // as long as a drain may take
+        session.host.advanceBy(3.1); // a drain may take three seconds
         if (c.startsAnew)
             session.start();
         session.host.advanceBy(30);
@@ -247,14 +247,14 @@ TEST_F(LiveTranscriptStoreStartTests, AnotherRecognitionModelTakesOverInTheSessi
     session.engine.script.prepareSeconds = 1;
     for (const char* guess : {"A guess", "A guess that comes too late"}) {
         session.engine.session().give(simulation::spoken(false, guess, 1, 0.1));
-        session.host.advanceBy(0.056); // the second is still held back
+        session.host.advanceBy(0.056); // the second guess is not shown yet
     }
     session.store->selectRecognitionOption(other);
     session.host.advanceBy(0.1);
     EXPECT_EQ(liveLine(), "正在切换识别模型…");
     EXPECT_TRUE(session.store->view().captions.committedSegments->empty());
     session.host.advanceBy(0.5);
-    session.settings.selectedRecognitionOptionID = third; // the second never received any sound
+    session.settings.selectedRecognitionOptionID = third; // the second model gets no sound
     session.host.advanceBy(2);
     EXPECT_EQ(session.phase(), Phase::listening);
     EXPECT_EQ(session.engine.sessions.size(), 3U);
@@ -272,14 +272,14 @@ TEST_F(LiveTranscriptStoreStartTests, AnotherRecognitionModelTakesOverInTheSessi
     EXPECT_EQ(session.phase(), Phase::idle);
     const UUID id = session.catalog->recordings().at(0).id;
     EXPECT_EQ(session.transcript(id), "First model.\nA guess\nThird model.")
-        << "without the program's own words";
+        << "the transcript has no messages of the program";
     const auto timeline = HistoryWordTimeline::decoded(
         session.files.contentsOf(session.catalog->wordTimelineURL(id)));
     EXPECT_EQ(timeline.value().sentences.at(0).timingKind,
               HistoryWordTimeline::TimingKind::audioWord);
 }
 
-TEST_F(LiveTranscriptStoreStartTests, AModelThatComesTooLateStartsNoRunInTheNextSession) {
+TEST_F(LiveTranscriptStoreStartTests, AModelThatLoadsTooLateStartsNoRunInTheNextSession) {
     int runs = 0;
     session.diagnostics->onStart = [&](const auto&) {
         session.diagnostics->running = true;
@@ -291,7 +291,7 @@ TEST_F(LiveTranscriptStoreStartTests, AModelThatComesTooLateStartsNoRunInTheNext
     session.engine.script.prepareSeconds = 5;
     session.store->selectRecognitionOption(ModelCatalog::recognitionOptions().at(1).id);
     session.stop();
-    session.host.advanceBy(3.5); // as long as a drain may take
+    session.host.advanceBy(3.5); // a drain may take three seconds
     session.start();
     EXPECT_EQ(runs, 2);
     session.host.advanceBy(20);
@@ -299,7 +299,7 @@ TEST_F(LiveTranscriptStoreStartTests, AModelThatComesTooLateStartsNoRunInTheNext
     EXPECT_EQ(runs, 2);
 }
 
-TEST_F(LiveTranscriptStoreStartTests, SilenceStopsTheSessionAndAnySoundPutsItOff) {
+TEST_F(LiveTranscriptStoreStartTests, SilenceStopsTheSessionAndAnySoundPostponesThat) {
     session.launch();
     session.settings.audioInactivityAutoStopMinutes = 1;
     session.start();

@@ -23,7 +23,8 @@ class LiveTranscriptStoreStopTests : public ::testing::Test {
         session.host.advanceBy(seconds);
     }
     RecordingMetadata recording() { return session.catalog->recordings().at(0); }
-    /// The lifecycle entries from an index on, as "+ name" (start), "- name", "! name", ". name".
+    /// The lifecycle entries of the stop from an index on, as ". name" (instant), "+ name" (start),
+    /// "- name" (finish) or "! name" (failure).
     Strings lifecycle(std::size_t from) {
         Strings all;
         for (std::size_t i = from; i < session.diagnostics->entries.size(); ++i) {
@@ -38,12 +39,12 @@ class LiveTranscriptStoreStopTests : public ::testing::Test {
     SimulatedSession session;
 };
 
-TEST_F(LiveTranscriptStoreStopTests, DrainsSealsCompressesAndSavesInOrder) {
+TEST_F(LiveTranscriptStoreStopTests, AStopDrainsSealsCompressesAndSavesInOrder) {
     session.diagnostics->onCloseLifecycle = [&] { session.translator->calls.push_back("close"); };
     session.diagnostics->onFinish = [&](const SessionDiagnostics::Finish& finish) {
         EXPECT_EQ(finish.snapshot.sourceText, "One is said.\nTwo follows late.");
         EXPECT_TRUE(finish.recording && finish.recording->filePath.ends_with(".m4a"));
-        EXPECT_GT(finish.perfStats.at("fedAudioSeconds"), 0) << "of the engine that is gone";
+        EXPECT_GT(finish.perfStats.at("fedAudioSeconds"), 0) << "the figures outlive the engine";
         session.translator->calls.push_back("finish");
     };
     session.diagnostics->onStopSnapshot = [&](const std::string& reason, bool done) {
@@ -64,7 +65,7 @@ TEST_F(LiveTranscriptStoreStopTests, DrainsSealsCompressesAndSavesInOrder) {
     session.translator->calls.clear();
     session.store->stopListening(LiveSessionControlTrigger::toolbarPill());
     EXPECT_EQ(session.status(), "正在收尾保存…");
-    EXPECT_EQ(session.store->view().audioLevel, 0.08) << "the meter rests";
+    EXPECT_EQ(session.store->view().audioLevel, 0.08) << "the level meter is at rest";
     EXPECT_FALSE(*session.store->view().isListening);
     // Results during the drain: a final counts, a guess does not.
     session.store->applyRecognition(ASREvent::partial("a guess", 9, session.host.now()));
@@ -104,7 +105,7 @@ TEST_F(LiveTranscriptStoreStopTests, DrainsSealsCompressesAndSavesInOrder) {
     EXPECT_FALSE(session.files.has(session.catalog->journalURL(id)));
     EXPECT_TRUE(session.files.has(session.catalog->wordTimelineURL(id)));
     EXPECT_FALSE(session.files.has(session.catalog->bilingualTranscriptURL(id)))
-        << "nothing was translated";
+        << "no translation, no bilingual file";
     ASSERT_EQ(session.refinements.size(), 1U);
     EXPECT_EQ(session.refinements[0]->audioPath, recording().filePath);
     EXPECT_EQ(session.memoryReturns, 1);
@@ -112,7 +113,7 @@ TEST_F(LiveTranscriptStoreStopTests, DrainsSealsCompressesAndSavesInOrder) {
     EXPECT_EQ(session.logLines("listen.stop.finalize.done")[0]["outcome"], "complete");
 }
 
-TEST(LiveTranscriptStoreFailureTests, WhateverFailsTheSessionEndsInIdle) {
+TEST(LiveTranscriptStoreFailureTests, TheSessionEndsInIdleWhateverFails) {
     const std::string idle = "点击开始，或按空格";
     const std::string notSaved = "转写保存失败，请检查磁盘空间。";
     using Session = SimulatedSession;
@@ -123,10 +124,10 @@ TEST(LiveTranscriptStoreFailureTests, WhateverFailsTheSessionEndsInIdle) {
         std::function<void(Session&)> arrange;
         std::string outcome;
         std::string status;
-        std::string audio; // the suffix of its name; empty: none
-        std::string event; // one that reports it
-        bool savesText = false;
-        std::string repaired = "Said."; // by the next start
+        std::string audio;              // its extension; empty: no recording
+        std::string event;              // one that the case logs
+        bool savesText = false;         // where other files are not saved
+        std::string repaired = "Said."; // the text after the next start
     };
     const std::vector<Case> cases{
         {"the drain never ends", before,
@@ -136,18 +137,18 @@ TEST(LiveTranscriptStoreFailureTests, WhateverFailsTheSessionEndsInIdle) {
              s.engine.script.lines = {{3, simulation::spoken(false, "and", 3)}};
          },
          "complete", idle, ".m4a", "speechAnalyzer.drain.timeout", true, "Said.\nand"},
-        {"translations are left over", during,
+        {"translations are missing", during,
          [](Session& s) { s.translator->drainCompletes = false; }, "degraded", idle, ".m4a",
          "listen.stop.translationDrain.done"},
         {"no time to translate", during,
          [](Session& s) { s.settings.translationDrainTimeoutSeconds = 0; }, "complete", idle,
          ".m4a", "listen.stop.translationDrain.done"},
-        {"no compression", during, [](Session& s) { s.media.failure = "no encoder"; }, "complete",
-         idle, ".wav", "listen.stop.audioCompress.failed"},
+        {"the encoder fails", during, [](Session& s) { s.media.failure = "no encoder"; },
+         "complete", idle, ".wav", "listen.stop.audioCompress.failed"},
         {"too little sound for history", during, [](Session& s) { s.media.bytes = 1000; },
          "complete", idle, ".wav", "listen.stop.audioCompress.skipped"},
-        {"lossless", during, [](Session& s) { s.settings.recordLosslessAudio = true; }, "complete",
-         idle, ".wav", "listen.stop.audioCompress.skipped"},
+        {"lossless recording", during, [](Session& s) { s.settings.recordLosslessAudio = true; },
+         "complete", idle, ".wav", "listen.stop.audioCompress.skipped"},
         {"transcripts not writable", during,
          [](Session& s) {
              s.files.refused = ".txt";
@@ -214,7 +215,7 @@ TEST(LiveTranscriptStoreFailureTests, WhateverFailsTheSessionEndsInIdle) {
     }
 }
 
-TEST_F(LiveTranscriptStoreStopTests, WhatCouldNotBeSavedIsSavedOnceThereIsRoom) {
+TEST_F(LiveTranscriptStoreStopTests, ATranscriptThatCouldNotBeSavedIsSavedOnceThereIsRoom) {
     const std::string all = "Before.\nIn between.\nAfter.";
     const struct {
         const char* stored; ///< meanwhile, by another program
@@ -259,7 +260,7 @@ TEST_F(LiveTranscriptStoreStopTests, WhatCouldNotBeSavedIsSavedOnceThereIsRoom) 
     }
 }
 
-TEST_F(LiveTranscriptStoreStopTests, OnlyAnEmptySessionIsNotKept) {
+TEST_F(LiveTranscriptStoreStopTests, OnlyASessionWithoutSoundIsDiscarded) {
     for (const bool hears : {false, true}) {
         session.launch();
         session.start();
@@ -272,7 +273,7 @@ TEST_F(LiveTranscriptStoreStopTests, OnlyAnEmptySessionIsNotKept) {
     }
 }
 
-TEST_F(LiveTranscriptStoreStopTests, MessagesAreNotSaved) {
+TEST_F(LiveTranscriptStoreStopTests, ErrorMessagesAreNotPartOfTheTranscript) {
     begin();
     session.say(true, "Said.");
     session.store->showError("录音写入失败：x");
@@ -281,7 +282,7 @@ TEST_F(LiveTranscriptStoreStopTests, MessagesAreNotSaved) {
     EXPECT_EQ(session.transcript(recording().id), "Said.");
 }
 
-TEST_F(LiveTranscriptStoreStopTests, WhatIsClearedLeavesTheScreenAndIsSaved) {
+TEST_F(LiveTranscriptStoreStopTests, ClearedCaptionsLeaveTheScreenAndAreSaved) {
     begin();
     session.say(true, "One is said.");
     session.say(false, "Two foll");
@@ -310,7 +311,7 @@ TEST_F(LiveTranscriptStoreStopTests, ATranslationAfterTheStopStillReachesTheTran
         return session.files.contentsOf(session.catalog->bilingualTranscriptURL(recording().id));
     };
     translate("说了。");
-    EXPECT_EQ(saved(), "") << "not while it listens";
+    EXPECT_EQ(saved(), "") << "no bilingual file while the session listens";
     EXPECT_NE(session.files.contentsOf(session.catalog->journalURL(recording().id)).find("说了。"),
               std::string::npos);
     endAndWait();
@@ -352,7 +353,7 @@ TEST_F(LiveTranscriptStoreStopTests, ALateTranslationWaitsForTheDataFolder) {
     EXPECT_EQ(session.files.contentsOf(bilingual), "Said.\n说了。");
 }
 
-TEST_F(LiveTranscriptStoreStopTests, WhatIsDeletedWhileItIsRecordedDoesNotComeBack) {
+TEST_F(LiveTranscriptStoreStopTests, ARecordingDeletedDuringItsSessionDoesNotComeBack) {
     begin();
     session.say(true, "Said.");
     session.catalog->deleteRecording(recording().id);
@@ -361,7 +362,7 @@ TEST_F(LiveTranscriptStoreStopTests, WhatIsDeletedWhileItIsRecordedDoesNotComeBa
     EXPECT_TRUE(session.files.list(session.paths.transcripts()).empty());
 }
 
-TEST_F(LiveTranscriptStoreStopTests, ALateOrSupersededRecordingIsDeleted) {
+TEST_F(LiveTranscriptStoreStopTests, ASupersededRecordingAndOneThatStartsAfterTheStopAreDeleted) {
     session.launch();
     LiveRecordingTracker tracker(session.host, session.files, *session.catalog, session.logger);
     const CaptionCore core = LiveCaptionCoreFactory::make(session.host, session.settings);
@@ -381,7 +382,7 @@ TEST_F(LiveTranscriptStoreStopTests, ALateOrSupersededRecordingIsDeleted) {
 }
 
 TEST_F(LiveTranscriptStoreStopTests, TheM4AIsMadeWhileTheSessionIsRecorded) {
-    for (const bool encoderFails : {false, true}) {
+    for (const bool encoderFails : {false, true}) { // each round adds a recording
         begin();
         session.hear(10);
         const auto part = std::filesystem::path(recording().filePath).stem().string() + ".m4a.part";
@@ -398,7 +399,7 @@ TEST_F(LiveTranscriptStoreStopTests, TheM4AIsMadeWhileTheSessionIsRecorded) {
     }
 }
 
-TEST_F(LiveTranscriptStoreStopTests, AGuessThatComesToNothingIsGoneAtOnceAndForGood) {
+TEST_F(LiveTranscriptStoreStopTests, AWithdrawnGuessDisappearsAtOnceAndIsNotSaved) {
     begin();
     session.say(true, "Before.");
     session.say(false, "Um");
@@ -429,7 +430,7 @@ TEST_F(LiveTranscriptStoreStopTests, AKilledSessionIsReadableAtTheNextStart) {
     EXPECT_GT(recording().duration, 1.5);
     EXPECT_TRUE(recording().filePath.ends_with(".wav"));
     session.host.advanceBy(10);
-    EXPECT_TRUE(recording().filePath.ends_with(".m4a")) << "as the session meant it";
+    EXPECT_TRUE(recording().filePath.ends_with(".m4a")) << "the next start compresses it";
     EXPECT_EQ(recording().note, "of now");
     EXPECT_EQ(session.files.list(session.paths.recordings()).size(), 1U);
 }
@@ -439,7 +440,7 @@ TEST_F(LiveTranscriptStoreStopTests, ARecordingWhoseCompressionEndsTheProgramSta
     session.say(true, "Said.");
     session.files.failFrom = session.files.operations + 1;
     endAndWait();
-    for (const char* extension : {".wav", ".wav", ".none"}) { // whose use ends the program
+    for (const char* extension : {".wav", ".wav", ".none"}) { // using such a file ends the program
         session.store.reset();
         session.compressor.reset();
         session.files.recover();

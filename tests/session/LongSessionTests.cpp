@@ -24,12 +24,12 @@ struct Holdings {
                 session.files.list(session.paths.logs()).size()) {}
     bool operator==(const Holdings&) const = default;
     friend std::ostream& operator<<(std::ostream& out, const Holdings& all) {
-        return out << all.tasks << " tasks, " << all.waiting << " waiting, " << all.streams
+        return out << all.tasks << " tasks, " << all.waiting << " queued blocks, " << all.streams
                    << " streams, " << all.files << " files";
     }
 };
 
-TEST(LongSessionTests, NothingButTheTextAndTheSoundGrowsWithTheHours) {
+TEST(LongSessionTests, OnlyTextAndSoundGrowInALongSession) {
     constexpr double sampleRate = 160; // low, because the sound lasts for hours
     SimulatedSession session(0, sampleRate);
     session.launch();

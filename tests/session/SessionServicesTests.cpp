@@ -22,7 +22,7 @@ class LiveAudioInactivityAutoStopTests : public ::testing::Test {
     std::vector<double> firedAt;
 };
 
-TEST_F(LiveAudioInactivityAutoStopTests, FiresOnceAtTheFirstLookAfterTheLimit) {
+TEST_F(LiveAudioInactivityAutoStopTests, ReportsEachSilenceOnceAtTheFirstCheckAfterTheLimit) {
     double setBack = 0;
     watch.now = [&] { return host.now() - setBack; };
     start(15);
@@ -42,7 +42,7 @@ TEST_F(LiveAudioInactivityAutoStopTests, FiresOnceAtTheFirstLookAfterTheLimit) {
     watch.noteActivity();
     host.sleepComputer(100);
     host.advanceTo(1305);
-    EXPECT_EQ(firedAt.size(), 2U) << "a computer that sleeps hears nothing";
+    EXPECT_EQ(firedAt.size(), 2U) << "time asleep does not count as silence";
     watch.stop();
     watch.noteActivity();
     host.advanceTo(2000);
@@ -54,7 +54,7 @@ TEST_F(LiveAudioInactivityAutoStopTests, FiresOnceAtTheFirstLookAfterTheLimit) {
     }
 }
 
-TEST(SystemAudioSilentStartPolicyTests, DeniesUnlessSoundWasThereBefore) {
+TEST(SystemAudioSilentStartPolicyTests, ASilentStartRecordsADenialUnlessPermissionWasGranted) {
     using Status = PermissionsManager::Status;
     SimulatedSession session;
     const auto warning = [&](const AudioSource& source) {
@@ -77,7 +77,7 @@ TEST(LiveResourceCleanupTests, EmptiesTheDebugLogAndReturnsMemoryInTheBackground
         files, host.serialQueue("utility", QueuePriority::utility),
         [&] { onMain = host.isOnMainQueue(); }, "/run/me/tessarune.log"};
     LiveResourceCleanup::releaseIdleResources(resources);
-    EXPECT_TRUE(onMain) << "not before the queue comes to it";
+    EXPECT_TRUE(onMain) << "memory is returned later, on the queue";
     host.runUntilIdle();
     EXPECT_FALSE(onMain);
     EXPECT_EQ(files.contentsOf("/run/me/tessarune.log"), "");
