@@ -19,7 +19,8 @@ namespace tessarune::simulation {
 /// A disk in memory that fails as instructed: at one operation or from one on, when it is full, for
 /// some paths, or by a loss of power, after which only synchronized data remains.
 ///
-/// One thread. Every call that would reach a real disk is an operation; they are counted from 1.
+/// One thread. Every call that would reach a real disk is an operation; operations are counted
+/// from 1.
 class FaultyFileSystem final : public FileSystem {
   public:
     static constexpr std::uint64_t never = std::numeric_limits<std::uint64_t>::max();
@@ -35,8 +36,8 @@ class FaultyFileSystem final : public FileSystem {
 
     std::uint64_t operations = 0;
     std::uint64_t failAt = never; ///< this one operation fails
-    /// Whether the one operation that fails, a write or a renaming, has happened nevertheless: the
-    /// folder could not be flushed.
+    /// Whether the operation `failAt` happens although it reports a failure, as if only the folder
+    /// could not be flushed. For atomic writes and renamings.
     bool failsLate = false;
     std::uint64_t failFrom = never; ///< this and all later ones fail, as in a killed process
     std::errc failure = std::errc::io_error;
@@ -204,7 +205,7 @@ class FaultyFileSystem final : public FileSystem {
                 disk_.begin("append", path_);
             } catch (const std::system_error&) {
                 if (disk_.operations <= disk_.failFrom)
-                    put(bytes.substr(0, bytes.size() / 2)); // a part of it may have been written
+                    put(bytes.substr(0, bytes.size() / 2)); // a failed write may write a part
                 throw;
             }
             disk_.requireRoom(bytes.size(), path_);

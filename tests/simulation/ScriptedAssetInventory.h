@@ -15,10 +15,10 @@ class ScriptedAssetInventory final : public AssetInventory {
 
     bool supported = true;
     bool installed = true;
-    double downloadSeconds = 1; ///< progress comes at once and at half of it
+    double downloadSeconds = 1; ///< progress is reported at its start and halfway
     std::string failure;        ///< of the download, at its end; empty: none
     int downloads = 0;
-    int stopped = 0;
+    int stopped = 0; ///< downloads that were stopped
 
     Task<std::shared_ptr<AssetInstallationRequest>>
     assetInstallationRequest(std::string localeIdentifier) override {

@@ -223,6 +223,7 @@ class SimulatedSession {
         host.advanceBy(seconds);
         server.keepDelivering(std::nullopt);
     }
+    /// Delivers a result whose words began a second before.
     void say(bool isFinal, const std::string& text) {
         const double heard = engine.session().heardSeconds;
         engine.session().give(spoken(isFinal, text, std::max(heard - 1, 0.0), 0.1));
@@ -250,7 +251,7 @@ class SimulatedSession {
         return lines;
     }
     /// The part of the frame that differs from a frame built from the current state alone; empty if
-    /// there is none.
+    /// there is none, or if nothing has changed since the last call.
     std::string staleInFrame() {
         if (!std::exchange(mayBeStale_, false))
             return "";
@@ -324,7 +325,7 @@ class SimulatedSession {
     std::vector<LiveSessionPhase> phases;
     std::vector<std::string>& refreshes = diagnostics->refreshes;
     std::vector<std::optional<HistoryRefinementRequest>> refinements;
-    bool anotherWrites = false; ///< another program has the data folder
+    bool anotherWrites = false; ///< another program holds the data folder
     int memoryReturns = 0;
     std::function<void(LiveSessionPhase)> onPhase;
 

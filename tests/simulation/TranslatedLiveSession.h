@@ -26,7 +26,7 @@ class TranslatedLiveSession : public SimulatedSession {
         };
     }
 
-    ~TranslatedLiveSession() { service->answer = nullptr; } // it may be called once more
+    ~TranslatedLiveSession() { service->answer = nullptr; } // pending translations may call it
 
     void begin() {
         launch();

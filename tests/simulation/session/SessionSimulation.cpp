@@ -128,11 +128,11 @@ void SessionSimulation::actOnSession(const std::string& action) {
 
 void SessionSimulation::disturb() {
     SpeechScript& script = session_.engine.script;
-    const std::string what =
-        oneOf<std::string>({"calm", "calm", "slow engine", "damaged model", "engine refuses",
-                            "endless drain", "engine dies", "slow dialog", "refused", "slow server",
-                            "stream refused", "unplugged", "other output", "server gone", "silence",
-                            "sound", "slow translation", "clock set", "asleep"});
+    const std::string what = oneOf<std::string>(
+        {"calm", "calm", "slow engine", "damaged model", "engine refuses", "endless drain",
+         "engine dies", "slow dialog", "permissions change", "slow server", "stream refused",
+         "unplugged", "other output", "server gone", "silence", "sound", "slow translation",
+         "clock set", "computer sleeps"});
     note(what);
     if (what == "calm") {
         const auto lines = script.lines;
@@ -152,7 +152,7 @@ void SessionSimulation::disturb() {
             session_.engine.session().fail("died");
     } else if (what == "slow dialog") {
         session_.desktop.microphoneSeconds = seconds(4);
-    } else if (what == "refused") {
+    } else if (what == "permissions change") {
         session_.desktop.grantsMicrophone = chance(50);
         session_.desktop.speech = chance(50) ? SystemAuthorization::Status::denied
                                              : SystemAuthorization::Status::authorized;
@@ -175,7 +175,7 @@ void SessionSimulation::disturb() {
     } else if (what == "slow translation") {
         session_.translator->drainSeconds = seconds(8);
         session_.translator->drainCompletes = chance(50);
-    } else if (what == "asleep") {
+    } else if (what == "computer sleeps") {
         session_.host.sleepComputer(chance(50) ? 3600 : 2);
     } else {
         session_.host.shiftWallClock(chance(50) ? 3600 : -3600);
@@ -183,11 +183,11 @@ void SessionSimulation::disturb() {
 }
 
 void SessionSimulation::disturbDisk() {
-    const std::string what =
-        oneOf<std::string>({"one fault", "dead disk", "full disk", "refused path", "well disk"});
+    const std::string what = oneOf<std::string>(
+        {"one fault", "dead disk", "full disk", "refused path", "disk recovers"});
     note(what);
     session_.files.recover();
-    if (what == "well disk")
+    if (what == "disk recovers")
         return;
     diskWasFaulty_ = true;
     if (what == "one fault") {
@@ -267,7 +267,7 @@ void SessionSimulation::advance(double seconds) {
 }
 
 void SessionSimulation::endWell() {
-    note("the end");
+    note("regular end");
     session_.calm();
     session_.server.comeBack();
     advance(8); // dialogs and slow servers have answered
@@ -278,7 +278,7 @@ void SessionSimulation::endWell() {
         return;
     checkRest();
     if (diskWasFaulty_)
-        session_.launch(); // repairs what the disk has not taken
+        session_.launch(); // repairs what could not be written
     checkFiles();
 }
 
@@ -335,9 +335,9 @@ void SessionSimulation::checkStep() {
     const bool isUnderWay =
         phase == Phase::preparing || phase == Phase::loading || phase == Phase::listening;
     require(*session_.store->view().isListening == isUnderWay, "isListening contradicts the phase");
-    require(phase != Phase::stopping || session_.store->isStopping(), "stopping without a task");
+    require(phase != Phase::stopping || session_.store->isStopping(), "stopping, but no stop runs");
     const std::string stale = session_.staleInFrame();
-    require(stale.empty(), "the frame has old " + stale);
+    require(stale.empty(), "the frame is out of date: " + stale);
 }
 
 void SessionSimulation::checkCommitted(const CaptionCore::Rows& rows) {
@@ -351,7 +351,7 @@ void SessionSimulation::checkCommitted(const CaptionCore::Rows& rows) {
     }
     require(rows.size() == committedRows_ || *session_.store->view().isListening ||
                 session_.phase() == Phase::stopping,
-            "a row came after the teardown");
+            "a row was committed after the stop");
     for (; committedRows_ < rows.size(); ++committedRows_) {
         for (const std::string& word : wordsOf(rows[committedRows_].sourceText))
             require(committedWords_.insert(word).second, "'" + word + "' was committed twice");
@@ -369,10 +369,10 @@ void SessionSimulation::checkLifecycle(const SessionDiagnostics::LifecycleEntry&
         return;
     if (entry.phase == LifecyclePhase::start) {
         if (entry.name == "listen.stop.engineDrain")
-            require(openSpans_.empty(), "two stops at a time");
+            require(openSpans_.empty(), "two stops run at the same time");
         require(openSpans_.insert(entry.name).second, entry.name + " began twice");
     } else if (entry.phase != LifecyclePhase::instant) {
-        require(openSpans_.erase(entry.name) == 1, entry.name + " ended without a beginning");
+        require(openSpans_.erase(entry.name) == 1, entry.name + " ended without having begun");
     }
     if (entry.name != "listen.stop.persist" || entry.phase != LifecyclePhase::finish)
         return;
@@ -397,7 +397,7 @@ void SessionSimulation::checkSaved() {
     if (text.ends_with('\n'))
         text.pop_back();
     require(session_.transcript(*id) == text,
-            "saved '" + session_.transcript(*id) + "' of what was '" + text + "'");
+            "saved '" + session_.transcript(*id) + "' instead of '" + text + "'");
     savedTexts_[*id] = text;
 }
 
@@ -408,9 +408,9 @@ void SessionSimulation::checkRest() {
     require(!session_.store->isStopping() && openSpans_.empty(), "a stop did not end");
     require(session_.server.openSources().empty(), "a stream is still open");
     for (const auto& analyzer : session_.engine.sessions)
-        require(analyzer->finished || analyzer->cancelled, "a recogniser is still there");
-    require(awaitedReplies_ == 0, "the program was not allowed to end");
-    require(!session_.host.step(session_.host.now() + 1000), "something still happens");
+        require(analyzer->finished || analyzer->cancelled, "a recogniser has not ended");
+    require(awaitedReplies_ == 0, "a request to end the program got no reply");
+    require(!session_.host.step(session_.host.now() + 1000), "work is still pending");
 }
 
 void SessionSimulation::checkFiles() {
@@ -423,9 +423,9 @@ void SessionSimulation::checkFiles() {
         audio.insert(std::filesystem::path(recording.filePath).filename().string());
     }
     for (const auto& [id, text] : savedTexts_)
-        require(session_.transcript(id) == text, "'" + text + "' was saved and is gone");
+        require(session_.transcript(id) == text, "the saved text '" + text + "' is missing");
     for (const auto& file : session_.files.list(session_.paths.recordings()))
-        require(diskWasFaulty_ || audio.contains(file), file + " belongs to nobody");
+        require(diskWasFaulty_ || audio.contains(file), file + " belongs to no recording");
 }
 
 void SessionSimulation::require(bool holds, const std::string& what) {

@@ -86,7 +86,7 @@ class SessionSimulation {
     int awaitedReplies_ = 0;
     bool diskWasFaulty_ = false;
 
-    SimulatedSession session_; // its destructor still calls the notes and checks
+    SimulatedSession session_; // its destructor calls notes and checks, which use what is above
     std::unique_ptr<TessaruneListeningLifecycleHandler> handler_;
 };
 

@@ -64,7 +64,7 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
         end();
         if (!translates_)
             return;
-        checkTold();
+        checkReported();
         endWell();
         anotherSession();
     }
@@ -99,7 +99,7 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
 
     void checkFrame() {
         const std::string stale = staleInFrame();
-        require(stale.empty(), "the frame has old " + stale);
+        require(stale.empty(), "the frame is out of date: " + stale);
     }
 
     void checkChange(const CaptionCore::Rows& rows) {
@@ -144,23 +144,23 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
     void trouble(const Event& event) {
         static const Strings targets = {"fr", "de", "en"};
         static const Strings backends = {"关闭", "苹果", "苹果", "苹果", "X"};
-        LiveTranscriptTranslation& wishes = *live;
+        LiveTranscriptTranslation& commands = *live;
         auto& pair = service->pairs[event.choice % 2 == 0 ? "en-US->fr-FR" : "en-US->de-DE"];
         switch (event.kind) {
         case 6:
             note("target " + targets[event.choice % targets.size()]);
-            return wishes.setTranslationTarget(targets[event.choice % targets.size()]);
+            return commands.setTranslationTarget(targets[event.choice % targets.size()]);
         case 7:
             note("backend " + backends[event.choice % backends.size()]);
-            return wishes.setTranslationBackend(backends[event.choice % backends.size()]);
+            return commands.setTranslationBackend(backends[event.choice % backends.size()]);
         case 8:
             note("previews");
-            return wishes.setSoftTranslationEnabled(event.choice % 2 == 0);
+            return commands.setSoftTranslationEnabled(event.choice % 2 == 0);
         case 9:
             note("retry");
-            return wishes.retryIncompleteTranslations();
+            return commands.retryIncompleteTranslations();
         default:
-            note("files");
+            note("language files");
             pair.status = static_cast<TranslationAvailabilityStatus>(event.choice / 2 % 3);
             pair.isReady = event.choice / 6 % 3 != 0;
             pair.load = event.choice / 18 % 3 == 0 ? givenUpLoad() : Answer{};
@@ -173,7 +173,7 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
         service->pairs.clear();
     }
 
-    /// The failures end while the session runs: only calls that hang for ever remain.
+    /// The failures end while the session runs; only calls that hang for ever remain.
     void calmDown() {
         if (translates_)
             wellAgain();
@@ -183,7 +183,7 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
             translates_ && service->translationsInFlight == 0 && !sawUnsupported_;
         if (isChecked) {
             live->setTranslationBackend("苹果");
-            note("retry, the session goes on");
+            note("retry during the session");
             live->retryIncompleteTranslations();
         }
         advance(10);
@@ -194,9 +194,9 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
     void checkAllTranslated() {
         checkLanguages();
         for (const CaptionSegment& row : rows())
-            require(!row.translationError, row.translationError.value_or(""));
-        require(!CommittedTranslationUnitPlanner::nextPendingUnit(rows()), "something waits");
-        require(!live->isCommittedTranslating(), "a run does not end");
+            require(!row.translationError, "not translated: " + row.translationError.value_or(""));
+        require(!CommittedTranslationUnitPlanner::nextPendingUnit(rows()), "a row is pending");
+        require(!live->isCommittedTranslating(), "a translation run does not end");
     }
 
     void end() {
@@ -221,33 +221,34 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
             target == "en" ? "" : TranslationSupport::appleLanguageIdentifier(target) + ":";
         for (const CaptionSegment& row : rows()) {
             const std::string text = row.translatedText.value_or("");
-            require(text.empty() || text.starts_with(mark + "Sentence"), target + ": " + text);
+            require(text.empty() || text.starts_with(mark + "Sentence"),
+                    "the language is not " + target + ": " + text);
         }
     }
 
     /// Checks that an untranslated row has its failure, or that the status line reports pending
     /// rows.
-    void checkTold() {
+    void checkReported() {
         checkLanguages();
         if (!TranslationSupport::isAppleBackend(*settings.translationBackend))
             return;
         for (const CaptionSegment& row : rows())
             require(!TranslationSegmentMutator::isPending(row) || !translationStatus().empty(),
-                    "nobody was told of: " + row.sourceText);
+                    "neither translated nor reported: " + row.sourceText);
     }
 
-    /// The failures are over, and the user retries.
+    /// The failures end, and the user retries.
     void endWell() {
         wellAgain();
         live->setTranslationBackend("苹果");
-        note("retry, all well");
+        note("retry after the failures");
         live->retryIncompleteTranslations();
         advance(60);
         checkAllTranslated();
         const std::string saved = bilingual(recordingID());
         for (const CaptionSegment& row : rows()) {
             const std::string text = row.translatedText.value_or("");
-            require(saved.find(text) != std::string::npos, "not saved: " + text);
+            require(saved.find(text) != std::string::npos, "translation not saved: " + text);
         }
     }
 
@@ -262,7 +263,7 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
                 "the next session is not translated");
         host.advanceBy(1.1 * neverSeconds);
         checkFrame();
-        require(shown() == before, "a late answer landed");
+        require(shown() == before, "a late answer changed a row");
     }
 
     TranslationSimulation& scene_;
@@ -282,7 +283,7 @@ std::string TranslationSimulation::run() {
     if (violation_.empty() &&
         translated.stopSeconds >
             plain.stopSeconds + *translated.settings.translationDrainTimeoutSeconds + 0.1)
-        violation_ = "the stop took " + Text::fixed(translated.stopSeconds, 3) + " s";
+        violation_ = "the stop took too long: " + Text::fixed(translated.stopSeconds, 3) + " s";
     return violation_;
 }
 

@@ -10,7 +10,7 @@
 namespace tessarune::simulation {
 
 /// Runs one session with a translator that misbehaves: it is slow, fails in every way, loses its
-/// files, hangs, answers after the settings have changed; and the same session without
+/// files, hangs, and answers after the settings have changed. Then runs the same session without
 /// translation. A seed determines everything.
 ///
 /// Checked: no row shows a translation into another language than the chosen one, no row gets a
@@ -29,7 +29,7 @@ class TranslationSimulation {
   private:
     struct Event {
         double pause;
-        std::size_t kind; ///< below `firstTrouble`: speech
+        std::size_t kind; ///< speech below `firstTrouble`, else a disturbance
         std::uint64_t choice;
     };
     static constexpr std::size_t firstTrouble = 6;
