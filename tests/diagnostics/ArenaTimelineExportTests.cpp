@@ -5,7 +5,7 @@
 namespace tessarune {
 namespace {
 
-TEST(ArenaTimelineExportTests, RawTimesAreTestedBeforeTheOriginIsTakenOff) {
+TEST(ArenaTimelineExportTests, TimesUpToZeroAreOmittedAndOthersCountFromTheOrigin) {
     CaptionSegment timed;
     timed.id.bytes[15] = 1;
     timed.startedAt = 99;
@@ -30,7 +30,7 @@ TEST(ArenaTimelineExportTests, RawTimesAreTestedBeforeTheOriginIsTakenOff) {
     EXPECT_EQ(segments[0].words->at(1).firstSeenAt, std::nullopt);
     EXPECT_EQ(segments[0].words->at(1).revealedAt, 1);
     EXPECT_EQ(segments[1].startedAt, std::nullopt);
-    EXPECT_EQ(segments[1].words, std::nullopt) << "no events, no list";
+    EXPECT_EQ(segments[1].words, std::nullopt) << "a segment without word events has no list";
 }
 
 } // namespace

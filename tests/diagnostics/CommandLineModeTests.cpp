@@ -38,7 +38,7 @@ class CommandLineModeTests : public testing::Test {
     fs::path folder = fs::path(testing::TempDir()) / UUID::random().text();
 };
 
-TEST_F(CommandLineModeTests, RepliesToEachKindOfCall) {
+TEST_F(CommandLineModeTests, EachKindOfCommandLineGetsItsReply) {
     const std::string unknown = "Tessarune: unknown command-line flag ";
     const std::string refusing = ".\nRefusing to launch the GUI from a CLI-looking invocation; run "
                                  "the app bundle for the interactive app.\nexit 64";
@@ -65,14 +65,14 @@ TEST_F(CommandLineModeTests, RepliesToEachKindOfCall) {
         {"--replay " + binary, unreadable + binary + ": not UTF-8 text\nexit 0"},
     };
     for (const auto& [arguments, expected] : cases)
-        EXPECT_EQ(run(arguments), expected);
-    // Reported before the first unknown flag.
+        EXPECT_EQ(run(arguments), expected) << arguments;
+    // A retired flag is reported before an unknown one.
     const std::string retired = run("--what --coordinator-selftest --segmenter-selftest");
     EXPECT_TRUE(retired.starts_with("Tessarune: --coordinator-selftest ")) << retired;
     EXPECT_TRUE(retired.ends_with("\nexit 64")) << retired;
 }
 
-TEST_F(CommandLineModeTests, WritesATimelineForEachValue) {
+TEST_F(CommandLineModeTests, WritesATimelineForEachFreezeTime) {
     const std::string log = write("talk.v1.ndjson", R"({"t":10,"kind":"partial","text":"So"}
 {"t":10.7,"kind":"final","text":"So!","start":10,"end":10.7}
 )");
@@ -90,7 +90,7 @@ TEST_F(CommandLineModeTests, WritesATimelineForEachValue) {
     EXPECT_EQ(run("--replay " + log + " --timeline-out " + blocked),
               head + "\n-- freeze=0.6s · 🔒0 🏁1 · 段 1 --\n→ " + blocked +
                   "/timeline-freeze0.6.json\nexit 0")
-        << "a disk that refuses stops nothing";
+        << "the replay continues if the timeline cannot be written";
 }
 
 } // namespace

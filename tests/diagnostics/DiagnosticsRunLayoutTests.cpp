@@ -82,14 +82,15 @@ std::string guide() {
     return text;
 }
 
-TEST(DiagnosticsRunLayoutTests, TheGuideIsThatOfTheTable) {
+TEST(DiagnosticsRunLayoutTests, TheGuideIsMadeFromTheTable) {
     const std::string path = std::string(TESSARUNE_TEST_DATA) + "/../../docs/diagnostics.md";
     if (std::getenv("TESSARUNE_WRITE_DOCS"))
         std::ofstream(path) << guide();
-    EXPECT_EQ(testing::contentsOf(path), guide()) << "TESSARUNE_WRITE_DOCS=1 writes it anew";
+    EXPECT_EQ(testing::contentsOf(path), guide())
+        << "docs/diagnostics.md is out of date; TESSARUNE_WRITE_DOCS=1 updates it";
 }
 
-/// Transcribes the session's recording again, with the diagnostics in its run.
+/// Reports a refinement of the session's recording to the diagnostics in its run.
 void refine(DiagnosedSession& session) {
     using Observer = HistoryRefinementObserver;
     const HistoryRefinementRequest request = **session.refinements.rbegin();

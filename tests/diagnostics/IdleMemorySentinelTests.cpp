@@ -45,8 +45,9 @@ TEST(IdleMemorySentinelTests, RaisesEachAlarmOnce) {
     session.start();
     session.host.advanceBy(1);
     session.stop();
-    session.host.advanceBy(30000);
+    session.host.advanceBy(30000); // longer than the sentinel runs
     EXPECT_EQ(session.host.liveTasks(), 0u);
+    // The next session ended the first run's sentinel; the second run's ended by itself.
     const auto names = session.files.list(session.paths.diagnostics());
     std::istringstream text(session.files.contentsOf(session.paths.diagnostics() / names.front() /
                                                      "events/idle_memory_sentinel.ndjson"));

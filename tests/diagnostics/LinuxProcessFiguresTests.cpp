@@ -11,7 +11,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-TEST(LinuxProcessFiguresTests, WhatCannotBeReadIsUnknown) {
+TEST(LinuxProcessFiguresTests, FiguresThatCannotBeReadAreUnknown) {
     testing::TemporaryFolder root;
     // A folder can be opened but not read, like the sensor of a radio that is switched off.
     for (const char* file : {"sys/class/thermal/thermal_zone0/temp", "proc/self/task/7/stat",

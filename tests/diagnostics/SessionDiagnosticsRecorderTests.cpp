@@ -13,7 +13,7 @@ using testing::DiagnosedSession;
 using Level = DiagnosticsLevel;
 using Names = std::set<std::string>;
 
-/// The path of a file below `folder` that contains spoken words; empty if there is none.
+/// The path of a file below `folder` that contains "elephant", which was said; empty: none.
 std::string saidIn(DiagnosedSession& session, const std::filesystem::path& folder) {
     for (const auto& name : session.files.list(folder)) {
         const auto path = folder / name;
@@ -37,7 +37,7 @@ void expectWholeLines(DiagnosedSession& session) {
     }
 }
 
-TEST(SessionDiagnosticsRecorderTests, EachLevelKeepsWhatItSaysAndACoreRunHoldsNoWord) {
+TEST(SessionDiagnosticsRecorderTests, EachLevelWritesItsFilesAndACoreRunContainsNoSpokenWord) {
     const Names core{"settings.json", "manifest.json", "events/lifecycle.ndjson"};
     Names standard = core;
     standard.merge(Names{"timeline.json",
@@ -87,7 +87,7 @@ TEST(SessionDiagnosticsRecorderTests, EachLevelKeepsWhatItSaysAndACoreRunHoldsNo
         for (const auto& file : manifest["files"]) {
             const std::string path = file["path"];
             if (path.find("idle_memory") != std::string::npos)
-                continue; // created when the manifest is written
+                continue; // created while the manifest is written
             EXPECT_EQ(file["exists"], files.contains(path)) << path;
             if (file["exists"]) {
                 EXPECT_EQ(file["bytes"], session.files.contentsOf(session.run() / path).size())
@@ -147,9 +147,9 @@ TEST(SessionDiagnosticsRecorderTests, EachLevelKeepsWhatItSaysAndACoreRunHoldsNo
     }
 }
 
-/// Hours at each level: the manifest tells the truth, nothing piles up, and a kill at any time
+/// A session of hours at each level: the manifest is true, no queue grows, and a kill at any time
 /// would leave complete lines.
-TEST(SessionDiagnosticsRecorderTests, HoursLeaveWhatTheManifestSaysAndPileNothingUp) {
+TEST(SessionDiagnosticsRecorderTests, AfterHoursTheManifestIsTrueAndNoQueueHasGrown) {
     constexpr int hours = testing::rounds(8);
     constexpr int minutesBetween = 6;
     constexpr double sampleSeconds = 60;
@@ -174,7 +174,7 @@ TEST(SessionDiagnosticsRecorderTests, HoursLeaveWhatTheManifestSaysAndPileNothin
                     << path;
             }
         }
-        EXPECT_LE(session.host.waitingBlocks(), waiting + 2);
+        EXPECT_LE(session.host.waitingBlocks(), waiting + 2) << "a queue has grown";
         session.stop();
         session.host.advanceBy(20);
         expectWholeLines(session);
@@ -190,7 +190,7 @@ TEST(SessionDiagnosticsRecorderTests, HoursLeaveWhatTheManifestSaysAndPileNothin
         }
         if (level == Level::core) {
             EXPECT_LT(DiagnosticsCatalog(session.files, session.paths).directorySize(session.run()),
-                      20000);
+                      20000); // a core run stays small
         } else {
             EXPECT_EQ(RunVerification::verify(session.files, session.run()).problem, "");
         }
@@ -199,9 +199,9 @@ TEST(SessionDiagnosticsRecorderTests, HoursLeaveWhatTheManifestSaysAndPileNothin
 
 /// Late timers, changed settings and a change of the recogniser: the log has everything that the
 /// captions depend on.
-TEST(SessionDiagnosticsRecorderTests, TheLogReplaysToTheRowsHoweverLateTheMainQueueIs) {
+TEST(SessionDiagnosticsRecorderTests, TheEventLogReplaysToTheSameRowsHoweverLateTheMainQueueIs) {
     for (std::uint64_t seed = 1; seed <= testing::rounds(12); ++seed) {
-        SCOPED_TRACE(seed);
+        SCOPED_TRACE("seed " + std::to_string(seed));
         DiagnosedSession session(Level::standard, seed);
         auto& random = session.host.random();
         const auto pick = [&](std::uint64_t below) { return random() % below; };
@@ -234,7 +234,7 @@ TEST(SessionDiagnosticsRecorderTests, TheLogReplaysToTheRowsHoweverLateTheMainQu
 
 /// Disk failures in a diagnostics run affect neither the recording nor its transcript: both are as
 /// in a session without a run.
-TEST(SessionDiagnosticsRecorderTests, ADiskThatTakesNothingOfARunCostsRecordsAlone) {
+TEST(SessionDiagnosticsRecorderTests, ADiskThatRefusesARunCostsOnlyItsRecords) {
     for (const char* refused :
          {"/data/Diagnostics", "events", "manifest.json", "timeline", ".ndjson", "Live-"}) {
         SCOPED_TRACE(refused);
@@ -255,7 +255,7 @@ TEST(SessionDiagnosticsRecorderTests, ADiskThatTakesNothingOfARunCostsRecordsAlo
 /// The disk fills up during a run; there is space again before the run ends, or only later.
 TEST(SessionDiagnosticsRecorderTests, AFullDiskCostsRecordsThatTheManifestCounts) {
     for (const bool roomReturns : {true, false}) {
-        SCOPED_TRACE(roomReturns);
+        SCOPED_TRACE(roomReturns ? "space before the end" : "space only later");
         DiagnosedSession session(Level::trace);
         session.settings.recordWhileCaptioning = false;
         session.start();
@@ -275,7 +275,7 @@ TEST(SessionDiagnosticsRecorderTests, AFullDiskCostsRecordsThatTheManifestCounts
     }
 }
 
-TEST(SessionDiagnosticsRecorderTests, ABrokenRunSaysWhatIsWrong) {
+TEST(SessionDiagnosticsRecorderTests, VerifyingADamagedRunNamesTheFile) {
     DiagnosedSession session(Level::standard);
     session.runOne();
     const std::pair<const char*, const char*> damages[] = {{"manifest.json", "{\"kind\": \"live"},
@@ -295,7 +295,7 @@ TEST(SessionDiagnosticsRecorderTests, ABrokenRunSaysWhatIsWrong) {
     EXPECT_TRUE(RunVerification::verify(session.files, session.run()).matches());
 }
 
-TEST(SessionDiagnosticsRecorderTests, WhereNothingMayBeKeptTheRunHoldsNoWordAtAnyLevel) {
+TEST(SessionDiagnosticsRecorderTests, EvenATraceRunContainsNoSpokenWordIfTextMayNotBeKept) {
     DiagnosedSession session(Level::trace);
     TessaruneLog::setDiagnosticsLevel(Level::trace);
     session.settings.appleAnalyzerDiagnosticsMode = AppleAnalyzerDiagnosticsMode::fullRaw;
@@ -308,9 +308,9 @@ TEST(SessionDiagnosticsRecorderTests, WhereNothingMayBeKeptTheRunHoldsNoWordAtAn
     EXPECT_EQ(saidIn(session, session.paths.appSupportBase()), "");
 }
 
-/// A run may be cut off anywhere: the lines written before are complete, and deleting the recording
-/// finds the run.
-TEST(SessionDiagnosticsRecorderTests, AKillLeavesWholeLinesAndARunThatItsRecordingFinds) {
+/// A run may be cut off anywhere: the lines written before are complete, and the manifest names the
+/// recording, so that a deletion finds the run.
+TEST(SessionDiagnosticsRecorderTests, AKillLeavesCompleteLinesAndTheRecordingInTheManifest) {
     std::size_t withRecording = 0;
     for (std::uint64_t at = 30; at < 700; at += 37) {
         DiagnosedSession session(Level::trace);
@@ -325,17 +325,17 @@ TEST(SessionDiagnosticsRecorderTests, AKillLeavesWholeLinesAndARunThatItsRecordi
             if (!text.empty() && text.back() != '\n')
                 lines.pop_back(); // the one write that the disk cut off
             for (const auto& line : lines)
-                EXPECT_TRUE(line.is_object()) << path << " after " << at;
+                EXPECT_TRUE(line.is_object()) << path << " killed after operation " << at;
         }
         if (session.json("manifest.json").contains("recordingID"))
             ++withRecording;
     }
-    EXPECT_GT(withRecording, 10u);
+    EXPECT_GT(withRecording, 10u) << "too few manifests name the recording";
 }
 
-TEST(SessionDiagnosticsRecorderTests, ASessionThatGivesUpItsRecordingKeepsItsRun) {
+TEST(SessionDiagnosticsRecorderTests, ASessionThatDiscardsItsRecordingKeepsItsRun) {
     for (const bool listens : {true, false}) {
-        SCOPED_TRACE(listens);
+        SCOPED_TRACE(listens ? "stopped before any sound" : "stopped during the start");
         DiagnosedSession session(listens ? Level::core : Level::standard);
         std::string faults;
         TessaruneLog::setSink([&](TessaruneLogger::Level level, auto, const std::string& text) {
@@ -357,14 +357,15 @@ TEST(SessionDiagnosticsRecorderTests, ASessionThatGivesUpItsRecordingKeepsItsRun
     }
 }
 
-TEST(SessionDiagnosticsRecorderTests, EachRunOfASessionNamesItsRecordingAndItsSound) {
+TEST(SessionDiagnosticsRecorderTests, EachRunOfASessionNamesItsRecordingAndSampleRate) {
     DiagnosedSession session(Level::standard);
     session.start();
     session.speak();
     session.store->selectRecognitionOption(ModelCatalog::recognitionOptions().at(1).id);
     session.host.advanceBy(2);
     const std::string id = session.store->recordingTracker().currentID()->text();
-    EXPECT_EQ(session.json("manifest.json")["recordingID"], id) << "if it were killed now";
+    EXPECT_EQ(session.json("manifest.json")["recordingID"], id)
+        << "the manifest names the recording before the run ends";
     session.files.refused = "recordings.json";
     session.stop();
     session.host.advanceBy(20);
@@ -383,7 +384,7 @@ TEST(SessionDiagnosticsRecorderTests, ARecordingThatIsDeletedWhileItsRunIsWritte
     session.files.onOperation = [&](const std::string& operation, const auto& path) {
         if (operation != "write" || path.filename() != "timeline.json")
             return;
-        session.files.refused = "/Diagnostics"; // as if the folder were not empty
+        session.files.refused = "/Diagnostics"; // the run cannot be removed now
         session.catalog->deleteRecording(session.catalog->recordings().front().id);
         session.files.refused = "";
     };
@@ -409,7 +410,7 @@ TEST(SessionDiagnosticsRecorderTests, AStallOfTheMainQueueIsSampledWhileItLasts)
     double highestLag = 0;
     int duringStall = 0;
     while (std::getline(rows, row)) {
-        EXPECT_GE(std::stod(row), before + 0.45) << row;
+        EXPECT_GE(std::stod(row), before + 0.45) << row; // the shortest interval is 0.5 s
         before = std::stod(row);
         duringStall += before > stallsAt && before < stallsAt + 3 ? 1 : 0;
         highestLag = std::max(highestLag, std::stod(row.substr(row.rfind(',') + 1)));
@@ -419,7 +420,7 @@ TEST(SessionDiagnosticsRecorderTests, AStallOfTheMainQueueIsSampledWhileItLasts)
     EXPECT_GT(highestLag, 2700);
 }
 
-TEST(DiagnosticsNDJSONWriterTests, ARecordThatWasCutShortLeavesNothing) {
+TEST(DiagnosticsNDJSONWriterTests, ARecordThatIsWrittenInPartIsRemoved) {
     simulation::FaultyFileSystem files;
     SimulatedHost host;
     files.createDirectories("/run");
@@ -434,7 +435,7 @@ TEST(DiagnosticsNDJSONWriterTests, ARecordThatWasCutShortLeavesNothing) {
     EXPECT_EQ(log.lostRecords(), 1u);
 }
 
-TEST(SessionDiagnosticsRecorderTests, RunsOfOneSecondAndPruningKeepTheNewest) {
+TEST(SessionDiagnosticsRecorderTests, PruningKeepsTheNewestRunsAndRunsOfOneSecondDifferInName) {
     simulation::FaultyFileSystem files;
     const TessarunePaths paths{"/data"};
     const auto make = [&](int number, std::size_t bytes) {
