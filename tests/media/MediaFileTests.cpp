@@ -57,11 +57,11 @@ TEST_F(MediaFileTests, GivesEverySampleOfEveryChannelOnce) {
         ASSERT_EQ(decoded.size(), samples.size());
         for (std::size_t i = 0; i < samples.size(); ++i)
             ASSERT_NEAR(decoded[i], samples[i] / 32768.0, 1e-6) << i;
-        EXPECT_EQ(file->read(), nullptr) << "after the end";
+        EXPECT_EQ(file->read(), nullptr) << "nothing follows the end";
     }
 }
 
-TEST_F(MediaFileTests, GivesTheSameSoundFromAnyPlace) {
+TEST_F(MediaFileTests, GivesTheSameSoundFromAnyPositionAsFromTheStart) {
     auto samples = tone(6, 16000);
     for (std::size_t i = 0; i < samples.size(); ++i) // no two positions are alike
         samples[i] = static_cast<std::int16_t>(samples[i] * static_cast<double>(i) / 96000);
@@ -86,11 +86,11 @@ TEST_F(MediaFileTests, GivesTheSameSoundFromAnyPlace) {
     }
 }
 
-TEST_F(MediaFileTests, ACutFileGivesWhatIsThereAndSaysSo) {
+TEST_F(MediaFileTests, ATruncatedFileIsReadToItsEndAndReportedAsDamaged) {
     const auto samples = tone(1, 16000);
     const struct {
-        std::uint32_t claimed; ///< bytes of sound
-        bool isCut;
+        std::uint32_t claimed; ///< bytes of sound in the header; the file has 32000
+        bool isCut;            ///< whether that counts as truncated
     } cases[] = {{320000, true}, {32800, false}, {0xFFFFFFFF, false}};
     for (const auto& [claimed, isCut] : cases) {
         SCOPED_TRACE(claimed);
@@ -115,14 +115,14 @@ TEST_F(MediaFileTests, ACutFileGivesWhatIsThereAndSaysSo) {
     EXPECT_THROW(readAll(*file), MediaFileError);
 }
 
-TEST_F(MediaFileTests, APipeIsWaitedForUntilItIsGivenUp) {
+TEST_F(MediaFileTests, APipeIsWaitedForUntilTheWaitIsStopped) {
     const auto pipe = folder / "pipe";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     std::stop_source stop;
     std::jthread impatient([&] { stop.request_stop(); });
     try {
         openAwaitedFFmpegMediaFile(pipe, stop.get_token());
-        FAIL() << "nobody writes into it";
+        FAIL() << "a pipe was opened into which nobody writes";
     } catch (const MediaFileError& error) {
         EXPECT_EQ(error.kind(), Kind::cancelled);
     }
@@ -134,7 +134,7 @@ TEST_F(MediaFileTests, APipeIsWaitedForUntilItIsGivenUp) {
     EXPECT_EQ(readAll(*file).size(), samples.size());
 }
 
-TEST_F(MediaFileTests, WhatCannotBePlayedIsNamedAndSaid) {
+TEST_F(MediaFileTests, AFileThatCannotBePlayedIsReportedWithReasonAndPath) {
     std::string garbage(5000, '\0');
     for (std::size_t i = 0; i < garbage.size(); ++i)
         garbage[i] = static_cast<char>(i * i * 7 + i / 3);
@@ -167,7 +167,7 @@ TEST_F(MediaFileTests, WhatCannotBePlayedIsNamedAndSaid) {
     }
 }
 
-TEST_F(MediaFileTests, AFileThatNamesOthersOpensNone) {
+TEST_F(MediaFileTests, APlaylistOpensNoOtherFile) {
     write("other.wav", wavBytes(tone(1, 16000), 16000));
     for (const auto& [name, text] : {
              std::pair{"list.m3u8", "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\nother.wav\n"
@@ -192,21 +192,21 @@ TEST_F(MediaFileTests, APipeIsReadLikeAFile) {
         [&] { std::ofstream(pipe, std::ios::binary) << testing::contentsOf(folder / "a.m4a"); });
     try {
         openAwaitedFFmpegMediaFile(pipe, stop.get_token());
-        ADD_FAILURE() << "its index is at the end";
+        ADD_FAILURE() << "an M4A with its index at the end was opened from a pipe";
     } catch (const MediaFileError& error) {
         EXPECT_NE(std::string(error.what()).find("pipe; save"), std::string::npos) << error.what();
     }
     writer.join();
 }
 
-TEST_F(MediaFileTests, DamageAnywhereEndsAndNeverLoops) {
+TEST_F(MediaFileTests, DamageAnywhereDoesNotMakeReadingEndless) {
     const auto wav = write("whole.wav", wavBytes(tone(3, 16000), 16000));
     transcodeToM4A(wav, folder / "whole.m4a", [](double) {}, {});
     std::mt19937 random(7);
     for (const char* name : {"whole.wav", "whole.m4a"}) {
         const std::string whole = testing::contentsOf(folder / name);
         for (int round = 0; round < 60; ++round) {
-            // Each format has its headers at one of the two ends.
+            // Each format has its headers at one of the two ends. Ten times the sound is allowed.
             std::string damaged = whole;
             for (int flips = 0; flips <= round % 4; ++flips) {
                 const std::size_t at = random() % 60;
@@ -238,7 +238,7 @@ TEST_F(MediaFileTests, TranscodesToASmallFileOfTheSameLength) {
         energy += samples[i] * samples[i];
         crossings += (samples[i - 1] < 0) != (samples[i] < 0);
     }
-    EXPECT_NEAR(std::sqrt(energy / 160000), 0.354, 0.03);
+    EXPECT_NEAR(std::sqrt(energy / 160000), 0.354, 0.03); // 0.5 of full scale, divided by √2
     EXPECT_NEAR(crossings, 10000, 20) << "500 Hz over ten seconds";
     const auto size = std::filesystem::file_size(folder / "a.m4a");
     EXPECT_NEAR(static_cast<double>(size), 20.3 * 32000 / 8, 30000);
@@ -249,10 +249,10 @@ TEST_F(MediaFileTests, TranscodesToASmallFileOfTheSameLength) {
     EXPECT_EQ(std::filesystem::status(folder / "a.m4a").permissions() &
                   (perms::group_all | perms::others_all),
               perms::none)
-        << "what was heard is the user's alone";
+        << "only the user may access the recording";
 }
 
-TEST_F(MediaFileTests, AnM4AGrowsPieceByPieceAndHasItsNameOnceItIsWhole) {
+TEST_F(MediaFileTests, AnM4AGrowsUnderATemporaryNameUntilItIsFinished) {
     const auto samples = tone(5, 48000);
     for (const bool isFinished : {false, true}) {
         auto file = createM4A(folder / "a.m4a", {48000, 1});
@@ -272,13 +272,13 @@ TEST_F(MediaFileTests, AnM4AGrowsPieceByPieceAndHasItsNameOnceItIsWhole) {
     EXPECT_NEAR(openFFmpegMediaFile(folder / "a.m4a")->duration().value_or(0), 5, 0.1);
 }
 
-TEST_F(MediaFileTests, ATranscodingThatFailsLeavesWhatWasThere) {
+TEST_F(MediaFileTests, ATranscodingThatFailsLeavesTheFormerFile) {
     const auto source = write("a.wav", wavBytes(tone(5, 16000), 16000));
     const auto check = [&](const std::filesystem::path& from, const std::filesystem::path& to,
                            Kind kind, std::stop_token stop = {}) {
         try {
             transcodeToM4A(from, to, {}, stop);
-            ADD_FAILURE() << to;
+            ADD_FAILURE() << "transcoded: " << to;
         } catch (const MediaFileError& error) {
             EXPECT_EQ(error.kind(), kind) << error.what();
             EXPECT_EQ(std::string(error.what()).find("No such file"), std::string::npos);
@@ -298,10 +298,10 @@ TEST_F(MediaFileTests, ATranscodingThatFailsLeavesWhatWasThere) {
     std::size_t files = 0;
     for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
         files += entry.path().extension() == ".part" ? 100 : 1;
-    EXPECT_EQ(files, 2U);
+    EXPECT_EQ(files, 2U) << "a partial file counts as 100";
 }
 
-TEST(AtempoConverterTests, ChangesTheLengthAndNoPitch) {
+TEST(AtempoConverterTests, ChangesTheLengthButNotThePitch) {
     // Qt applies the user's locale with its decimal comma. Where the system cannot create such a
     // locale, the rest is still tested.
     const testing::TemporaryFolder locales;

@@ -10,7 +10,7 @@ namespace {
 
 using testing::PlayerFixture;
 
-TEST(AudioPlayerTests, ShowsWhatIsHeardWhateverIsDone) {
+TEST(AudioPlayerTests, ShowsTheHeardPositionWhateverTheUserDoes) {
     for (std::uint64_t seed = 1; seed <= testing::rounds(25); ++seed) {
         PlayerFixture fixture(seed);
         AudioPlayer& player = *fixture.player;
@@ -29,10 +29,11 @@ TEST(AudioPlayerTests, ShowsWhatIsHeardWhateverIsDone) {
             if (fixture.host.now() < settledAt || !isServerUp || !*player.isPlaying)
                 return;
             const double tolerance = 0.03 * *player.rate + 0.006;
-            ASSERT_NEAR(heard, *player.currentTime, tolerance) << "seed " << seed << trace.str();
+            ASSERT_NEAR(heard, *player.currentTime, tolerance)
+                << "the position shown is not the one heard, seed " << seed << trace.str();
             if (!*player.repeatsBoundedPlayback)
                 ASSERT_NEAR(heard - before, 0.005 * *player.rate, 0.003)
-                    << "a gap, seed " << seed << trace.str();
+                    << "a gap or a jump, seed " << seed << trace.str();
         };
         fixture.play();
         for (int step = 0; step < 40 && !::testing::Test::HasFatalFailure(); ++step) {
@@ -79,7 +80,8 @@ TEST(AudioPlayerTests, ShowsWhatIsHeardWhateverIsDone) {
         player.startPlayback();
         fixture.positions.clear();
         fixture.pass(2);
-        ASSERT_GT(fixture.positions.size(), 200U) << "plays no more, seed " << seed << trace.str();
+        ASSERT_GT(fixture.positions.size(), 200U)
+            << "playback has stopped, seed " << seed << trace.str();
     }
 }
 
@@ -97,27 +99,27 @@ TEST(AudioPlayerTests, ASentenceIsPlayedToItsEndAndAgainFromItsBeginning) {
     EXPECT_FALSE(*player.isPlaying);
     EXPECT_FALSE(player.boundedPlaybackSentenceIndex->has_value());
     EXPECT_NEAR(*player.currentTime, 21.5, 0.001);
-    EXPECT_NEAR(fixture.positions.back(), 21.495, 0.002) << "not a sample of the next sentence";
+    EXPECT_NEAR(fixture.positions.back(), 21.495, 0.002) << "playback ends with the sentence";
 
     player.repeatBounded(7, 20, 21.5);
     fixture.positions.clear();
     fixture.silences = 0;
     fixture.pass(6);
     EXPECT_TRUE(*player.isPlaying);
-    EXPECT_EQ(fixture.silences, 0) << "a gap between two rounds";
+    EXPECT_EQ(fixture.silences, 0) << "no gap between two rounds";
     EXPECT_LT(fixture.largestStep(), 0.007);
     EXPECT_GE(std::ranges::count_if(fixture.positions, [](double at) { return at < 20.0025; }), 3);
     player.clearBounds();
     fixture.pass(3);
-    EXPECT_GT(*player.currentTime, 21.6) << "goes on behind the sentence";
+    EXPECT_GT(*player.currentTime, 21.6) << "playback continues after the sentence";
 }
 
-TEST(AudioPlayerTests, TheEndIsTheEndAndTheNextStartBeginsAgain) {
+TEST(AudioPlayerTests, PlaybackStopsAtTheEndAndThenStartsFromTheBeginning) {
     PlayerFixture fixture;
     AudioPlayer& player = *fixture.player;
     player.load("missing");
     player.load("a");
-    player.load("short"); // what was chosen last
+    player.load("short"); // the last choice counts
     player.setRate(2);
     player.startPlayback();
     fixture.pass(5);
@@ -134,7 +136,7 @@ TEST(AudioPlayerTests, TheEndIsTheEndAndTheNextStartBeginsAgain) {
     EXPECT_TRUE(*player.isPlaying) << "repeats the last sentence, whose end is unknown";
 }
 
-TEST(AudioPlayerTests, WhatCannotBePlayedSaysWhyAndIsTriedAgain) {
+TEST(AudioPlayerTests, AFailedPlaybackSaysWhyAndCanBeRetried) {
     PlayerFixture fixture;
     AudioPlayer& player = *fixture.player;
     const auto expectPlaying = [&](bool isPlaying, const std::string& problem) {
@@ -163,10 +165,10 @@ TEST(AudioPlayerTests, WhatCannotBePlayedSaysWhyAndIsTriedAgain) {
     fixture.missing.clear();
     player.playBounded(7, 20, 21.5);
     fixture.pass(3);
-    EXPECT_NEAR(*player.currentTime, 21.5, 0.001) << "the sentence keeps its end";
+    EXPECT_NEAR(*player.currentTime, 21.5, 0.001) << "a retried sentence stops at its end";
 }
 
-TEST(AudioPlayerTests, GoesOnWhereItWasWhenTheServerComesBackAndFailsWithoutOne) {
+TEST(AudioPlayerTests, ResumesWhereItStoppedWhenTheServerReturnsAndFailsWithoutAServer) {
     PlayerFixture fixture;
     AudioPlayer& player = *fixture.player;
     fixture.play();
@@ -204,7 +206,7 @@ TEST(LoudnessTests, BringsRecordingsToOneLevel) {
     AudioBuffer sound{{1000, 1}, {0.01F, 0.06F, -0.06F}};
     level.apply(sound);
     EXPECT_NEAR(sound.samples[0], 0.158, 0.001);
-    EXPECT_LT(sound.samples[1], 0.94) << "loud moments of a quiet recording are not cut";
+    EXPECT_LT(sound.samples[1], 0.94) << "loud moments of a quiet recording are limited";
     EXPECT_GT(sound.samples[1], 0.8);
     EXPECT_EQ(sound.samples[2], -sound.samples[1]);
 }

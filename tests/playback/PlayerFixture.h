@@ -16,7 +16,7 @@ inline constexpr double frameRate = 1000;
 inline constexpr float reference = 0.05F;
 inline constexpr float stepOfFrame = 1e-6F;
 
-/// Sound that encodes its position: the second channel divided by the first tells the frame.
+/// Sound that encodes its position: the second channel divided by the first gives the frame.
 class NumberedFile final : public MediaFile {
   public:
     explicit NumberedFile(std::size_t frames) : frames_(frames) {}

@@ -35,7 +35,7 @@ TEST(TranscriptPlaybackTests, TheSentenceAndTheWordThatAreHeardAreMarked) {
     EXPECT_EQ(fixture.activeAt(1), std::nullopt);
     EXPECT_EQ(fixture.activeAt(3), 0U);
     EXPECT_EQ(*playback.activeTokenIndex, 1U);
-    EXPECT_EQ(fixture.activeAt(10.2), 2U) << "the later of two that begin together";
+    EXPECT_EQ(fixture.activeAt(10.2), 2U) << "of two that begin together, the later one is marked";
 }
 
 TEST(TranscriptPlaybackTests, StepsGoFromSentenceToSentence) {
@@ -70,7 +70,7 @@ TEST(TranscriptPlaybackTests, RepeatsASentenceOfTheTranscriptThatIsShownNow) {
     EXPECT_EQ(*fixture.player->boundedPlaybackSentenceIndex, 0U);
 }
 
-TEST(PlaybackTelemetryTests, TellsOfJumpsAndCountsOnlyTheTimeThatIsHeard) {
+TEST(PlaybackTelemetryTests, LogsJumpsAndCountsOnlyTimeThatIsHeard) {
     TranscriptFixture fixture;
     testing::RuntimeLog log(fixture.host);
     testing::MemoryUserDefaults defaults;

@@ -74,7 +74,7 @@ class Importing : public RefinedRecording {
 
 } // namespace
 
-TEST(HistoryImportTests, AFileBecomesARecordingOfItsOwnWithATranscript) {
+TEST(HistoryImportTests, EachImportedFileBecomesARecordingWithATranscript) {
     Importing computer;
     computer.soundSeconds = 90;
     computer.import({"/home/talk.MP3", "/home/film", "/home/old.part"});
@@ -104,7 +104,7 @@ TEST(HistoryImportTests, AFileBecomesARecordingOfItsOwnWithATranscript) {
               computer.disk.contentsOf("/home/talk.MP3"));
 }
 
-TEST(HistoryImportTests, WhatCannotBeImportedSaysWhyAndLeavesNothing) {
+TEST(HistoryImportTests, AnImportThatFailsIsReportedAndLeavesNothing) {
     Importing computer;
     computer.import({"/home/note.txt", "/home", "/home/missing.wav", "/home/empty.wav", "-"});
     computer.finish();
@@ -112,7 +112,7 @@ TEST(HistoryImportTests, WhatCannotBeImportedSaysWhyAndLeavesNothing) {
     computer.disk.capacity = computer.disk.usedSpace() + 9'000'000;
     computer.import({"/home/talk.MP3"});
     computer.finish();
-    EXPECT_EQ(computer.problems->size(), 1U) << "a copy must leave room";
+    EXPECT_EQ(computer.problems->size(), 1U) << "the disk has no room for the copy";
     computer.disk.recover();
     computer.stop.request_stop();
     computer.import({"/home/talk.MP3"});
@@ -122,9 +122,11 @@ TEST(HistoryImportTests, WhatCannotBeImportedSaysWhyAndLeavesNothing) {
     EXPECT_EQ(computer.catalog.recordings().size(), 1U);
 }
 
-TEST(HistoryImportTests, OneFaultOfTheDiskLeavesAWholeRecordingOrNone) {
+TEST(HistoryImportTests, OneFaultOfTheDiskOrAKillLeavesACompleteRecordingOrNone) {
     for (const bool isKilled : {false, true}) {
         for (std::uint64_t operation = 1;; ++operation) {
+            SCOPED_TRACE((isKilled ? "killed at operation " : "failure of operation ") +
+                         std::to_string(operation));
             Importing computer;
             const std::uint64_t last = computer.disk.operations + operation;
             (isKilled ? computer.disk.failFrom : computer.disk.failAt) = last;
@@ -141,19 +143,17 @@ TEST(HistoryImportTests, OneFaultOfTheDiskLeavesAWholeRecordingOrNone) {
             for (const UUID& id : computer.selected) {
                 if (!computer.catalog.recording(id) || !found.brokenOffImports.empty())
                     continue;
-                EXPECT_NE(computer.disk.contentsOf(computer.catalog.transcriptURL(id)), "")
-                    << operation;
+                EXPECT_NE(computer.disk.contentsOf(computer.catalog.transcriptURL(id)), "");
                 if (isKilled)
-                    EXPECT_TRUE(computer.disk.has(computer.catalog.bilingualTranscriptURL(id)))
-                        << operation;
+                    EXPECT_TRUE(computer.disk.has(computer.catalog.bilingualTranscriptURL(id)));
             }
             const RecordingRepair::Report again = computer.restart();
             EXPECT_TRUE(again.untranscribedImports.empty() && again.brokenOffImports.empty())
-                << "told once: " << operation;
+                << "a second start reports nothing";
             const std::size_t imported = computer.catalog.recordings().size() - 1;
-            EXPECT_EQ(computer.sounds().size(), imported) << operation;
+            EXPECT_EQ(computer.sounds().size(), imported);
             if (!isKilled)
-                EXPECT_EQ(imported, computer.problems->empty() ? 1U : 0U) << operation;
+                EXPECT_EQ(imported, computer.problems->empty() ? 1U : 0U);
             if (!wasReached)
                 break;
         }
@@ -161,16 +161,18 @@ TEST(HistoryImportTests, OneFaultOfTheDiskLeavesAWholeRecordingOrNone) {
 }
 
 /// A file that crashes the decoder, the recogniser or the translator must not do so at each start.
-TEST(HistoryImportTests, WhatEndsTheProgramIsNotTakenUpAgainWhatTheProgramEndsIs) {
+TEST(HistoryImportTests, AnImportIsResumedAfterARegularEndButNotAfterACrash) {
     struct Case {
-        double seconds; ///< of the import, before the end
+        double seconds; ///< of the import, before the program ends
         bool isOrderly;
-        std::size_t takenUp;
-        std::size_t brokenOff;
+        std::size_t resumed;   ///< imports, by the next start
+        std::size_t brokenOff; ///< imports that the next start only reports
     };
     const std::vector<Case> cases{
         {0.5, true, 1, 0}, {0.5, false, 0, 1}, {5, true, 1, 0}, {5, false, 0, 1}, {50, true, 0, 0}};
     for (const Case& each : cases) {
+        SCOPED_TRACE(::testing::Message()
+                     << each.seconds << (each.isOrderly ? " s, regular end" : " s, crash"));
         Importing computer;
         computer.translation->answers = {{.delay = 10}};
         computer.import({"/home/film"});
@@ -180,8 +182,8 @@ TEST(HistoryImportTests, WhatEndsTheProgramIsNotTakenUpAgainWhatTheProgramEndsIs
         computer.finish();
         computer.disk.recover();
         const RecordingRepair::Report found = computer.restart();
-        EXPECT_EQ(found.untranscribedImports.size(), each.takenUp) << each.seconds;
-        EXPECT_EQ(found.brokenOffImports.size(), each.brokenOff) << each.seconds;
+        EXPECT_EQ(found.untranscribedImports.size(), each.resumed);
+        EXPECT_EQ(found.brokenOffImports.size(), each.brokenOff);
         computer.startProgram();
         computer.translation->answers.clear();
         for (const RecordingMetadata& import : found.untranscribedImports)
@@ -189,15 +191,14 @@ TEST(HistoryImportTests, WhatEndsTheProgramIsNotTakenUpAgainWhatTheProgramEndsIs
         computer.finish();
         const UUID& id = computer.selected.front();
         EXPECT_EQ(computer.disk.has(computer.catalog.bilingualTranscriptURL(id)),
-                  each.brokenOff == 0)
-            << each.seconds;
+                  each.brokenOff == 0);
         const RecordingRepair::Report again = computer.restart();
         EXPECT_TRUE(again.untranscribedImports.empty() && again.brokenOffImports.empty())
-            << "told once";
+            << "a second start reports nothing";
     }
 }
 
-TEST(HistoryImportTests, AnImportInWhichNothingIsUnderstoodIsDoneAndNoFailure) {
+TEST(HistoryImportTests, AnImportInWhichNothingIsRecognisedIsNoFailure) {
     Importing computer;
     computer.heard.clear();
     computer.import({"/home/film"});

@@ -15,7 +15,7 @@ const std::string refinedText = "New words.\nAnd more.";
 
 } // namespace
 
-TEST(HistoryRefinementTests, TheTextComesFirstAndThenItsTranslation) {
+TEST(HistoryRefinementTests, TheTextIsSavedBeforeItsTranslation) {
     RefinedRecording recording;
     std::vector<std::string> updates;
     const auto observation = recording.notifications.observe(
@@ -32,8 +32,8 @@ TEST(HistoryRefinementTests, TheTextComesFirstAndThenItsTranslation) {
     EXPECT_TRUE(recording.service->jobs()->empty());
 }
 
-TEST(HistoryRefinementTests, WhatTheTranslatorCannotDoLeavesTheFormerTranslation) {
-    for (const auto& [target, calls] :
+TEST(HistoryRefinementTests, WithoutACompleteTranslationTheFormerOneStays) {
+    for (const auto& [target, fails] :
          std::vector<std::pair<std::string, bool>>{{"en-US", false}, {"de-DE", true}}) {
         RefinedRecording recording;
         recording.target = target;
@@ -47,7 +47,8 @@ TEST(HistoryRefinementTests, WhatTheTranslatorCannotDoLeavesTheFormerTranslation
         EXPECT_EQ(recording.text(), refinedText);
         EXPECT_EQ(recording.bilingual(), "Old words.\nAlte Worte.");
         EXPECT_EQ(recording.outcome->translation == HistoryRefinementOutcome::Translation::failed,
-                  calls);
+                  fails)
+            << target;
     }
 }
 
@@ -74,7 +75,7 @@ TEST(HistoryRefinementTests, TimesCountFromTheStartOfTheRecording) {
     }
 }
 
-TEST(HistoryRefinementTests, ResultsBecomeSentencesEachOfThemOnce) {
+TEST(HistoryRefinementTests, ResultsBecomeSentencesWithoutRepetition) {
     struct Case {
         std::vector<SpeechResult> heard;
         std::string text;
@@ -123,7 +124,7 @@ TEST(HistoryRefinementTests, ASentenceStaysWhereTheRecogniserHasNothing) {
 }
 
 // Any failure before the refined text is complete.
-TEST(HistoryRefinementTests, WhatFailsLeavesTheFormerTranscriptWhole) {
+TEST(HistoryRefinementTests, AFailureLeavesTheFormerTranscriptUnchanged) {
     struct Case {
         const char* what;
         Status status;
@@ -138,9 +139,9 @@ TEST(HistoryRefinementTests, WhatFailsLeavesTheFormerTranscriptWhole) {
          }},
         {"the file is damaged in the middle", Status::failed, [](auto& r) { r.damagedAt = 40; }},
         {"the file cannot be read", Status::failed, [](auto& r) { r.damagedAt = 0; }},
-        {"the file is shorter than what was recorded", Status::failed,
+        {"the file is shorter than the recording", Status::failed,
          [](auto& r) { r.setDuration(65); }},
-        {"a sentence begins behind the end", Status::failed,
+        {"a former sentence begins after the end of the file", Status::failed,
          [](auto& r) {
              HistoryWordTimeline former;
              former.sentences = {{"Old words.", 64, 65, std::nullopt, "audioWord"}};
@@ -163,28 +164,28 @@ TEST(HistoryRefinementTests, WhatFailsLeavesTheFormerTranscriptWhole) {
          }},
         {"another program writes the data folder", Status::failed,
          [](auto& r) { r.holder = "another program"; }},
-        {"it is given up", Status::cancelled,
+        {"the refinement is cancelled", Status::cancelled,
          [](auto& r) { r.onBlock = [&r] { spawn(Executor::main(r.host), r.service->end()); }; }},
     };
     for (const Case& each : cases) {
+        SCOPED_TRACE(each.what);
         RefinedRecording recording;
         each.arrange(recording);
         const HistoryWordTimeline former = recording.timeline();
         recording.refine();
-        ASSERT_TRUE(recording.outcome) << each.what;
-        EXPECT_EQ(recording.outcome->status, each.status) << each.what;
+        ASSERT_TRUE(recording.outcome);
+        EXPECT_EQ(recording.outcome->status, each.status);
         EXPECT_EQ(recording.outcome->failure == HistoryRefinementOutcome::Failure::recogniser,
-                  std::string_view(each.what) == "the recogniser fails")
-            << each.what;
+                  std::string_view(each.what) == "the recogniser fails");
         EXPECT_EQ(recording.outcome->problem.empty(), each.status == Status::cancelled);
         EXPECT_EQ(recording.service->failures()->empty(), each.status == Status::cancelled);
-        EXPECT_EQ(recording.text(), formerText) << each.what;
-        EXPECT_EQ(recording.timeline(), former) << each.what;
+        EXPECT_EQ(recording.text(), formerText);
+        EXPECT_EQ(recording.timeline(), former);
     }
 }
 
 // A recording without a transcript, such as an import, gets the part that could be transcribed.
-TEST(HistoryRefinementTests, WithoutAFormerTranscriptDamageCostsOnlyWhatIsBehindIt) {
+TEST(HistoryRefinementTests, WithoutAFormerTranscriptDamageCostsOnlyWhatFollowsIt) {
     RefinedRecording recording;
     recording.catalog.saveTranscript("", recording.id);
     recording.damagedAt = 40;
@@ -194,19 +195,20 @@ TEST(HistoryRefinementTests, WithoutAFormerTranscriptDamageCostsOnlyWhatIsBehind
     EXPECT_EQ(recording.outcome->brokenOff, "talk.wav is damaged");
 }
 
-// Text and times always match, at the latest after the next start. Both texts contain the former
-// sentence, because nothing was heard there.
+// Text and times always match, at the latest after the next start. The refined text keeps the
+// former sentence, because nothing was heard at its time.
 TEST(HistoryRefinementTests, ADiskFailureLeavesOneCompleteText) {
     enum class Fault { once, onceAndLate, forEver };
     for (const Fault fault : {Fault::once, Fault::onceAndLate, Fault::forEver}) {
         for (std::uint64_t operation = 1;; ++operation) {
+            SCOPED_TRACE("operation " + std::to_string(operation));
             RefinedRecording recording;
             recording.disk.failsLate = fault == Fault::onceAndLate;
             HistoryWordTimeline former;
             former.sentences = {{formerText, 40, 42, std::nullopt, "audioWord"}};
             recording.catalog.saveWordTimeline(former, recording.id);
             former = recording.timeline();
-            const std::string both = refinedText + "\n" + formerText;
+            const std::string merged = refinedText + "\n" + formerText;
             const std::uint64_t before = recording.disk.operations;
             (fault == Fault::forEver ? recording.disk.failFrom : recording.disk.failAt) =
                 before + operation;
@@ -215,12 +217,12 @@ TEST(HistoryRefinementTests, ADiskFailureLeavesOneCompleteText) {
             recording.disk.recover();
             ASSERT_TRUE(recording.outcome);
             if (recording.outcome->status == Status::finished)
-                EXPECT_EQ(recording.text(), both) << operation;
-            EXPECT_NE(recording.outcome->status, Status::deleted) << operation;
+                EXPECT_EQ(recording.text(), merged);
+            EXPECT_NE(recording.outcome->status, Status::deleted);
             RecordingRepair(recording.disk, recording.catalog, recording.logger).runAtLaunch();
             const std::string text = recording.text();
-            EXPECT_TRUE(text == formerText || text == both) << operation << ": " << text;
-            EXPECT_EQ(recording.timeline() == former, text == formerText) << operation;
+            EXPECT_TRUE(text == formerText || text == merged) << text;
+            EXPECT_EQ(recording.timeline() == former, text == formerText);
             EXPECT_EQ(recording.timeline().sentences.size(), text == formerText ? 1U : 3U);
             for (const auto& name : recording.disk.list(recording.paths.transcripts()))
                 EXPECT_FALSE(name.ends_with(RecordingCatalog::replacementSuffix)) << name;
@@ -233,6 +235,7 @@ TEST(HistoryRefinementTests, ADiskFailureLeavesOneCompleteText) {
 // Deleted before, between and after the two saves, while another request is pending.
 TEST(HistoryRefinementTests, ADeletedRecordingStaysDeleted) {
     for (const double after : {0.0, 0.5, 1.5, 2.5, 3.5}) {
+        SCOPED_TRACE(::testing::Message() << "deleted after " << after << " s");
         RefinedRecording recording;
         recording.translation->answer = [](const std::string&) {
             return ScriptedTranslationService::Answer{1, {}};
@@ -243,15 +246,15 @@ TEST(HistoryRefinementTests, ADeletedRecordingStaysDeleted) {
         recording.catalog.deleteRecording(recording.id);
         recording.host.runUntilIdle(recording.host.now() + 100);
         ASSERT_TRUE(recording.outcome);
-        EXPECT_EQ(recording.outcome->status, Status::deleted) << after;
-        EXPECT_TRUE(recording.disk.list(recording.paths.transcripts()).empty()) << after;
-        EXPECT_TRUE(recording.events("history.refine.failed").empty()) << after;
+        EXPECT_EQ(recording.outcome->status, Status::deleted);
+        EXPECT_TRUE(recording.disk.list(recording.paths.transcripts()).empty());
+        EXPECT_TRUE(recording.events("history.refine.failed").empty());
     }
 }
 
-TEST(HistoryRefinementTests, ASessionThatListensHasTheProcessor) {
+TEST(HistoryRefinementTests, ARefinementPausesWhileASessionListens) {
     RefinedRecording recording;
-    int other = 0; // another session that listens
+    int other = 0; // stands for another session that listens
     recording.onBlock = [&] {
         recording.service->setPaused(&recording, true);
         recording.service->setPaused(&other, true);
@@ -259,7 +262,7 @@ TEST(HistoryRefinementTests, ASessionThatListensHasTheProcessor) {
     };
     recording.begin();
     recording.host.advanceBy(600);
-    EXPECT_EQ(recording.blocks.size(), 1U) << "a block that is being heard is heard to its end";
+    EXPECT_EQ(recording.blocks.size(), 1U) << "only the block in progress is completed";
     EXPECT_TRUE(recording.service->jobs()->at(recording.id).isPaused);
     recording.onBlock = [] {};
     recording.service->setPaused(&recording, false);
@@ -268,10 +271,10 @@ TEST(HistoryRefinementTests, ASessionThatListensHasTheProcessor) {
     recording.service->setPaused(&recording, true);
     recording.begin();
     recording.host.advanceBy(600);
-    EXPECT_EQ(recording.loadedModels, 1) << "nothing is loaded beside a session";
+    EXPECT_EQ(recording.loadedModels, 1) << "no model is loaded while a session listens";
 }
 
-TEST(HistoryRefinementTests, RequestsWaitForEachOtherAndTheLatestOfARecordingCounts) {
+TEST(HistoryRefinementTests, RequestsRunOneByOneAndOnlyTheLatestPendingOneOfARecording) {
     RefinedRecording recording;
     recording.begin();
     recording.host.advanceBy(0.5);
@@ -285,11 +288,11 @@ TEST(HistoryRefinementTests, RequestsWaitForEachOtherAndTheLatestOfARecordingCou
     recording.service->schedule(other);
     recording.service->cancel(other.recordingID);
     recording.host.runUntilIdle(recording.host.now() + 100);
-    EXPECT_EQ(recording.blocks.size(), 24U);
+    EXPECT_EQ(recording.blocks.size(), 24U); // of two refinements
     EXPECT_EQ(recording.bilingual(), "New words.\nfr-FR:New words.\n\nAnd more.\nfr-FR:And more.");
     EXPECT_TRUE(recording.service->jobs()->empty());
     recording.service->schedule(later);
-    for (const bool isQueued : {true, false}) { // the second comes after the end
+    for (const bool isQueued : {true, false}) { // the second is requested after the end
         recording.begin();
         if (isQueued)
             spawn(Executor::main(recording.host), recording.service->end());

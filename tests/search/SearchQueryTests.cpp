@@ -5,7 +5,7 @@
 
 namespace tessarune::testing {
 
-TEST(SearchQueryTests, TextIsCutIntoTokensThatMeet) {
+TEST(SearchQueryTests, EquivalentTextsHaveTheSameTokens) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {"Don't stop—it’s 3.14!", "dont stop its 3 14"},
         {"Café ÉCLAIR Ａｂｃ straße", "cafe eclair abc strasse"},
@@ -21,7 +21,7 @@ TEST(SearchQueryTests, TextIsCutIntoTokensThatMeet) {
     EXPECT_EQ(SearchTokens::cut("x Café")[1], (SearchToken{"cafe", 2, 5}));
 }
 
-TEST(SearchQueryTests, WhatMatches) {
+TEST(SearchQueryTests, MatchesWordsPrefixesAndPhrases) {
     struct Case {
         std::string query;
         std::string text;
@@ -50,7 +50,7 @@ TEST(SearchQueryTests, WhatMatches) {
         EXPECT_TRUE(SearchQuery::parse(nothing).isEmpty()) << nothing;
 }
 
-TEST(SearchQueryTests, AnExcerptIsAroundTheFirstMatch) {
+TEST(SearchQueryTests, AnExcerptSurroundsTheFirstMatch) {
     const std::string text = "first line\nThe naïve cafés of Paris are full.\nlast line";
     const auto of = [&](const char* query) {
         return SearchExcerpt::of(SearchQuery::parse(query), text, 8);

@@ -75,87 +75,89 @@ struct Searched {
 
 } // namespace
 
-TEST(TranscriptSearchTests, FollowsWhatIsSavedChangedAndDeleted) {
-    Searched on;
-    EXPECT_EQ(on.found("sat"), "…"); // nothing has been read at the first search
-    EXPECT_EQ(on.found("sat"), "01");
-    EXPECT_EQ(on.found("ca"), "0");
-    EXPECT_EQ(on.found("猫坐"), "0");
-    EXPECT_EQ(on.found("\"sat the\""), "");
-    EXPECT_EQ(on.found(""), "");
-    EXPECT_EQ(std::filesystem::status(on.index()).permissions(),
+TEST(TranscriptSearchTests, FollowsSavedChangedAndDeletedTranscripts) {
+    Searched setup;
+    EXPECT_EQ(setup.found("sat"), "…"); // nothing has been read at the first search
+    EXPECT_EQ(setup.found("sat"), "01");
+    EXPECT_EQ(setup.found("ca"), "0");
+    EXPECT_EQ(setup.found("猫坐"), "0");
+    EXPECT_EQ(setup.found("\"sat the\""), "");
+    EXPECT_EQ(setup.found(""), "");
+    EXPECT_EQ(std::filesystem::status(setup.index()).permissions(),
               std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 
-    const auto changed = on.catalog.transcriptURL(on.ids[1]);
+    const auto changed = setup.catalog.transcriptURL(setup.ids[1]);
     const auto time = std::filesystem::last_write_time(changed);
-    on.write(1, "the hen hid", "");
+    setup.write(1, "the hen hid", "");
     std::filesystem::last_write_time(changed, time); // as on a disk whose times are coarse
-    on.catalog.announceTranscript(on.ids[1]);
-    on.host.runUntilIdle();
-    EXPECT_EQ(on.found("sat"), "0");
-    EXPECT_EQ(on.found("hen"), "1");
+    setup.catalog.announceTranscript(setup.ids[1]);
+    setup.host.runUntilIdle();
+    EXPECT_EQ(setup.found("sat"), "0");
+    EXPECT_EQ(setup.found("hen"), "1");
 
-    on.write(2, "secretword again", ""); // not announced
-    on.start();
-    EXPECT_EQ(on.found("again"), "…");
-    EXPECT_EQ(on.found("again"), "2");
+    setup.write(2, "secretword again", ""); // not announced
+    setup.start();
+    EXPECT_EQ(setup.found("again"), "…");
+    EXPECT_EQ(setup.found("again"), "2");
 
-    EXPECT_TRUE(on.holds("secretword"));
-    on.catalog.deleteRecording(on.ids[2]);
-    on.host.runUntilIdle();
-    EXPECT_EQ(on.found("secretword"), "");
-    EXPECT_FALSE(on.holds("secretword"));
-    EXPECT_EQ(on.found("sat"), "0");
+    EXPECT_TRUE(setup.holds("secretword"));
+    setup.catalog.deleteRecording(setup.ids[2]);
+    setup.host.runUntilIdle();
+    EXPECT_EQ(setup.found("secretword"), "");
+    EXPECT_FALSE(setup.holds("secretword"));
+    EXPECT_EQ(setup.found("sat"), "0");
 
-    EXPECT_TRUE(on.holds("hid"));
-    on.search.reset(); // the program ends before it can erase the words
-    on.catalog.deleteRecording(on.ids[1]);
-    on.start();
-    spawn(Executor::main(on.host), on.search->eraseTraces());
-    on.host.runUntilIdle();
-    EXPECT_FALSE(on.holds("hid"));
+    EXPECT_TRUE(setup.holds("hid"));
+    setup.search.reset(); // the program ends before it can erase the words
+    setup.catalog.deleteRecording(setup.ids[1]);
+    setup.start();
+    spawn(Executor::main(setup.host), setup.search->eraseTraces());
+    setup.host.runUntilIdle();
+    EXPECT_FALSE(setup.holds("hid"));
 }
 
-TEST(TranscriptSearchTests, ADamagedIndexIsMadeAnew) {
-    const auto damage = [](Searched& on, const std::function<void(std::fstream&)>& change) {
-        EXPECT_EQ(on.found("sat"), "…");
-        EXPECT_EQ(on.found("sat"), "01");
-        on.search.reset();
-        std::fstream file(on.index(), std::ios::in | std::ios::out | std::ios::binary);
+TEST(TranscriptSearchTests, ADamagedIndexIsRebuilt) {
+    const auto damage = [](Searched& setup, const std::function<void(std::fstream&)>& change) {
+        EXPECT_EQ(setup.found("sat"), "…");
+        EXPECT_EQ(setup.found("sat"), "01");
+        setup.search.reset();
+        std::fstream file(setup.index(), std::ios::in | std::ios::out | std::ios::binary);
         change(file);
         file.close();
-        on.start();
-        await(on.host, on.search->excerpts({}, {})); // lets the search run
-        for (int tries = 0; tries < 3 && on.found("sat") != "01"; ++tries)
-            on.host.runUntilIdle();
-        EXPECT_EQ(on.found("sat"), "01");
-        EXPECT_EQ(on.found("secretword"), "2");
+        setup.start();
+        await(setup.host, setup.search->excerpts({}, {})); // lets pending work run
+        for (int tries = 0; tries < 3 && setup.found("sat") != "01"; ++tries)
+            setup.host.runUntilIdle();
+        EXPECT_EQ(setup.found("sat"), "01");
+        EXPECT_EQ(setup.found("secretword"), "2");
     };
     for (const std::streamoff place : {0, 16, 96, 4096, 8192, 12288}) {
-        Searched on;
-        damage(on, [place](std::fstream& file) {
+        Searched setup;
+        damage(setup, [place](std::fstream& file) {
             file.seekp(place);
             file << std::string(3000, '\x5A');
         });
     }
     for (const std::string& content : {std::string(), std::string("no database")}) {
-        Searched on;
-        damage(on, [&](std::fstream&) { std::ofstream(on.index(), std::ios::trunc) << content; });
+        Searched setup;
+        damage(setup,
+               [&](std::fstream&) { std::ofstream(setup.index(), std::ios::trunc) << content; });
     }
-    Searched on;
-    damage(on, [&](std::fstream&) { SQLiteDatabase(on.index()).run("PRAGMA user_version=99"); });
+    Searched setup;
+    damage(setup,
+           [&](std::fstream&) { SQLiteDatabase(setup.index()).run("PRAGMA user_version=99"); });
 }
 
 TEST(TranscriptSearchTests, WithoutAnIndexTheTranscriptsAreSearched) {
-    Searched on;
-    on.open = [](const std::filesystem::path&) -> std::unique_ptr<SearchIndex> {
+    Searched setup;
+    setup.open = [](const std::filesystem::path&) -> std::unique_ptr<SearchIndex> {
         throw SearchIndexFailed("the disk is full", false);
     };
-    on.start();
-    EXPECT_EQ(on.found("sat"), "01");
-    EXPECT_EQ(on.found("坐着"), "0");
-    const auto excerpts =
-        await(on.host, on.search->excerpts(SearchQuery::parse("坐"), {on.ids[0], on.ids[1]}));
+    setup.start();
+    EXPECT_EQ(setup.found("sat"), "01");
+    EXPECT_EQ(setup.found("坐着"), "0");
+    const auto excerpts = await(
+        setup.host, setup.search->excerpts(SearchQuery::parse("坐"), {setup.ids[0], setup.ids[1]}));
     EXPECT_EQ(excerpts[0], (SearchExcerpt{"猫", "坐", "着"}));
     EXPECT_EQ(excerpts[1], std::nullopt);
 }

@@ -40,7 +40,7 @@ std::string lemmasOf(const std::string& sentence) {
 
 } // namespace
 
-TEST(HistoryWordStatsTests, WhatCountsAsAWord) {
+TEST(HistoryWordStatsTests, ContractionsAreSplitAndHyphenatedWordsStayWhole) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {"Don’t stop!", "do:1 not:1 stop:1 "},
         {"I won't, he can't, we shan't.", "not:3 can:1 he:1 i:1 shall:1 we:1 will:1 "},
@@ -92,7 +92,7 @@ TEST(HistoryWordStatsTests, CountsTokensAndLemmasBySentence) {
 
 /// Irregular forms, forms with several readings, and function words that a lexicon of content words
 /// takes for others.
-TEST(HistoryWordStatsTests, LemmasOfIrregularForms) {
+TEST(HistoryWordStatsTests, FindsLemmasOfIrregularAndAmbiguousForms) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {"she was not there and they were is am are been being",
          "she be not there and they be be be be be be"},
@@ -118,7 +118,7 @@ TEST(HistoryWordStatsTests, LemmasOfIrregularForms) {
         EXPECT_EQ(lemmasOf(sentence), expected);
 }
 
-TEST(HistoryWordStatsTests, TheDictionaryTakesAnyTextFromAnyThread) {
+TEST(HistoryWordStatsTests, TheDictionaryAcceptsAnyTextFromAnyThread) {
     WordNetLexicon lexicon;
     const auto senses = lexicon.definitions("dictionary");
     ASSERT_FALSE(senses.empty());
@@ -142,7 +142,7 @@ TEST(HistoryWordStatsTests, TheDictionaryTakesAnyTextFromAnyThread) {
         });
 }
 
-TEST(HistoryWordStatsTests, TheThirteenthTextDropsTheOneThatWasUsedLongestAgo) {
+TEST(HistoryWordStatsTests, TheCacheKeepsTheTwelveTextsUsedLast) {
     HistoryWordStatsMemoryCache cache;
     const auto key = [](int n) {
         return HistoryWordStatsCacheKey::of(std::nullopt, std::to_string(n), 0, {});

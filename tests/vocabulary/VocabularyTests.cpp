@@ -62,7 +62,7 @@ TEST(VocabularyTests, ADamagedFileIsKeptAsideAndAFailedSaveLosesNothingInMemory)
         store.addFavorite("word");
         EXPECT_EQ(disk.contentsOf("/data/Vocabulary.json.unreadable"), "earlier");
         EXPECT_EQ(disk.contentsOf("/data/Vocabulary.json.unreadable-2"), damaged);
-        EXPECT_FALSE(disk.exists("/data/Vocabulary.json.unreadable-3")) << "moved only once";
+        EXPECT_FALSE(disk.exists("/data/Vocabulary.json.unreadable-3")) << "kept aside only once";
         EXPECT_EQ(*VocabularyStore(disk, vocabularyPaths).favoriteWords(), Words{"word"});
     }
     simulation::FaultyFileSystem disk;
@@ -82,7 +82,7 @@ TEST(VocabularyTests, ADamagedFileIsKeptAsideAndAFailedSaveLosesNothingInMemory)
     EXPECT_EQ(*store.problem(), "");
 }
 
-TEST(VocabularyTests, AddressesOfWords) {
+TEST(VocabularyTests, FindsAddressesOfDictionaryPagesAndSounds) {
     EXPECT_FALSE(VocabularyDictionary::url(Provider::collins, " \n"));
     EXPECT_EQ(VocabularyDictionary::url(Provider::youdaoEnglishChinese, " ice cream "),
               "https://dict.youdao.com/result?word=ice%20cream&lang=en");
@@ -115,7 +115,7 @@ TEST(VocabularyTests, AddressesOfWords) {
         EXPECT_EQ(Sounds::firstAudioURL(html, page, "uk_pron"), expected) << html;
 }
 
-TEST(VocabularyTests, AWordIsFetchedWhenItIsAskedForAndHeardOnce) {
+TEST(VocabularyTests, AWordIsFetchedOnlyOnRequestAndPlayedOnce) {
     SimulatedHost host(1000);
     std::map<std::string, WebAnswer> web{
         {"https://dict.youdao.com/dictvoice?audio=one&type=2", {"audio/mpeg", "ONE"}},
@@ -156,7 +156,7 @@ TEST(VocabularyTests, AWordIsFetchedWhenItIsAskedForAndHeardOnce) {
     EXPECT_EQ(*player.loadingKey(), Key());
     EXPECT_EQ(*player.activeKey(), "cambridgeUS|two");
 
-    player.play(Source::youdaoUS, "page"); // no sound: playback continues
+    player.play(Source::youdaoUS, "page"); // not a sound: playback continues
     host.runUntilIdle();
     EXPECT_EQ(*player.activeKey(), "cambridgeUS|two");
     EXPECT_EQ(*player.loadingKey(), Key());
