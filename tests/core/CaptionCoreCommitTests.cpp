@@ -5,8 +5,8 @@
 namespace tessarune {
 namespace {
 
-/// "ours 10 A one.|none - B.": kind, seconds from its commit to the time 200 ("-": it has no commit
-/// time) and text of each row.
+/// Reads "ours 10 A one.|none - B.": of each row the freeze kind, the age at time 200 in seconds
+/// ("-": it has no commit time) and the text.
 CaptionCore::Rows committedRows(const std::string& notation) {
     CaptionCore::Rows rows;
     std::istringstream all(notation);
@@ -29,20 +29,20 @@ CaptionCore::Rows committedRows(const std::string& notation) {
     return rows;
 }
 
-enum class Road { final, freeze, seal };
+enum class Path { final, freeze, seal };
 
-/// Commits `text` after the `committed` rows by one path, at time 200; returns the new rows.
-CaptionCore::Rows bring(CaptionCoreFixture& f, Road road, const std::string& text,
+/// Commits `text` after the `committed` rows on one path, at time 200; returns the new rows.
+CaptionCore::Rows added(CaptionCoreFixture& f, Path path, const std::string& text,
                         const CaptionCore::Rows& committed) {
-    f.caps.selfSegments = road == Road::seal;
-    if (road == Road::freeze)
+    f.caps.selfSegments = path == Path::seal;
+    if (path == Path::freeze)
         f.play("199.3 p " + text + " tail");
     f.core->committedSegments = committed;
-    if (road == Road::freeze)
+    if (path == Path::freeze)
         f.play("200 p " + text + " tail");
-    if (road == Road::final)
+    if (path == Path::final)
         f.play("200 f " + text);
-    if (road == Road::seal) {
+    if (path == Path::seal) {
         f.play("200 p " + text);
         f.core->sealLiveIntoHistory(200);
     }
@@ -53,58 +53,58 @@ CaptionCore::Rows bring(CaptionCoreFixture& f, Road road, const std::string& tex
 TEST(CaptionCoreCommitTests, EachCommitPathDetectsRepeatsItsOwnWay) {
     struct Case {
         const char* name;
-        Road road;
+        Path path;
         const char* committed;
         const char* text;
         const char* added;
         double window = 4.0;
     };
     const Case cases[] = {
-        {"a final confirms a freeze of any age", Road::final, "ours 10 Hello there.",
+        {"a final confirms a freeze of any age", Path::final, "ours 10 Hello there.",
          "Hello there. How are you?", "How are you? 🏁"},
-        {"finals do not suppress finals", Road::final, "engine 1 Hello there.", "Hello there.",
-         "Hello there. 🏁"},
-        {"one frozen row among those that match is enough", Road::final,
+        {"a final does not suppress another final", Path::final, "engine 1 Hello there.",
+         "Hello there.", "Hello there. 🏁"},
+        {"one frozen row among those that match is enough", Path::final,
          "ours 50 A one.|engine 1 B two.", "A one. B two. C.", "C. 🏁"},
-        {"a shorter match needs a frozen row of its own", Road::final,
+        {"a match without a frozen row does not count", Path::final,
          "ours 5 A one.|engine 1 B two.", "B two. C.", "B two. 🏁|C. 🏁"},
-        {"a final against a sealed row", Road::final, "none - A one.", "A one.", "A one. 🏁"},
-        {"case, spacing and punctuation do not count", Road::final, "ours 1 HELLO,  world one",
+        {"a final does not match a sealed row", Path::final, "none - A one.", "A one.", "A one. 🏁"},
+        {"case, spacing and punctuation are ignored", Path::final, "ours 1 HELLO,  world one",
          "hello world ONE! Two.", "Two. 🏁"},
-        {"a removed comma leaves no blank, so the keys differ", Road::final,
+        {"a removed comma leaves no blank, so the keys differ", Path::final,
          "ours 1 你好，world one", "你好 world one. Two.", "你好 world one. 🏁|Two. 🏁"},
-        {"a freeze within the window", Road::freeze, "ours 3.9 A one.", "A one.", ""},
-        {"a freeze after the window", Road::freeze, "ours 4.1 A one.", "A one.", "A one. 🔒"},
-        {"a freeze is no repetition of a final", Road::freeze, "engine 1 A one.", "A one.",
+        {"a freeze within the window is suppressed", Path::freeze, "ours 3.9 A one.", "A one.", ""},
+        {"a later freeze is committed", Path::freeze, "ours 4.1 A one.", "A one.", "A one. 🔒"},
+        {"a final does not suppress a freeze", Path::freeze, "engine 1 A one.", "A one.",
          "A one. 🔒"},
-        {"every row must be recent", Road::freeze, "ours 9 A one.|ours 1 B two.", "A one. B two.",
-         "A one. 🔒|B two. 🔒"},
-        {"a negative window counts as zero", Road::freeze, "ours 0.5 A one.", "A one.", "A one. 🔒",
+        {"all matched rows must be recent", Path::freeze, "ours 9 A one.|ours 1 B two.",
+         "A one. B two.", "A one. 🔒|B two. 🔒"},
+        {"a negative window counts as zero", Path::freeze, "ours 0.5 A one.", "A one.", "A one. 🔒",
          -1},
-        {"a window of zero still matches the same instant", Road::freeze, "ours 0 A one.", "A one.",
-         "", -1},
-        {"the end of the history, the beginning of what comes", Road::freeze,
+        {"a window of zero matches a commit of the same time", Path::freeze, "ours 0 A one.",
+         "A one.", "", -1},
+        {"the last row may match the first sentence of a freeze", Path::freeze,
          "ours 1 A one.|ours 1 B two.", "b TWO! C three.", "C three. 🔒"},
-        {"no match in the middle", Road::freeze, "ours 1 A one.|ours 1 B two.", "A one. C three.",
-         "A one. 🔒|C three. 🔒"},
-        {"at the seal rows of any kind match", Road::seal, "ours 2 A one.|engine 2 B two.",
+        {"a match must include the last row", Path::freeze, "ours 1 A one.|ours 1 B two.",
+         "A one. C three.", "A one. 🔒|C three. 🔒"},
+        {"a seal matches rows of any kind", Path::seal, "ours 2 A one.|engine 2 B two.",
          "A one. B two. the rest", "the rest"},
-        {"at the seal, too, only recent ones", Road::seal, "ours 5 A one.|engine 5 B two.",
+        {"a seal matches only recent rows", Path::seal, "ours 5 A one.|engine 5 B two.",
          "A one. B two. the rest", "A one.|B two.|the rest"},
-        {"a sealed row has no time and matches nothing", Road::seal, "none - A one.", "A one.",
-         "A one."},
+        {"a sealed row has no commit time and matches nothing", Path::seal, "none - A one.",
+         "A one.", "A one."},
     };
     for (const Case& c : cases) {
         CaptionCoreFixture f;
         f.config.duplicateCommitWindowSeconds = c.window;
         std::int64_t announced = 0;
-        f.core->onCommit = [&](const auto& rows) { announced += std::ssize(rows); };
-        const auto added = bring(f, c.road, c.text, committedRows(c.committed));
-        EXPECT_EQ(CaptionCoreFixture::texts(added), c.added) << c.name;
-        const std::int64_t count = std::ssize(added);
-        EXPECT_EQ(*f.core->lockCount, c.road == Road::freeze ? count : 0) << c.name;
-        EXPECT_EQ(*f.core->finalCount, c.road == Road::final ? count : 0) << c.name;
-        EXPECT_EQ(announced, c.road == Road::seal ? 0 : count) << c.name;
+        f.core->onCommit = [&](const auto& all) { announced += std::ssize(all); };
+        const auto rows = added(f, c.path, c.text, committedRows(c.committed));
+        EXPECT_EQ(CaptionCoreFixture::texts(rows), c.added) << c.name;
+        const std::int64_t count = std::ssize(rows);
+        EXPECT_EQ(*f.core->lockCount, c.path == Path::freeze ? count : 0) << c.name;
+        EXPECT_EQ(*f.core->finalCount, c.path == Path::final ? count : 0) << c.name;
+        EXPECT_EQ(announced, c.path == Path::seal ? 0 : count) << c.name;
     }
 }
 
@@ -134,7 +134,7 @@ TEST(CaptionCoreCommitTests, WordEventsFollowTheWordsOfTheWholeUtterance) {
         EXPECT_EQ(wordsOf(*f.core, 0), "one 100.0 _ _-_, two 100.0 _ _-_, three. 100.5 _ _-_");
         EXPECT_EQ(wordsOf(*f.core, 1), timed ? "four 100.5 _ 3.0-3.5, five. 103.0 _ 4.0-4.5"
                                              : "four 100.5 _ _-_, five. 103.0 _ _-_")
-            << "timings of another length than the text are dropped as a whole";
+            << "timings are used only if there is one for each word";
         CaptionSegment frozen = f.core->committedSegments->at(0);
         EXPECT_EQ(frozen.startedAt, 101.2);
         EXPECT_FALSE(frozen.endedAt);
@@ -146,17 +146,17 @@ TEST(CaptionCoreCommitTests, WordEventsFollowTheWordsOfTheWholeUtterance) {
         EXPECT_EQ(final.committedAt, 101.2);
         EXPECT_EQ(final.firstSeenAt, 100.5);
         EXPECT_EQ(final.revisionCount, 1)
-            << "it was never a leading sentence, so it has the count of the tail";
+            << "a sentence that was never leading has the tail's change count";
         EXPECT_EQ(final.revision, f.core->revision());
 
         f.play("104 p one two three. x");
         EXPECT_EQ(f.shown(), "one two three. 🔒|four five. 🏁 / one two three. /  / x");
         f.final("one");
-        EXPECT_EQ(wordsOf(*f.core, 2), "one 104.0 _ _-_") << "a new utterance knows nothing";
+        EXPECT_EQ(wordsOf(*f.core, 2), "one 104.0 _ _-_") << "a new utterance has new times";
     }
 }
 
-TEST(CaptionCoreCommitTests, SkippedSentencesUseUpTheirWordsAndTheirMeta) {
+TEST(CaptionCoreCommitTests, ASkippedRepeatUsesUpItsWordPositionsAndChangeCount) {
     CaptionCoreFixture f;
     f.play("100 p A one. B;100.7 p A one. B");
     f.core->resetFreezeState();
@@ -173,10 +173,10 @@ TEST(CaptionCoreCommitTests, SkippedSentencesUseUpTheirWordsAndTheirMeta) {
     f.core->committedSegments.mutate([](auto& rows) { rows.pop_back(); });
     EXPECT_EQ(f.core->wordEvents().size(), 3u);
     f.core->committedSegments = CaptionCore::Rows();
-    EXPECT_TRUE(f.core->wordEvents().empty()) << "an empty list has no words, whoever emptied it";
+    EXPECT_TRUE(f.core->wordEvents().empty()) << "an empty list of rows has no word events";
 }
 
-TEST(CaptionCoreCommitTests, ARevealedWordKeepsItsFirstTime) {
+TEST(CaptionCoreCommitTests, AWordKeepsTheTimeOfItsFirstReveal) {
     CaptionCoreFixture f;
     f.caps.selfSegments = true;
     f.play("100 p One one. two three");
@@ -190,7 +190,7 @@ TEST(CaptionCoreCommitTests, ARevealedWordKeepsItsFirstTime) {
     EXPECT_EQ(wordsOf(*f.core, 1), "two 100.0 100.2 _-_, three 100.0 100.5 _-_");
 }
 
-TEST(CaptionCoreCommitTests, TheSealMovesWhatIsLiveWithItsIdentity) {
+TEST(CaptionCoreCommitTests, ASealCommitsLiveRowsUnderTheirIds) {
     CaptionCoreFixture f;
     f.caps.selfSegments = true;
     f.play("100 p One two. if it rains today, we stay;100.4 p One two. if it rains today, we stay");

@@ -17,8 +17,8 @@ struct ScriptStep {
     std::string text;
 };
 
-/// "100 p text;100.5 f text": at these times a partial, a final, a reset (r) or a cancelled partial
-/// (c). The text is what follows the kind and one blank.
+/// Reads "100 p text;100.5 f text": at each time a partial (p), a final (f), a reset (r) or the
+/// cancellation of the pending partial (c). The text follows the kind and one blank.
 inline std::vector<ScriptStep> scriptSteps(const std::string& script) {
     std::vector<ScriptStep> steps;
     std::istringstream all(script);
@@ -74,7 +74,7 @@ struct CaptionCoreFixture {
         return Text::joined(all, "|");
     }
 
-    /// "committed / leading / soft / open", rows separated by "|".
+    /// "committed / leading / soft / open", the rows separated by "|" and marked by freeze kind.
     std::string shown() const {
         return texts(*core->committedSegments) + " / " + texts(*core->liveLeadingSentences) +
                " / " + texts(*core->softCaptionSegments) + " / " + core->currentPartial->sourceText;

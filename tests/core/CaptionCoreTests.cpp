@@ -12,27 +12,27 @@ TEST(CaptionCoreTests, PartialsAreThinnedOutAndOnlyTheNewestIsFlushed) {
     struct Case {
         const char* name;
         const char* script;
-        const char* expected; // when and how something was shown, and the open text
+        const char* expected; // time and open text of each activity; timers started
     };
     const Case cases[] = {
-        {"the newest within the interval, on one timer", "100 p a;100.01 p  a b ;100.03 p a b c",
+        {"one timer flushes the newest partial", "100 p a;100.01 p  a b ;100.03 p a b c",
          "100.00 applied a, 100.06 applied a b c, timers 1"},
-        {"a clock that begins below the interval", "0.02 p a", "0.06 applied a, timers 1"},
-        {"a final supersedes what waits", "100 p a;100.01 p a b;100.02 f Other.",
+        {"a first partial near time zero waits", "0.02 p a", "0.06 applied a, timers 1"},
+        {"a final replaces the pending partial", "100 p a;100.01 p a b;100.02 f Other.",
          "100.00 applied a, 100.02 final , timers 1"},
-        {"a partial after a final waits for the timer that runs",
+        {"a partial after a final waits for the running timer",
          "100 p a;100.01 p a b;100.02 f Other.;100.03 p c",
          "100.00 applied a, 100.02 final , 100.06 applied c, timers 1"},
-        {"a blank final is nothing, and what waits still comes",
-         "100 p a;100.01 p a b;100.02 f  \n", "100.00 applied a, 100.06 applied a b, timers 1"},
-        {"a blank partial neither clears nor replaces", "100 p a;100.01 p a b;100.02 p \t",
+        {"a blank final does not drop the pending partial", "100 p a;100.01 p a b;100.02 f  \n",
          "100.00 applied a, 100.06 applied a b, timers 1"},
-        {"reset while a flush is outstanding", "100 p a;100.01 p a b;100.02 r",
+        {"a blank partial does not replace the pending one", "100 p a;100.01 p a b;100.02 p \t",
+         "100.00 applied a, 100.06 applied a b, timers 1"},
+        {"a reset drops the pending partial", "100 p a;100.01 p a b;100.02 r",
          "100.00 applied a, timers 1"},
-        {"cancelled", "100 p a;100.01 p a b;100.02 c", "100.00 applied a, timers 1"},
-        {"a repeated text counts as a flush", "100 p a;100.07 p a;100.1 p b",
+        {"a cancelled partial", "100 p a;100.01 p a b;100.02 c", "100.00 applied a, timers 1"},
+        {"a repeated text restarts the interval", "100 p a;100.07 p a;100.1 p b",
          "100.00 applied a, 100.07 deduped a, 100.13 applied b, timers 1"},
-        {"composed otherwise is the same text", "100 p caf\u00e9;101 p cafe\u0301",
+        {"a canonically equivalent text is a repeated text", "100 p caf\u00e9;101 p cafe\u0301",
          "100.00 applied caf\u00e9, 101.00 deduped caf\u00e9, timers 0"},
     };
     for (const Case& c : cases) {
@@ -94,7 +94,7 @@ class Trace {
         };
     }
 
-    /// The lines since the last call that begin with `start`.
+    /// Returns the recorded lines that begin with `start`, and clears the record.
     std::string since(std::string_view start = "") {
         Lines chosen;
         for (const std::string& line : std::exchange(lines_, {})) {
@@ -121,7 +121,7 @@ TEST(CaptionCoreTests, ChangesAndCallbacksComeInOneFixedOrder) {
     f.play("100 p One two three. four");
     EXPECT_EQ(trace.since(), "boundary partial 0 1, locks, leading, open, applied");
     f.play("100.3 p One two three. four");
-    EXPECT_EQ(trace.since(), "locks, deduped") << "an unchanged picture is not reported";
+    EXPECT_EQ(trace.since(), "locks, deduped") << "an unchanged text changes no row";
     f.play("100.7 p One two three. four");
     EXPECT_EQ(trace.since(),
               "boundary partial 1 0, committed, locks, debug 🔒 One two three., onCommit 1, "
@@ -147,7 +147,7 @@ TEST(CaptionCoreTests, ChangesAndCallbacksComeInOneFixedOrder) {
     EXPECT_EQ(trace.since(), "committed, leading, soft reset core.reset 0 0 same '', open");
 }
 
-TEST(CaptionCoreTests, AVerboseLogTellsOfFreezesAndRepetitions) {
+TEST(CaptionCoreTests, AVerboseLogContainsFreezesAndSkippedRepeats) {
     struct Verbosity {
         explicit Verbosity(TessaruneLog::Sink sink) {
             TessaruneLog::setDiagnosticsLevel(DiagnosticsLevel::verbose);
@@ -189,14 +189,14 @@ TEST(CaptionCoreTests, SoftCaptionsAppearAndAreWithdrawn) {
     EXPECT_EQ(trace.since("soft"), "soft partial - 2 2 changed 'we stay at home,', soft");
     EXPECT_EQ(f.shown(), " /  / if it rains today, ◌|we stay at home, ◌ / then we");
     f.play("100.5 p If it rains today, we stay at home, then we sleep");
-    EXPECT_EQ(trace.since("soft"), "soft") << "case changes the text, not what is visible";
+    EXPECT_EQ(trace.since("soft"), "soft") << "a change of case alone is not reported";
     // The second clause is stable, but the first is new: the visible rows no longer match the tail.
     f.play("100.6 p If it snows today, we stay at home, then we sleep");
     EXPECT_EQ(trace.since("soft"), "soft reset softPrefixMismatch 0 2 changed "
                                    "'If it snows today, we stay at home,', soft");
     EXPECT_EQ(f.shown(), " /  /  / If it snows today, we stay at home, then we sleep");
     f.play("100.7 p If it snows today, we stay at home, then we eat");
-    EXPECT_EQ(trace.since("soft"), "") << "all timers restart";
+    EXPECT_EQ(trace.since("soft"), "") << "after a withdrawal every clause waits again";
     f.play("100.8 p It rained, we stayed at home, then;101.2 p It rained, we stayed at home, then");
     trace.since();
     f.config.softCaptionEnabled = false;
@@ -215,7 +215,7 @@ TEST(CaptionCoreTests, LeadingRowsKeepTheirIdentity) {
         const char* step;
         const char* shown;
         int changes;
-        std::size_t kept;
+        std::size_t kept; // rows at the start that have the same id as before
     };
     const Case cases[] = {
         {"101 p A one. B two. C three. x", " / A one.|B two.|C three. /  / x", 1, 0},
@@ -240,7 +240,7 @@ TEST(CaptionCoreTests, LeadingRowsKeepTheirIdentity) {
     EXPECT_EQ(f.core->liveLeadingSentences->back().state, CaptionSegmentState::final);
 }
 
-TEST(CaptionCoreTests, TheRevisionJumpsToTheRecognisersAndNeverBack) {
+TEST(CaptionCoreTests, TheRevisionAdoptsALargerOneOfTheRecogniserAndNeverDecreases) {
     CaptionCoreFixture f;
     struct Case {
         const char* text;
@@ -259,7 +259,7 @@ TEST(CaptionCoreTests, TheRevisionJumpsToTheRecognisersAndNeverBack) {
     }
 }
 
-TEST(CaptionCoreTests, ANewUtteranceBeginsWhenTheOpenRowIsOver) {
+TEST(CaptionCoreTests, ANewUtteranceBeginsWhenTheOpenRowIsFinalOrCommitted) {
     CaptionCoreFixture f;
     Trace trace(*f.core);
     f.core->reset(50);
@@ -270,26 +270,26 @@ TEST(CaptionCoreTests, ANewUtteranceBeginsWhenTheOpenRowIsOver) {
     f.play("101 p a");
     EXPECT_EQ(trace.since(),
               "open, open, soft reset newUtterance 0 0 same '', locks, open, applied")
-        << "the first text is never a repetition";
+        << "the first text of an utterance is always applied";
     EXPECT_EQ(f.core->currentPartial->startedAt, 101);
     f.core->committedSegments.mutate([&](auto& rows) { rows.push_back(*f.core->currentPartial); });
     f.play("102 p a");
     EXPECT_EQ(trace.since("soft"), "soft reset newUtterance 0 0 same ''");
 }
 
-TEST(CaptionCoreTests, EachResetClearsItsOwn) {
+TEST(CaptionCoreTests, EachResetClearsOnlyItsOwnState) {
     CaptionCoreFixture f;
     f.play("100 p One two. x");
     f.config.freezeStableSeconds = 0.2;
     f.play("100.25 p One two. x");
-    EXPECT_EQ(f.shown(), "One two. 🔒 /  /  / x") << "settings are asked afresh";
+    EXPECT_EQ(f.shown(), "One two. 🔒 /  /  / x") << "a changed setting applies to the next partial";
     f.play("101 f Three.");
     f.core->resetCounters();
     EXPECT_EQ(*f.core->lockCount + *f.core->finalCount, 0);
     EXPECT_EQ(f.core->committedSegments->size(), 2u);
 
     f.core->clearDebugEvents();
-    for (int i = 0; i < 301; ++i)
+    for (int i = 0; i < 301; ++i) // one more than are kept
         f.core->logEvent("⇄", std::to_string(i));
     EXPECT_EQ(f.core->debugEvents->size(), 300u);
     EXPECT_EQ(f.core->debugEvents->front().text, "1");

@@ -11,7 +11,7 @@ BoundaryObservation observation(BoundaryDecision decision, BoundaryObservation::
 }
 
 TEST(BoundarySummaryTests, PreviewsTheMostSettledText) {
-    const std::string character72(72, 'x');
+    const std::string longest(72, 'x'); // a longer text is truncated
     const struct {
         BoundaryObservation observation;
         std::string expected;
@@ -23,18 +23,18 @@ TEST(BoundarySummaryTests, PreviewsTheMostSettledText) {
          "partial · soft 2 · hard 0 · lead 1 · reason - · “s2”"},
         {observation({.leading = {"l1", "l2"}, .tail = "t"}),
          "partial · soft 0 · hard 0 · lead 2 · reason - · “l2”"},
-        {observation({.tail = character72,
+        {observation({.tail = longest,
                       .reasons = {BoundaryReason::engineFinal(), BoundaryReason::maxWords(28)}},
                      BoundaryObservation::Phase::final),
-         "final · soft 0 · hard 0 · lead 0 · engineFinal, maxWords:28 · “" + character72 + "”"},
-        {observation({.tail = character72 + "é"}),
-         "partial · soft 0 · hard 0 · lead 0 · reason - · “" + character72 + "...”"},
+         "final · soft 0 · hard 0 · lead 0 · engineFinal, maxWords:28 · “" + longest + "”"},
+        {observation({.tail = longest + "é"}),
+         "partial · soft 0 · hard 0 · lead 0 · reason - · “" + longest + "...”"},
     };
     for (const auto& c : cases)
         EXPECT_EQ(BoundarySummary::text(c.observation), c.expected);
 }
 
-TEST(LiveBoundaryDecisionHandlerTests, AsksForAFinalWhenEnoughIsComplete) {
+TEST(LiveBoundaryDecisionHandlerTests, AsksForAnEarlyFinalWhenEnoughWordsAreComplete) {
     using Reasons = std::vector<BoundaryReason>;
     const Reasons stop = {BoundaryReason::punctuation('.')};
     const Reasons longRun = {BoundaryReason::punctuation('.'), BoundaryReason::maxWords(28)};

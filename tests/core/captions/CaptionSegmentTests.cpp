@@ -7,7 +7,7 @@
 namespace tessarune {
 namespace {
 
-TEST(CaptionSegmentTests, EveryFieldCountsAndTextsByEquivalence) {
+TEST(CaptionSegmentTests, EqualityComparesEveryFieldAndTextsByCanonicalEquivalence) {
     CaptionSegment segment;
     segment.sourceText = "caf\u00E9";
     CaptionSegment same = segment;
@@ -35,7 +35,7 @@ TEST(CaptionSegmentTests, EveryFieldCountsAndTextsByEquivalence) {
     for (std::size_t i = 0; i < std::size(changes); ++i) {
         CaptionSegment other = segment;
         changes[i](other);
-        EXPECT_NE(segment, other) << i;
+        EXPECT_NE(segment, other) << "after change " << i;
     }
 }
 

@@ -5,7 +5,7 @@
 namespace tessarune {
 namespace {
 
-TEST(CorrectionDiffTests, CountsWordsOutsideTheCommonOnes) {
+TEST(CorrectionDiffTests, CountsDroppedAddedAndCommonWords) {
     const struct {
         std::string shown;
         std::string final;

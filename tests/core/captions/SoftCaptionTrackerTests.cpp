@@ -22,36 +22,36 @@ Texts texts(const std::vector<CaptionSegment>& segments) {
     return result;
 }
 
-TEST(SoftCaptionTrackerTests, ShowsWhatStoodStillInItsPlace) {
+TEST(SoftCaptionTrackerTests, ShowsAClauseThatStaysUnchangedAtItsPosition) {
     const struct {
         const char* name;
         double stableSeconds;
         std::vector<Step> steps;
     } cases[] = {
-        {"no waiting", 0, {{0, {"a b,", " ", " c,"}, {"a b,", "c,"}, true}}},
-        {"after a while, once",
+        {"no stable time, no delay", 0, {{0, {"a b,", " ", " c,"}, {"a b,", "c,"}, true}}},
+        {"a clause appears once and stays",
          0.3,
          {{0, {"a"}, {}, false},
           {0.2, {"a"}, {}, false},
           {0.35, {"a"}, {"a"}, true},
           {0.4, {"a"}, {"a"}, false},
           {0.1, {"a"}, {"a"}, false}}}, // a clock that is set back
-        {"another wording of the same is no change",
+        {"a change of case or punctuation is no change",
          0.3,
          {{0, {"a b"}, {}, false}, {1, {"A, b"}, {"A, b"}, true}, {2, {"a B"}, {"a B"}, false}}},
-        {"a neighbour keeps its clock and its visibility",
+        {"a changed clause does not affect its neighbour",
          0.3,
          {{0, {"a", "b"}, {}, false},
           {1, {"a", "b"}, {"a", "b"}, true},
           {1.1, {"x", "b"}, {"b"}, true},
           {1.5, {"x", "b"}, {"x", "b"}, true}}},
-        {"a shorter list",
+        {"a clause that disappears starts anew",
          0.3,
          {{0, {"a", "b"}, {}, false},
           {0.1, {"a"}, {}, false},
           {0.4, {"a", "b"}, {"a"}, true},
           {0.5, {}, {}, true}}},
-        {"disabled",
+        {"disabling hides the clauses",
          0,
          {{0, {"a"}, {"a"}, true}, {1, {"a"}, {}, true, false}, {2, {"a"}, {}, false, false}}},
     };
@@ -67,7 +67,7 @@ TEST(SoftCaptionTrackerTests, ShowsWhatStoodStillInItsPlace) {
     }
 }
 
-TEST(SoftCaptionTrackerTests, ASegmentCarriesItsRowsIdentityAndFirstSight) {
+TEST(SoftCaptionTrackerTests, ASegmentKeepsTheIdAndFirstTimeOfItsRow) {
     SoftCaptionTracker tracker;
     const auto ids = countingUUIDSource();
     tracker.advance({"one two,"}, true, 0.3, 10, 7, ids);
@@ -82,7 +82,7 @@ TEST(SoftCaptionTrackerTests, ASegmentCarriesItsRowsIdentityAndFirstSight) {
     expected.firstSeenAt = 10;
     EXPECT_EQ(result.segments, std::vector<CaptionSegment>{expected});
     tracker.advance({"three"}, true, 0, 12, 9, ids);
-    EXPECT_NE(tracker.rows[0].id, expected.id) << "another sentence is another row";
+    EXPECT_NE(tracker.rows[0].id, expected.id) << "another clause gets another id";
 }
 
 } // namespace

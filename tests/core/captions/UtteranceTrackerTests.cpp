@@ -8,7 +8,7 @@ namespace {
 using Texts = std::vector<std::string>;
 using Counts = std::vector<std::int64_t>;
 
-TEST(UtteranceTrackerTests, WordsKeepTheTimeOfTheirPlace) {
+TEST(UtteranceTrackerTests, WordTimesStayWithTheirPositions) {
     UtteranceTracker tracker;
     tracker.alignWords("one  two three", 1);
     tracker.wordRevealed = {std::nullopt, 1.5, 1.7};

@@ -22,12 +22,13 @@ LineLogWriter::Encode line(std::string text) {
     return [text = std::move(text)] { return text; };
 }
 
-TEST(LineLogWriterTests, AFullDiskLosesLinesAndNothingElse) {
+TEST(LineLogWriterTests, AFullDiskLosesLinesAndReportsTheLoss) {
     SimulatedHost host;
     auto writer = LineLogWriter::open(host, "test", "/dev/full");
     ASSERT_TRUE(writer);
     writer->append(line("lost"));
     writer->close();
+    EXPECT_TRUE(writer->hasLostLines());
 }
 
 TEST(LineLogWriterTests, ALineThatWasCutShortDoesNotRunIntoTheNext) {
@@ -36,11 +37,10 @@ TEST(LineLogWriterTests, ALineThatWasCutShortDoesNotRunIntoTheNext) {
     auto writer = LineLogWriter::open(host, "test", folder / "log");
     writer->append(line("whole"));
     host.runUntilIdle();
-
     rlimit before{};
     getrlimit(RLIMIT_FSIZE, &before);
     rlimit small = before;
-    small.rlim_cur = 9;
+    small.rlim_cur = 9; // "whole", its line feed and "cut"
     const auto oldHandler = std::signal(SIGXFSZ, SIG_IGN);
     setrlimit(RLIMIT_FSIZE, &small);
     writer->append(line("cut short"));
@@ -50,13 +50,13 @@ TEST(LineLogWriterTests, ALineThatWasCutShortDoesNotRunIntoTheNext) {
     std::signal(SIGXFSZ, oldHandler);
 
     writer->append(line("whole again"));
-    writer->append([] { return std::nullopt; });
+    writer->append([] { return std::nullopt; }); // cannot be encoded
     writer->append(line("and again"));
     writer->close();
     EXPECT_EQ(contentsOf(folder / "log"), "whole\ncut\nwhole again\nand again\n");
 }
 
-TEST(LineLogWriterTests, AStalledReaderDelaysNoEnd) {
+TEST(LineLogWriterTests, AStalledReaderDoesNotBlockCloseAndALogIsPrivate) {
     TemporaryFolder folder;
     ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
     const int reader = ::open((folder / "pipe").c_str(), O_RDONLY | O_NONBLOCK);
@@ -68,7 +68,7 @@ TEST(LineLogWriterTests, AStalledReaderDelaysNoEnd) {
     EXPECT_FALSE(pipe->hasLostLines());
     pipe->append(line("one too many"));
     EXPECT_TRUE(pipe->hasLostLines());
-    pipe->close(); // a pipe holds 64 KiB
+    pipe->close(); // the pipe holds only 64 KiB of the queued lines
     ::close(reader);
 
     LineLogWriter::open(host, "test", folder / "log");

@@ -8,7 +8,7 @@
 namespace tessarune {
 namespace {
 
-TEST(TessaruneLogTests, TextIsMadeOnlyForASinkThatWantsIt) {
+TEST(TessaruneLogTests, TextIsBuiltOnlyIfThereIsASink) {
     int made = 0;
     const auto text = [&] { return "line " + std::to_string(++made); };
     TessaruneLog::setSink({});

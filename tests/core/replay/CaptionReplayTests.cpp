@@ -6,7 +6,7 @@
 namespace tessarune {
 namespace {
 
-/// The words of a final end at 9.88; a step of any other kind becomes a record of unknown kind.
+/// Each final ends at 9.88; a step other than p and f becomes a record of unknown kind.
 CaptionReplay::Output replay(const std::string& script) {
     std::vector<ASREventRecord> records;
     for (const ScriptStep& step : scriptSteps(script)) {
@@ -20,31 +20,31 @@ CaptionReplay::Output replay(const std::string& script) {
     return CaptionReplay::run(records, CaptionCore::Config(true, true, false), {});
 }
 
-TEST(CaptionReplayTests, TellsWhatTheCaptionsWouldHaveBeen) {
+TEST(CaptionReplayTests, ReconstructsTheCaptionsOfALog) {
     struct Case {
         const char* name;
         const char* script;
         const char* transcript;
     };
     const Case cases[] = {
-        {"nothing", "", ""},
+        {"an empty log", "", ""},
         {"only a final", "5 f One. Two.", "One. 🏁\nTwo. 🏁"},
-        {"the last partial is flushed after the log", "5 p a;5 p a b", "-- live --\na b"},
-        {"everything that is open, in order",
+        {"the pending partial is flushed at the end", "5 p a;5 p a b", "-- live --\na b"},
+        {"open sentences, clauses and text in reading order",
          "5 p One two. if it rains today, we;5.4 p One two. if it rains today, we",
          "-- live --\nOne two.\nif it rains today,\nwe"},
-        // First seen at 5.06, the sentence is old enough at 5.7; if seen from 5.7, it is not.
+        // Only a sentence that was first seen at 5.06 is old enough to freeze at 5.7.
         {"a timer fires at its due time and not at the next record",
          "5 p x;5.01 p One two. x;5.7 p One two. x y", "One two. 🔒\n-- live --\nx y"},
-        {"an unknown kind neither shows nor fires timers", "5 p a;5.01 p b;9 n z;5.02 f Late.",
-         "Late. 🏁"},
+        {"a record of unknown kind shows nothing and fires no timer",
+         "5 p a;5.01 p b;9 n z;5.02 f Late.", "Late. 🏁"},
         {"records at negative times", "-3 p a;-2 p a b", "-- live --\na b"},
     };
     for (const Case& c : cases)
         EXPECT_EQ(replay(c.script).transcript(), c.transcript) << c.name;
 }
 
-TEST(CaptionReplayTests, TimingsAreRelativeToTheFirstRecordAndIdentitiesRepeat) {
+TEST(CaptionReplayTests, TimingsAreRelativeToTheFirstRecordAndIdsAreReproducible) {
     const auto script = "10 n ;10.25 p One two.;11 f One two. Three.";
     const auto output = replay(script);
     EXPECT_EQ(Text::joined(output.segmentTimings, "\n"),
