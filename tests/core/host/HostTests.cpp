@@ -30,7 +30,7 @@ Task<void> record(Executor main, std::vector<std::string>& log, int value) {
     }
 }
 
-TEST(TaskTests, ResultsAndFailuresReachTheOneWhoAwaits) {
+TEST(TaskTests, ResultsAndExceptionsReachTheAwaitingCoroutine) {
     SimulatedHost host(100);
     std::vector<std::string> log;
     auto even = spawn(Executor::main(host), record(Executor::main(host), log, 8));
@@ -53,10 +53,10 @@ Task<void> waitFor(OneShot<bool> never, std::shared_ptr<int> held) {
 Task<void> waitWithin(SimulatedHost& host, OneShot<bool> never, std::shared_ptr<int> held) {
     Task<void> inner = waitFor(never, std::move(held));
     co_await inner;
-    host.post([] { FAIL() << "nothing runs after the end"; });
+    host.post([] { FAIL() << "a task was resumed after the end of its host"; });
 }
 
-TEST(TaskTests, AHostThatEndsDestroysWhatNobodyWillResume) {
+TEST(TaskTests, EndingAHostDestroysSuspendedTasksAndQueuedBlocks) {
     SimulatedHost host;
     const auto held = std::make_shared<int>(0);
     const OneShot<bool> never(Executor::main(host));
@@ -77,10 +77,10 @@ TEST(TaskTests, AHostThatEndsDestroysWhatNobodyWillResume) {
     EXPECT_EQ(*held, 0);
     bool ran = false;
     queue->sync([&ran] { ran = true; });
-    EXPECT_TRUE(ran) << "whoever tidies up may still wait for a queue";
+    EXPECT_TRUE(ran) << "after the end, sync still runs its block";
 }
 
-TEST(SimulatedHostTests, WhatWasDueWhileTheComputerSleptComesLate) {
+TEST(SimulatedHostTests, CallsThatFallDueWhileTheComputerSleepsRunLate) {
     SimulatedHost host(100);
     std::vector<double> at;
     host.after(1, [&] { at.push_back(host.now()); });
@@ -120,7 +120,7 @@ TEST(TaskTests, SwitchingMovesTheCoroutineBetweenQueues) {
     EXPECT_EQ(onMain, (std::vector<bool>{true, false, true}));
 }
 
-/// Says on which queue something ran, and counts its live instances.
+/// A text that counts its live copies.
 struct Witness {
     explicit Witness(std::string itsText) : text(std::move(itsText)) { ++alive; }
     Witness(const Witness& other) : text(other.text) { ++alive; }
@@ -211,7 +211,7 @@ TEST(AsyncStreamTests, DeliversInOrderAndThenEndsFailsOrStops) {
         host.runUntilIdle();
         EXPECT_EQ(log, c.expected) << c.name;
         EXPECT_TRUE(handle.isFinished()) << c.name;
-        EXPECT_EQ(stream.yield(3), std::string(c.name) == "stop") << c.name;
+        EXPECT_EQ(stream.yield(3), std::string(c.name) == "stop") << c.name; // false: has ended
     }
 }
 
@@ -228,12 +228,12 @@ std::vector<int> orderUnder(std::uint64_t seed) {
     return order;
 }
 
-TEST(SimulatedHostTests, ASeedAlwaysGivesTheSameOrderAndKeepsEachQueuesOwn) {
+TEST(SimulatedHostTests, ASeedFixesTheOrderAndEachQueueKeepsItsOwn) {
     EXPECT_EQ(orderUnder(0), (std::vector<int>{0, 10, 1, 11, 2, 12, 3, 13}));
     bool differed = false;
     for (std::uint64_t seed = 1; seed <= 20; ++seed) {
         const auto order = orderUnder(seed);
-        EXPECT_EQ(order, orderUnder(seed));
+        EXPECT_EQ(order, orderUnder(seed)) << "seed " << seed;
         differed = differed || order != orderUnder(0);
         std::vector<int> first, second;
         for (int i : order)
@@ -241,7 +241,7 @@ TEST(SimulatedHostTests, ASeedAlwaysGivesTheSameOrderAndKeepsEachQueuesOwn) {
         EXPECT_TRUE(std::is_sorted(first.begin(), first.end()));
         EXPECT_TRUE(std::is_sorted(second.begin(), second.end()));
     }
-    EXPECT_TRUE(differed);
+    EXPECT_TRUE(differed) << "no seed changed the order";
 }
 
 } // namespace

@@ -7,13 +7,13 @@
 namespace tessarune {
 namespace {
 
-TEST(NotificationCenterTests, TellsThoseWhoAskedForTheNameInTheirOrder) {
-    std::string told;
+TEST(NotificationCenterTests, CallsTheHandlersOfANameInTheirOrder) {
+    std::string calls; // for each call the handler and the index of the object's type
     auto center = std::make_optional<NotificationCenter>();
     const auto note = [&](char who) {
-        return [&told, who](const NotificationObject& object) {
-            told += who;
-            told += std::to_string(object.index());
+        return [&calls, who](const NotificationObject& object) {
+            calls += who;
+            calls += std::to_string(object.index());
         };
     };
     std::vector<NotificationCenter::Observation> kept;
@@ -24,11 +24,11 @@ TEST(NotificationCenterTests, TellsThoseWhoAskedForTheNameInTheirOrder) {
     center->post("a", UUID());
     center->post("aa", std::filesystem::path("/x"));
     center->post("b");
-    EXPECT_EQ(told, "1131"
-                    "22");
+    EXPECT_EQ(calls, "1131"
+                     "22");
 
     // A handler may end its own observation, add another and post.
-    told.clear();
+    calls.clear();
     NotificationCenter::Observation once = center->observe("c", [&](const auto&) {
         once.end();
         kept.push_back(center->observe("c", note('5')));
@@ -36,7 +36,7 @@ TEST(NotificationCenterTests, TellsThoseWhoAskedForTheNameInTheirOrder) {
     });
     center->post("c");
     center->post("c");
-    EXPECT_EQ(told, "5050");
+    EXPECT_EQ(calls, "5050");
     center.reset();
     kept.clear();
 }

@@ -23,7 +23,7 @@ std::vector<std::string> texts(const std::vector<ASREventRecord>& records) {
     return result;
 }
 
-TEST(ASREventLogTests, EachRecordIsALineAtOnce) {
+TEST(ASREventLogTests, EachRecordBecomesALineWithoutDelayingTheCaller) {
     TemporaryFolder folder;
     SimulatedHost host(5.5);
     const auto path = folder / "events.ndjson";
@@ -46,7 +46,7 @@ TEST(ASREventLogTests, EachRecordIsALineAtOnce) {
     EXPECT_EQ(texts(ASREventLog::read(path)), (std::vector<std::string>{"a", " b\n"}));
 }
 
-TEST(ASREventLogTests, WhatWaitsIsWrittenBeforeTheWriterGoes) {
+TEST(ASREventLogTests, DestroyingTheWriterWritesQueuedRecords) {
     TemporaryFolder folder;
     SimulatedHost host;
     const auto path = folder / "events.ndjson";
@@ -54,7 +54,7 @@ TEST(ASREventLogTests, WhatWaitsIsWrittenBeforeTheWriterGoes) {
     EXPECT_EQ(contentsOf(path), first + "\n");
 }
 
-TEST(ASREventLogTests, ALaterWriterEmptiesTheFileOfAnEarlierOne) {
+TEST(ASREventLogTests, ALaterWriterTruncatesTheFileOfAnEarlierOne) {
     TemporaryFolder folder;
     SimulatedHost host;
     const auto path = folder / "events.ndjson";
@@ -65,12 +65,12 @@ TEST(ASREventLogTests, ALaterWriterEmptiesTheFileOfAnEarlierOne) {
     EXPECT_EQ(contentsOf(path), "");
     earlier->append(ASREvent::partial("a", 0, 1), 1);
     earlier->close();
-    EXPECT_EQ(contentsOf(path), first + "\n") << "without a hole before it";
+    EXPECT_EQ(contentsOf(path), first + "\n") << "the earlier writer continues at the new end";
     EXPECT_FALSE(ASREventLog::Writer::open(host, folder.path()));
     EXPECT_FALSE(ASREventLog::Writer::open(host, folder / "missing/events.ndjson"));
 }
 
-TEST(ASREventLogTests, ReadingSkipsWhatIsNoRecordAndSortsByTime) {
+TEST(ASREventLogTests, ReadingSkipsLinesThatAreNotRecordsAndSortsByTime) {
     const auto line = [](double t, const std::string& text) {
         return *ASREventRecord(t, ASREvent::partial(text, 0, 0)).line() + "\n";
     };
@@ -81,13 +81,13 @@ TEST(ASREventLogTests, ReadingSkipsWhatIsNoRecordAndSortsByTime) {
     };
     const Case cases[] = {
         {"an empty file", "", {}},
-        {"line feeds", "\n\n\n", {}},
+        {"only line feeds", "\n\n\n", {}},
         {"no line feed at the end", first, {"a"}},
         {"carriage returns", "\r\n" + first + "\r\n" + first + "\r", {"a", "a"}},
         {"a damaged line between", line(1, "a") + "{\"t\":1,\"ki\n" + line(1, "b"), {"a", "b"}},
         {"NUL bytes", line(1, "a") + std::string(100, '\0') + "\n" + line(1, "b"), {"a", "b"}},
         {"a byte order mark", "\xEF\xBB\xBF" + line(1, "a") + line(1, "b"), {"b"}},
-        {"one list of records", "[\n" + first + ",\n" + first + "\n]\n", {"a"}},
+        {"a JSON array, read line by line", "[\n" + first + ",\n" + first + "\n]\n", {"a"}},
         {"times out of order",
          line(3, "d") + line(2, "b") + line(1, "a") + line(2, "c") + line(-1, "z"),
          {"z", "a", "b", "c", "d"}},
@@ -113,12 +113,12 @@ TEST(ASREventLogTests, ALogThatIsCutAnywhereGivesItsWholeLines) {
         EXPECT_EQ(ASREventLog::read(path).size(), size < last.size() ? 1u : 2u) << size;
     }
     writeContents(path, "\xE6");
-    EXPECT_TRUE(ASREventLog::read(path).empty()) << "the first byte of a character alone";
+    EXPECT_TRUE(ASREventLog::read(path).empty()) << "a character that is cut at the end is skipped";
     writeContents(path, "\x80");
-    EXPECT_THROW(ASREventLog::read(path), std::exception) << "the last one alone";
+    EXPECT_THROW(ASREventLog::read(path), std::exception) << "a last byte alone is not valid UTF-8";
 }
 
-TEST(ASREventLogTests, ReadingFailsOnlyWhereThereIsNoText) {
+TEST(ASREventLogTests, ReadingFailsOnlyForUnreadableFilesAndInvalidUTF8) {
     TemporaryFolder folder;
     EXPECT_THROW(ASREventLog::read(folder / "missing"), std::system_error);
     EXPECT_THROW(ASREventLog::read(folder.path()), std::system_error);
@@ -129,7 +129,7 @@ TEST(ASREventLogTests, ReadingFailsOnlyWhereThereIsNoText) {
         writeContents(path, first + "\n" + damage);
         try {
             ASREventLog::read(path);
-            ADD_FAILURE() << "must throw";
+            ADD_FAILURE() << "must throw, since the file is not UTF-8";
         } catch (const std::runtime_error& error) {
             EXPECT_EQ(error.what(), path.string() + ": not UTF-8 text");
         }
@@ -140,7 +140,7 @@ TEST(ASREventLogTests, LongLinesAndManyLinesAreRead) {
     TemporaryFolder folder;
     const auto path = folder / "events.ndjson";
     std::string contents;
-    for (int i = 0; i < 20000; ++i)
+    for (int i = 0; i < 20000; ++i) // each time occurs twice, out of order: 7919 is a prime
         contents += "{\"t\":" + std::to_string(i / 2 * 7919 % 10000) +
                     ",\"kind\":\"x\",\"text\":\"" + std::to_string(i) + "\"}\n";
     contents += R"({"t":20000,"kind":"x","text":")" + std::string(2'000'000, 'a') + "\"}\n";
@@ -151,7 +151,7 @@ TEST(ASREventLogTests, LongLinesAndManyLinesAreRead) {
     EXPECT_EQ(records.back().text.size(), 2'000'000u);
     for (std::size_t i = 0; i < 20000; ++i) {
         ASSERT_EQ(records[i].t, static_cast<double>(i / 2));
-        ASSERT_EQ(std::stoi(records[i].text) % 2, static_cast<int>(i % 2)) << "not stable";
+        ASSERT_EQ(std::stoi(records[i].text) % 2, static_cast<int>(i % 2)) << "equal times swapped";
     }
 }
 

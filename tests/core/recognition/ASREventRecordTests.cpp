@@ -32,7 +32,7 @@ TEST(ASREventRecordTests, LinesHaveTheFieldsInTheirOrder) {
     EXPECT_EQ(event(finalLine), final);
 }
 
-TEST(ASREventRecordTests, WhatIsAbsentIsFilledIn) {
+TEST(ASREventRecordTests, AbsentFieldsAndUnknownReasonsGetDefaults) {
     const std::pair<const char*, std::optional<ASREvent>> cases[] = {
         {R"({"t":2,"kind":"partial","text":" a "})", ASREvent::partial(" a ", 0, 2)},
         {R"({"t":2,"kind":"final","text":""})", ASREvent::final("", 2, 2, EndpointReason::silence)},
@@ -48,7 +48,7 @@ TEST(ASREventRecordTests, WhatIsAbsentIsFilledIn) {
     }
 }
 
-TEST(ASREventRecordTests, LinesThatAreRecordsInAnUnusualForm) {
+TEST(ASREventRecordTests, RecordsInUnusualJSONAreRead) {
     const char* const lines[] = {
         "{\"t\":1,\"kind\":\"partial\",\"text\":\"a\",\"revision\":7}\r",
         R"( { "text" : "a" , "revision" : 7.0 , "kind" : "partial" , "t" : 1e0 } )",
@@ -69,7 +69,7 @@ TEST(ASREventRecordTests, LinesThatAreRecordsInAnUnusualForm) {
     EXPECT_EQ(escaped->text, std::string("😀\0\n/", 7));
 }
 
-TEST(ASREventRecordTests, LinesThatAreNoRecords) {
+TEST(ASREventRecordTests, LinesThatAreNotRecordsAreRefused) {
     const std::string good = R"({"t":1,"kind":"final","text":"a")";
     const std::string lines[] = {
         "",
@@ -115,7 +115,7 @@ TEST(ASREventRecordTests, LinesThatAreNoRecords) {
         EXPECT_FALSE(ASREventRecord::fromLine(line)) << line.substr(0, 200);
 }
 
-TEST(ASREventRecordTests, NumbersThatAreNoneHaveNoLine) {
+TEST(ASREventRecordTests, ARecordWithANumberThatIsNotFiniteHasNoLine) {
     for (const double number : {HUGE_VAL, -HUGE_VAL, std::nan("")}) {
         EXPECT_FALSE(ASREventRecord(number, ASREvent::partial("", 0, 0)).line());
         const Words words{{"a", 0, number}};
@@ -167,7 +167,7 @@ ASREventRecord anyRecord() {
     return record;
 }
 
-/// Compares byte by byte, which equality of the words does not.
+/// Compares the lines, too, because equal words may differ in their bytes.
 bool same(const std::optional<ASREventRecord>& a, const std::optional<ASREventRecord>& b) {
     const auto fields = [](const ASREventRecord& r) {
         return std::tie(r.t, r.kind, r.text, r.revision, r.timestamp, r.start, r.end, r.reason,
@@ -177,7 +177,7 @@ bool same(const std::optional<ASREventRecord>& a, const std::optional<ASREventRe
                   : a.has_value() == b.has_value();
 }
 
-RC_GTEST_PROP(ASREventRecordPropertyTests, WrittenAndReadBackIsTheSame, ()) {
+RC_GTEST_PROP(ASREventRecordPropertyTests, AWrittenRecordIsReadBackUnchanged, ()) {
     const auto record = anyRecord();
     const auto line = record.line();
     RC_ASSERT(line && line->find('\n') == std::string::npos);

@@ -19,7 +19,7 @@ TEST(ModelCatalogTests, AnUnknownStoredIDFallsBackToTheDefault) {
 }
 
 TEST(ModelCatalogTests, ChineseIsMeasuredInCharacters) {
-    // Only the first two letters count, also those of other languages.
+    // Only the first two letters count, so "zha" (Zhuang) is measured in characters, too.
     const std::pair<const char*, bool> cases[] = {
         {"zh", true},     {"ZH-Hant-TW", true}, {"zha-CN", true},
         {"en-ZH", false}, {"z", false},         {"", false},
