@@ -40,14 +40,14 @@ TEST(BoundaryReasonTests, PrintsCaseAndPayload) {
     EXPECT_FALSE(BoundaryReason::engineFinal() == BoundaryReason::localAgreement());
 }
 
-/// "soft | soft / leading | leading / tail / reasons"
+/// "soft | soft/ leading | leading/ tail/ reasons" of a decision that freezes nothing.
 std::string parts(const BoundaryDecision& decision) {
     EXPECT_EQ(decision.hardPieces, Texts());
     return Text::joined(decision.softPieces, " | ") + "/ " + Text::joined(decision.leading, " | ") +
            "/ " + decision.tail + "/ " + labels(decision);
 }
 
-TEST(HeuristicBoundaryEngineTests, AFirstPartialIsDividedAndExplained) {
+TEST(HeuristicBoundaryEngineTests, AFirstPartialIsCutIntoPiecesWithReasons) {
     const std::string words27 = wordsOf(27);
     const std::string words9 = wordsOf(9);
     const struct {
@@ -56,35 +56,35 @@ TEST(HeuristicBoundaryEngineTests, AFirstPartialIsDividedAndExplained) {
         BoundaryContext context;
         std::string parts;
     } cases[] = {
-        {"empty", "", live(), "/ / / "},
-        {"not cut: the text as it stands",
+        {"an empty text", "", live(), "/ / / "},
+        {"a text that is not cut is the tail",
          " One. Two. ",
          {.segment = false, .freeze = true, .softClauseLevel = true},
          "/ /  One. Two. / "},
-        {"a clause is soft, a sentence is not", "Yes, I do now, as ever. Is that so?\" And then",
-         live(),
+        {"clauses are soft, whole sentences are not",
+         "Yes, I do now, as ever. Is that so?\" And then", live(),
          "Yes, I do now, | as ever./ Yes, I do now, as ever. | Is that so?\"/ And then/ "
          "clausePunctuation:, punctuation:. punctuation:?"},
-        {"clauses not wanted",
+        {"without soft clauses",
          "Yes, I do now, as ever. And",
          {.segment = true, .freeze = true},
          "/ Yes, I do now, as ever./ And/ punctuation:."},
-        {"hard clauses leave nothing soft",
+        {"clauses that are leading pieces are not soft",
          "Yes, I do now, as ever",
          {.segment = true, .clauseLevel = true, .softClauseLevel = true},
          "/ Yes, I do now,/ as ever/ clausePunctuation:,"},
-        {"a piece that is cut for its length", words27 + " word " + words9, live(),
+        {"a long text is cut at the limit", words27 + " word " + words9, live(),
          "/ " + words27 + " word/ " + words9 + "/ maxWords:28"},
-        {"a comma by chance gives what the count gives",
+        {"a comma at the limit gives the same reason",
          words27 + " word, " + words9,
          {.segment = true},
          "/ " + words27 + " word,/ " + words9 + "/ maxWords:28"},
-        {"an unfinished tail gives no reason", words27, live(), "/ / " + words27 + "/ "},
-        {"characters",
+        {"a tail below the limit gives no reason", words27, live(), "/ / " + words27 + "/ "},
+        {"a limit in characters",
          "一二三四五六七八九十一二三四五",
          {.segment = true, .maxUnpunctuatedWords = 2, .boundaryUnit = BoundaryUnit::characters},
          "/ 一二/ 三四五六七八九十一二三四五/ maxCharacters:2"},
-        {"Chinese marks, each once",
+        {"each Chinese punctuation mark is one reason",
          "好。好的！不好，不要。来",
          {.segment = true, .softClauseLevel = true, .boundaryUnit = BoundaryUnit::characters},
          "不好， | 不要。/ 好。 | 好的！ | 不好，不要。/ 来/ "
@@ -95,7 +95,7 @@ TEST(HeuristicBoundaryEngineTests, AFirstPartialIsDividedAndExplained) {
             << c.name;
 }
 
-TEST(HeuristicBoundaryEngineTests, WhatWasFrozenFromPartialsIsNotInTheFinalAgain) {
+TEST(HeuristicBoundaryEngineTests, AFinalOmitsSentencesFrozenFromPartials) {
     HeuristicBoundaryEngine engine;
     const BoundaryContext context = live();
     engine.ingestPartial("One is here. Two", context, 0);
@@ -104,7 +104,7 @@ TEST(HeuristicBoundaryEngineTests, WhatWasFrozenFromPartialsIsNotInTheFinalAgain
     EXPECT_EQ(frozen.softPieces, Texts());
     EXPECT_EQ(labels(frozen), "localAgreement punctuation:.");
 
-    // The soft pieces exclude only the sentences that this decision freezes, not those frozen
+    // The soft pieces exclude the sentences that are leading or frozen now, not those frozen
     // earlier.
     const auto later = engine.ingestPartial("One is here. Two, and so on, then", context, 2);
     EXPECT_EQ(later.softPieces, (Texts{"One is here.", "Two, and so on,"}));
@@ -134,7 +134,7 @@ TEST(HeuristicBoundaryEngineTests, HandlesManyPieces) {
     EXPECT_EQ(decision.softPieces, Texts());
 }
 
-TEST(HeuristicBoundaryEngineTests, ARecogniserThatSegmentsIsLeftAloneUnlessCutEarly) {
+TEST(HeuristicBoundaryEngineTests, SentencesOfASelfSegmentingRecogniserFreezeOnlyWithEarlyCuts) {
     for (const bool early : {false, true}) {
         BoundaryContext context = live();
         context.caps.selfSegments = true;

@@ -17,36 +17,36 @@ struct Step {
     std::size_t liveStartIndex;
 };
 
-TEST(SentencePipelineTests, FreezesWhatStoodStillInItsPlace) {
+TEST(SentencePipelineTests, FreezesASentenceThatStaysUnchangedAtItsPosition) {
     const struct {
         const char* name;
         std::vector<Step> steps;
     } cases[] = {
-        {"the limit counts", {{0.0, {"A."}, {}, 0}, {0.6, {"A."}, {"A."}, 1}}},
-        {"just below", {{10.0, {"A."}, {}, 0}, {10.59, {"A."}, {}, 0}}},
-        {"10.6 - 10.0 is below 0.6", {{10.0, {"A."}, {}, 0}, {10.6, {"A."}, {}, 0}}},
-        {"never at first sight", {{100.0, {"A.", "B."}, {}, 0}}},
-        {"case and punctuation keep the clock, the newest wording freezes",
+        {"the stable time is enough", {{0.0, {"A."}, {}, 0}, {0.6, {"A."}, {"A."}, 1}}},
+        {"a shorter time is not enough", {{10.0, {"A."}, {}, 0}, {10.59, {"A."}, {}, 0}}},
+        {"as doubles, 10.6 - 10.0 is below 0.6", {{10.0, {"A."}, {}, 0}, {10.6, {"A."}, {}, 0}}},
+        {"a sentence never freezes when it first appears", {{100.0, {"A.", "B."}, {}, 0}}},
+        {"case and punctuation may change; the newest text freezes",
          {{0, {"hello there."}, {}, 0}, {1, {"Hello, there!"}, {"Hello, there!"}, 1}}},
-        {"strictly from the front",
+        {"no sentence freezes before the one in front of it",
          {{0, {"A.", "B."}, {}, 0}, {1, {"X.", "B."}, {}, 0}, {2, {"X.", "B."}, {"X.", "B."}, 2}}},
-        {"another place is another sentence",
+        {"a sentence that moves starts anew",
          {{0, {"A.", "B."}, {}, 0}, {1, {"B."}, {}, 0}, {2, {"B."}, {"B."}, 1}}},
-        {"a place that falls out starts anew",
+        {"a sentence that disappears starts anew",
          {{0, {"A."}, {}, 0}, {1, {}, {}, 0}, {2, {"A."}, {}, 0}, {2.5, {"A."}, {}, 0}}},
         {"a frozen sentence is never reopened",
          {{0, {"A.", "B."}, {}, 0},
           {1, {"A.", "B."}, {"A.", "B."}, 2},
           {2, {"a", "B.", "C."}, {}, 2},
           {3, {"A.", "B.", "C."}, {"C."}, 3}}},
-        {"after a restart only the end is seen again",
+        {"a text that restarts at a frozen sentence continues after it",
          {{0, {"A.", "B."}, {}, 0},
           {1, {"A.", "B."}, {"A.", "B."}, 2},
           {2, {"B.", "C."}, {}, 1},
           {3, {"B.", "C."}, {"C."}, 2}}},
-        {"equivalent texts are the same",
+        {"canonically equivalent texts are equal",
          {{0, {"\u00C9t\u00E9."}, {}, 0}, {1, {"E\u0301te\u0301"}, {"\u00C9t\u00E9"}, 1}}},
-        {"a clock that runs backwards delays", {{5, {"A."}, {}, 0}, {1, {"A."}, {}, 0}}},
+        {"a clock that runs backwards delays the freeze", {{5, {"A."}, {}, 0}, {1, {"A."}, {}, 0}}},
     };
     for (const auto& c : cases) {
         SentencePipeline pipeline;
@@ -70,7 +70,7 @@ TEST(SentencePipelineTests, ResetForgetsSentencesButKeepsTheSetting) {
     EXPECT_EQ(pipeline.advanceFreeze({"A."}, 2.25).frozen, Texts{"A."});
 }
 
-TEST(SentencePipelineTests, TheLongestOverlapCovers) {
+TEST(SentencePipelineTests, FindsTheLongestOverlapWithFrozenSentences) {
     const struct {
         Texts current;
         Texts frozen;
@@ -102,7 +102,7 @@ TEST(SentencePipelineTests, AnUncutFinalIsComparedAsAWhole) {
               Texts{"one two"});
 }
 
-/// A recogniser's guesses: each adds words to the previous one, removes some or changes one.
+/// A recogniser's guesses: each removes up to two last words of the previous one and adds a word.
 rc::Gen<std::vector<std::string>> guesses() {
     const auto word = rc::gen::elementOf(std::vector<std::string>{
         "one", "two.", "three,", "Four?", "five", "six!", "好。", "文，", "Dr.", "seven;"});
@@ -121,7 +121,7 @@ rc::Gen<std::vector<std::string>> guesses() {
         });
 }
 
-RC_GTEST_PROP(SentencePipelinePropertyTests, EngineAndPipelineGiveTheSame, ()) {
+RC_GTEST_PROP(SentencePipelinePropertyTests, EngineAndPipelineDecideAlike, ()) {
     const SentencePipeline::Options options{
         .segment = *rc::gen::weightedElement<bool>({{5, true}, {1, false}}),
         .freeze = *rc::gen::weightedElement<bool>({{5, true}, {1, false}}),

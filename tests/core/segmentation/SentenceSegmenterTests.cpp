@@ -54,7 +54,7 @@ TEST(SentenceSegmenterTests, EndsSentencesAtTerminalPunctuation) {
         EXPECT_EQ(SentenceSegmenter::pieces(text), expected) << text;
 }
 
-TEST(SentenceSegmenterTests, AbbreviationsInitialsAndNumbersGoOn) {
+TEST(SentenceSegmenterTests, AbbreviationsInitialsAndNumbersDoNotEndASentence) {
     for (const std::string word : {"Dr.", "FIG.", "\"Mr.\"", "etc.]’", "no.", "U.S.", "a.k.a.",
                                    "u.s.a.", "3.14.", "J.", "É.", "E\u0301.", "王.", "Sept.)"})
         EXPECT_EQ(SentenceSegmenter::pieces("See " + word + " Then"),
@@ -99,7 +99,7 @@ TEST(SentenceSegmenterTests, ClausesNeedThreeUnits) {
         EXPECT_EQ(SentenceSegmenter::pieces(c.text, true, 28, c.unit), c.expected) << c.text;
 }
 
-TEST(SentenceSegmenterTests, LongRemaindersAreCutSoThatNoFragmentHangs) {
+TEST(SentenceSegmenterTests, LongRemaindersAreCutWithoutAShortFragment) {
     const auto lengths = [](const std::string& text, std::int64_t limit, BoundaryUnit unit) {
         std::vector<std::size_t> result;
         for (const auto& piece : SentenceSegmenter::pieces(text, false, limit, unit))
@@ -129,9 +129,9 @@ TEST(SentenceSegmenterTests, LongRemaindersAreCutSoThatNoFragmentHangs) {
     for (const auto& c : cases) {
         const std::string text =
             c.unit == BoundaryUnit::words ? words(c.count) : repeated("中", c.count);
-        EXPECT_EQ(lengths(text, c.limit, c.unit), c.expected) << c.count << " with " << c.limit;
+        EXPECT_EQ(lengths(text, c.limit, c.unit), c.expected) << c.count << " at limit " << c.limit;
     }
-    // A cut writes single blanks; an uncut remainder keeps its own.
+    // A cut joins words by single blanks; an uncut remainder keeps its white space.
     EXPECT_EQ(SentenceSegmenter::pieces(words(37, " \t")).front(), words(28));
     EXPECT_EQ(SentenceSegmenter::pieces(words(36, " \t")).front(), words(36, " \t"));
     EXPECT_EQ(
@@ -148,12 +148,12 @@ TEST(SentenceSegmenterTests, TheLastPieceIsLiveEvenIfItIsFinished) {
     EXPECT_EQ(SentenceSegmenter::segment(" "), Segmentation());
 }
 
-TEST(SentenceSegmenterTests, AMarkThatComesLaterBelongsToTheCharacterBeforeIt) {
+TEST(SentenceSegmenterTests, ACombiningAccentThatArrivesLaterUndoesACut) {
     const SentenceCuts::Rules rules{true, false, 0, BoundaryUnit::words};
     SentenceCuts cuts;
     cuts.cut("好。", rules);
     cuts.cut("好。\u0301好", rules);
-    EXPECT_EQ(cuts.sentences().size(), 1U) << "no full stop any more";
+    EXPECT_EQ(cuts.sentences().size(), 1U) << "a full stop with an accent ends no sentence";
 }
 
 /// Texts of the given parts, which are hard to cut and rare in random text.
@@ -187,7 +187,7 @@ rc::Gen<SentenceCuts::Rules> rules(bool sentences, bool clauses) {
         });
 }
 
-RC_GTEST_PROP(SentenceSegmenterPropertyTests, QuickAndSlowWaysCutAlike, ()) {
+RC_GTEST_PROP(SentenceSegmenterPropertyTests, FastAndSlowPathsCutAlike, ()) {
     const std::string text(Text::trimmed(*rc::gen::oneOf(asciiText(), mixedText())));
     const auto both = *rules(true, true);
     SentenceCuts quick;

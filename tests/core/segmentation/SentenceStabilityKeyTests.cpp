@@ -26,7 +26,7 @@ TEST(SentenceStabilityKeyTests, CaseCommonPunctuationAndSpacingDoNotCount) {
         EXPECT_EQ(SentenceStabilityKey::normalize(text), key) << text;
 }
 
-RC_GTEST_PROP(SentenceStabilityKeyTests, TheQuickWaysGiveTheSameKeys, ()) {
+RC_GTEST_PROP(SentenceStabilityKeyTests, TheFastPathsGiveTheSameKeys, ()) {
     const std::string ascii = " \t\n.,?!;:\"'-Aa(";
     const std::u32string others =
         U"\u00A0\u0130\u0301\u03A3\u1100\u1E9E\u3000中文字，。、…—ÄẞȺαＡ😀";

@@ -16,7 +16,7 @@ TEST(JSONTests, SortsIndentsAndPrintsShortestNumbers) {
     EXPECT_EQ(JSON::pretty({1.0, std::numeric_limits<double>::infinity()}), std::nullopt);
 }
 
-TEST(JSONTests, RefusesWhatWouldOverflowTheStack) {
+TEST(JSONTests, RefusesDeepNestingHugeNumbersAndInvalidUTF8) {
     const auto nested = [](std::size_t depth) {
         return std::string(depth, '[') + std::string(depth, ']');
     };

@@ -5,7 +5,7 @@
 namespace tessarune {
 namespace {
 
-TEST(LocalizationTests, TheLiteralStandsInForAMissingText) {
+TEST(LocalizationTests, FillsPlaceholdersAndUsesTheKeyForAMissingText) {
     setLocalizationTable({{"翻译失败：%@", "Translation failed: %@"}});
     EXPECT_EQ(localized("翻译失败：%@", {"100%@"}), "Translation failed: 100%@");
     EXPECT_EQ(localized("还有 %lld 句，%@ → %@", {"3", "en", "zh", "more"}), "还有 3 句，en → zh");

@@ -40,7 +40,7 @@ TEST(TextColumnsTests, BreaksAtBlanksAndBetweenWideCharacters) {
         EXPECT_EQ(Text::wrapped(c.text, c.width), c.expected) << c.text << " in " << c.width;
 }
 
-TEST(TextColumnsTests, CutsWhereTheCellsEnd) {
+TEST(TextColumnsTests, TruncatesToTheWidthInCells) {
     const struct {
         const char* text;
         std::size_t width;
@@ -53,7 +53,7 @@ TEST(TextColumnsTests, CutsWhereTheCellsEnd) {
         EXPECT_EQ(Text::fitted(c.text, c.width), c.expected) << c.text << " in " << c.width;
 }
 
-TEST(TextColumnsTests, WhatIsShownGivesATerminalNoOrders) {
+TEST(TextColumnsTests, PrintableTextContainsNoTerminalCommands) {
     const struct {
         const char* text;
         const char* expected;

@@ -53,7 +53,7 @@ rc::Gen<std::string> anyText() {
     return rc::gen::oneOf(hardText(), asciiText());
 }
 
-RC_GTEST_PROP(TextPropertyTests, ShortCutsGiveWhatTheLongWayGives, ()) {
+RC_GTEST_PROP(TextPropertyTests, FastPathsGiveTheResultsOfTheSlowPath, ()) {
     const auto text = *anyText();
     RC_ASSERT(Text::characters(text) == Text::SlowPath::characters(text));
     RC_ASSERT(Text::canonical(text) == Text::SlowPath::canonical(text));
@@ -62,13 +62,13 @@ RC_GTEST_PROP(TextPropertyTests, ShortCutsGiveWhatTheLongWayGives, ()) {
         RC_ASSERT(Text::lastCharacter(text) == Text::SlowPath::characters(text).back());
 }
 
-RC_GTEST_PROP(TextPropertyTests, CountsAreThoseOfThePieces, ()) {
+RC_GTEST_PROP(TextPropertyTests, CountsEqualTheNumbersOfPieces, ()) {
     const auto text = *anyText();
     RC_ASSERT(Text::countOfBlankSeparated(text) == Text::splitAtBlanks(text).size());
     RC_ASSERT(Text::countOfWhiteSpaceSeparated(text) == Text::splitOnWhiteSpace(text).size());
 }
 
-RC_GTEST_PROP(TextPropertyTests, ComparisonsAgreeWithTheLongWay, ()) {
+RC_GTEST_PROP(TextPropertyTests, ComparisonsAgreeWithTheSlowPath, ()) {
     // Texts with a common prefix that differ in a piece or two and may be canonically equivalent.
     const auto beginning = *anyText();
     const auto a = beginning + *hardText();
@@ -95,13 +95,13 @@ RC_GTEST_PROP(TextPropertyTests, StrayBytesCountAsReplacementCharacters, ()) {
               Text::codePoints(Text::trimmed(replaced)).size());
 }
 
-RC_GTEST_PROP(TextPropertyTests, ShortestReadsBackTheSame, (std::uint64_t bits)) {
+RC_GTEST_PROP(TextPropertyTests, TheShortestFormOfANumberReadsBackUnchanged, (std::uint64_t bits)) {
     const auto value = std::bit_cast<double>(bits);
     RC_PRE(value == value);
     RC_ASSERT(std::strtod(Text::shortest(value).c_str(), nullptr) == value);
 }
 
-/// The property that every fast path relies on, for every plain code point.
+/// Every fast path relies on this property.
 TEST(TextPropertyTests, PlainCodePointsJoinNothing) {
     std::vector<std::string> plain;
     for (char32_t codePoint = 0; codePoint < 0x110000; ++codePoint) {
@@ -110,7 +110,7 @@ TEST(TextPropertyTests, PlainCodePointsJoinNothing) {
             Text::append(plain.back(), codePoint);
         }
     }
-    ASSERT_GT(plain.size(), 30000u);
+    ASSERT_GT(plain.size(), 30000u) << "most plain code points are missing";
     // A plain code point after these begins a character, although they join the one before them.
     const std::vector<std::string> neighbours{"a",  "가",      "각",     "中",
                                               "か", "क\u094D", "\u200D", "👩\u200D",
@@ -127,7 +127,7 @@ TEST(TextPropertyTests, PlainCodePointsJoinNothing) {
         for (const auto& one : plain) {
             at += one.size() + neighbour.size();
             end = std::lower_bound(end, ends.end(), at);
-            ASSERT_TRUE(end != ends.end() && *end == at) << one << " after " << neighbour;
+            ASSERT_TRUE(end != ends.end() && *end == at) << "no end: " << one << neighbour;
         }
     }
 }

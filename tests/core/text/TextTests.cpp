@@ -20,7 +20,7 @@ TEST(TextTests, CharactersAreGraphemeClusters) {
         Strings characters;
     };
     const Case cases[] = {
-        {"nothing", "", {}},
+        {"an empty text", "", {}},
         {"letters", "ab", {"a", "b"}},
         {"carriage return and line feed", "a\r\nb", {"a", "\r\n", "b"}},
         {"line feed and carriage return", "\n\r\r\n", {"\n", "\r", "\r\n"}},
@@ -37,14 +37,14 @@ TEST(TextTests, CharactersAreGraphemeClusters) {
         {"leading jamo and syllable", "\u1112가나", {"\u1112가", "나"}},
         {"syllable and trailing jamo", "가\u11AB나", {"가\u11AB", "나"}},
         {"conjunct consonants", "क्षa", {"क्ष", "a"}},
-        {"a mark that is put before",
+        {"a sign that joins the next character",
          "\u0600"
          "1 x",
          {"\u0600"
           "1",
           " ", "x"}},
         {"NUL", std::string("a\0b", 3), {"a", std::string(1, '\0'), "b"}},
-        {"bytes that are no UTF-8",
+        {"invalid UTF-8",
          "\xE4\xBD"
          "a\xFF\u0301",
          {"\xE4", "\xBD", "a", "\xFF\u0301"}},
@@ -56,7 +56,7 @@ TEST(TextTests, CharactersAreGraphemeClusters) {
     }
 }
 
-TEST(TextTests, CountsOfCharactersBeyondTheEndTakeAll) {
+TEST(TextTests, CountsBeyondTheEndTakeTheWholeText) {
     EXPECT_EQ(Text::prefix("äb", 5), "äb");
     EXPECT_EQ(Text::dropFirst("äb", 1), "b");
     EXPECT_EQ(Text::dropFirst("äb", 5), "");
@@ -117,16 +117,16 @@ TEST(TextTests, TrimmingWorksOnCodePoints) {
         std::string trimmedOfBlanks;
     };
     const Case cases[] = {
-        {"nothing but space", " \t\r\n\u3000", "", "\r\n"},
+        {"only white space", " \t\r\n\u3000", "", "\r\n"},
         {"ASCII space", "\v\f a b \t", "a b", "\v\f a b"},
         {"next line", "\u0085a\u0085", "a", "\u0085a\u0085"},
         {"line and paragraph separator", "\u2028a\u2029", "a", "\u2028a\u2029"},
         {"no-break and ideographic space", "\u00A0a\u3000", "a", "a"},
         {"zero width space is no space", "\u200Ba\uFEFF", "\u200Ba\uFEFF", "\u200Ba\uFEFF"},
-        {"the space under a mark goes", " \u0301a", "\u0301a", "\u0301a"},
-        {"half of CR LF", "\r\na\r\n", "a", "\r\na\r\n"},
-        {"stray bytes stay", " \xA0 a\xE3\x80 ", "\xA0 a\xE3\x80", "\xA0 a\xE3\x80"},
-        {"the other separators stay",
+        {"the space before a combining mark is removed", " \u0301a", "\u0301a", "\u0301a"},
+        {"line breaks are not blanks", "\r\na\r\n", "a", "\r\na\r\n"},
+        {"invalid bytes stay", " \xA0 a\xE3\x80 ", "\xA0 a\xE3\x80", "\xA0 a\xE3\x80"},
+        {"the information separators stay",
          "\x1C"
          "a\x1F",
          "\x1C"
@@ -140,7 +140,7 @@ TEST(TextTests, TrimmingWorksOnCodePoints) {
     }
 }
 
-TEST(TextTests, SplittingKnowsBlanksFromWhiteSpace) {
+TEST(TextTests, SplittingDistinguishesBlanksFromWhiteSpace) {
     struct Case {
         std::string text;
         Strings atBlanks;
@@ -165,7 +165,7 @@ TEST(TextTests, SplittingKnowsBlanksFromWhiteSpace) {
     EXPECT_EQ(Text::joined(Strings{"a", "", "b"}, ", "), "a, , b");
 }
 
-TEST(TextTests, LowerCaseIsTheFullMappingOfNoLanguage) {
+TEST(TextTests, LowerCaseIsTheFullMappingWithoutLanguageRules) {
     const std::pair<std::string, std::string> cases[] = {
         {"HeLLo, 1", "hello, 1"}, {"ΌΔΟΣ ΣΟΦΟΣ Σ", "όδος σοφος σ"},
         {"İI", "i\u0307i"},       {"STRAẞE Ǆ", "straße ǆ"},
@@ -175,7 +175,7 @@ TEST(TextTests, LowerCaseIsTheFullMappingOfNoLanguage) {
         EXPECT_EQ(Text::lowercased(text), lower);
 }
 
-TEST(TextTests, ClassesOfCodePoints) {
+TEST(TextTests, CodePointsBelongToTheirClasses) {
     struct Case {
         char32_t codePoint;
         bool letter;
@@ -198,16 +198,16 @@ TEST(TextTests, ClassesOfCodePoints) {
     };
     for (const auto& c : cases) {
         const auto number = static_cast<std::uint32_t>(c.codePoint);
-        EXPECT_EQ(Text::isLetter(c.codePoint), c.letter) << number;
-        EXPECT_EQ(Text::isAlphanumeric(c.codePoint), c.alphanumeric) << number;
-        EXPECT_EQ(Text::isLetterOrNumber(c.codePoint), c.letterOrNumber) << number;
-        EXPECT_EQ(Text::isCJKIdeograph(c.codePoint), c.ideograph) << number;
+        EXPECT_EQ(Text::isLetter(c.codePoint), c.letter) << "code point " << number;
+        EXPECT_EQ(Text::isAlphanumeric(c.codePoint), c.alphanumeric) << "code point " << number;
+        EXPECT_EQ(Text::isLetterOrNumber(c.codePoint), c.letterOrNumber) << "code point " << number;
+        EXPECT_EQ(Text::isCJKIdeograph(c.codePoint), c.ideograph) << "code point " << number;
     }
     EXPECT_TRUE(Text::containsCJK("abc中"));
     EXPECT_FALSE(Text::containsCJK("カタカナ한글"));
 }
 
-TEST(TextTests, ValidityOfBytes) {
+TEST(TextTests, InvalidUTF8IsDetectedAndNeverWritten) {
     const std::pair<std::string, bool> cases[] = {
         {"", true},
         {std::string(200, 'a') + "é中😀", true},
@@ -225,7 +225,7 @@ TEST(TextTests, ValidityOfBytes) {
     EXPECT_EQ(text, "Aé中😀\uFFFD\uFFFD");
 }
 
-TEST(TextTests, NumbersPrintTheSameEverywhere) {
+TEST(TextTests, NumbersPrintInShortestAndFixedForm) {
     const std::pair<double, std::string> cases[] = {
         {0.6, "0.6"},
         {1, "1.0"},
