@@ -68,7 +68,7 @@ TEST_F(AppleTranslatorTests, PreparesAPairOnceAndKeepsItsSession) {
     EXPECT_EQ(translate("a", "zh-Hant"), "漢字");
 }
 
-TEST_F(AppleTranslatorTests, OnlyAnImpossiblePairIsNotAskedAgain) {
+TEST_F(AppleTranslatorTests, AnUnsupportedPairIsNotAskedForAgainUntilARebuild) {
     service->pairs[pairName].status = Status::unsupported;
     EXPECT_EQ(translate("a"), "failed: unsupportedLanguagePairing");
     EXPECT_EQ(prepare(), "failed: unsupportedLanguagePairing");
@@ -84,7 +84,7 @@ TEST_F(AppleTranslatorTests, OnlyAnImpossiblePairIsNotAskedAgain) {
     EXPECT_EQ(await(host, translator.availabilityStatus("en", "de")), Status::unsupported);
 }
 
-TEST_F(AppleTranslatorTests, PreparationTellsWhatIsMissing) {
+TEST_F(AppleTranslatorTests, PreparationReportsWhyAPairIsNotReady) {
     const auto check = [this](const char* situation, ScriptedTranslationService::Pair pair,
                               std::string_view outcome, bool isPreparedThen) {
         service->pairs[pairName] = std::move(pair);
@@ -96,8 +96,8 @@ TEST_F(AppleTranslatorTests, PreparationTellsWhatIsMissing) {
     const auto notInTheList = serviceError(TranslationError::unsupportedTargetLanguage);
     check("ready", {Status::installed, true}, "ok", true);
     check("downloaded", {Status::supported, false}, "ok", true);
-    check("still missing", {Status::supported, false, false}, "failed: languageResourcesNotReady",
-          false);
+    check("still missing after the download", {Status::supported, false, false},
+          "failed: languageResourcesNotReady", false);
     check("installed but never ready", {Status::installed, false, false}, "ok", false);
     check("download failed", {Status::supported, false, true, {1, serviceError(std::nullopt)}},
           "failed: unknown", false);
@@ -134,7 +134,7 @@ TEST_F(AppleTranslatorTests, EveryFailureOfTheServiceGetsItsCategory) {
         EXPECT_EQ(translate("b"), "fr-FR:b");
         EXPECT_EQ(service->takeCalls(), nextTime) << name(category);
 
-        // If a session has lost its files, they are the reason, whatever it reports.
+        // Missing files are the reported cause of every failure except a cancellation.
         service->answers = {{0.1, serviceError(kind, "no")}};
         host.after(0.05, [&] { service->pairs[pairName].isReady = false; });
         EXPECT_EQ(translate("a"),
@@ -143,11 +143,11 @@ TEST_F(AppleTranslatorTests, EveryFailureOfTheServiceGetsItsCategory) {
     }
 }
 
-TEST_F(AppleTranslatorTests, ErrorsCarryWhatIsKnownOfThem) {
+TEST_F(AppleTranslatorTests, ErrorsCarryTheDetailsOfTheService) {
     service->answers = {{0, serviceError(TranslationError::internalError, "no luck")}};
     try {
         await(host, translator.translate("a", "en", "fr"));
-        FAIL();
+        FAIL() << "the service's failure must be thrown";
     } catch (const TranslatorError& error) {
         const TranslationFailureDetails expected{Category::internalError, "no luck", "Scripted", 7,
                                                  "because"};
@@ -181,10 +181,10 @@ TEST_F(AppleTranslatorTests, ALoadThatFailsSaysWhyAndTheNextSentenceLoadsAgain) 
         service->pairs[pairName].load = {};
         EXPECT_EQ(await(host, messageOf(offline.translate("a", "en", "fr"))), "fr-FR:a");
     }
-    EXPECT_EQ(std::ranges::count(service->calls, "prepare"), 0) << "that would download";
+    EXPECT_EQ(std::ranges::count(service->calls, "prepare"), 0) << "a preparation would download";
 }
 
-TEST_F(AppleTranslatorTests, SentencesOfOnePairMayBeUnderWayTogether) {
+TEST_F(AppleTranslatorTests, SentencesOfOnePairMayBeTranslatedConcurrently) {
     ASSERT_EQ(prepare(), "ok");
     service->takeCalls();
     service->answers = {{2, std::nullopt}, {1, std::nullopt}};
@@ -199,7 +199,7 @@ TEST_F(AppleTranslatorTests, SentencesOfOnePairMayBeUnderWayTogether) {
     EXPECT_EQ(first, std::nullopt);
     host.runUntilIdle();
     EXPECT_EQ(first, "fr-FR:a");
-    EXPECT_EQ(service->takeCalls(), (Calls{"translate a", "translate b"})) << "on one session";
+    EXPECT_EQ(service->takeCalls(), (Calls{"translate a", "translate b"})) << "no second session";
 }
 
 } // namespace

@@ -21,7 +21,7 @@ struct CommittedTranslationTests : ::testing::Test, testing::TranslatedSession {
             service->answers.push_back(
                 {delay, error ? std::optional(serviceError(error, "no")) : std::nullopt});
     }
-    /// Makes units fail recoverably, each together with its automatic retry.
+    /// Makes the next units fail recoverably, in the first attempt and in the automatic retry.
     void failUnits(int count) {
         answerWith({static_cast<std::size_t>(2 * count), TranslationError::internalError});
     }
@@ -40,14 +40,14 @@ TEST_F(CommittedTranslationTests, SentencesAreTranslatedInOrderWhileNewOnesCome)
     EXPECT_EQ(shown(), (Strings{"?", "?", "?", "?", "?"}));
     EXPECT_TRUE(translation->isCommittedTranslating());
     settle();
-    EXPECT_EQ(shown(), (Strings{"fr-FR:One.", "", "fr-FR:and two.", "?", "?"})) << "the tail waits";
+    EXPECT_EQ(shown(), (Strings{"fr-FR:One.", "", "fr-FR:and two.", "?", "?"})) << "Three is open";
     EXPECT_EQ(rows[1].translationResultSegmentID, rows[2].id);
     EXPECT_EQ(service->mostTranslationsInFlight, 1);
     EXPECT_FALSE(isPreparing());
     EXPECT_EQ(status(), "");
     EXPECT_TRUE(hasRefreshed("translation.languagePreparation.done.prepared"));
     EXPECT_GE(persisted, 2);
-    EXPECT_EQ(patched, "fr-FR:and two.") << "the view need not look at all rows";
+    EXPECT_EQ(patched, "fr-FR:and two.") << "the refresh must carry the unit as a patch";
 
     ASSERT_EQ(observations.size(), 4u); // a start and a success each
     EXPECT_EQ(observations[1].phase, TranslationObservation::Phase::success);
@@ -61,29 +61,29 @@ TEST_F(CommittedTranslationTests, SentencesAreTranslatedInOrderWhileNewOnesCome)
     EXPECT_FALSE(json.contains("error"));
 }
 
-TEST_F(CommittedTranslationTests, AResultForOldSettingsNeverLands) {
+TEST_F(CommittedTranslationTests, AResultForFormerSettingsIsDiscarded) {
     commit({"Warm up."});
     settle();
     service->answer = [](auto&) { return ScriptedTranslationService::Answer{5, std::nullopt}; };
     commit({"Hello."});
     host.advanceBy(1);
     translation->setTranslationTarget("de");
-    EXPECT_EQ(shown(), (Strings{"?", "?"})) << "all of it is translated again";
+    EXPECT_EQ(shown(), (Strings{"?", "?"})) << "another target makes all rows pending";
     settle();
     EXPECT_EQ(shown(), (Strings{"de-DE:Warm up.", "de-DE:Hello."}));
 
     commit({"Late."});
     host.advanceBy(1);
-    settings.translationTargetLanguage = "it"; // changed from elsewhere
+    settings.translationTargetLanguage = "it"; // not by `setTranslationTarget`
     host.advanceBy(1);
     settings.translationTargetLanguage = "de";
     EXPECT_EQ(shown(), (Strings{"?", "?", "?"}));
-    host.advanceBy(11);
+    host.advanceBy(11); // enough for two answers
     translation->setTranslationBackend("关闭");
     settle();
     EXPECT_EQ(shown(), (Strings{"de-DE:Warm up.", "de-DE:Hello.", "?"}));
     EXPECT_EQ(statusMessage, "翻译已关闭。");
-    EXPECT_FALSE(hasRefreshed("settings.translationBackend")) << "what is shown stays";
+    EXPECT_FALSE(hasRefreshed("settings.translationBackend")) << "switching off redraws no row";
     translation->retryIncompleteTranslations();
     EXPECT_EQ(status(), "请先开启 Apple 离线翻译后再补齐译文");
 
@@ -92,12 +92,12 @@ TEST_F(CommittedTranslationTests, AResultForOldSettingsNeverLands) {
     translation->setTranslationBackend("苹果");
     settle();
     EXPECT_EQ(shown(), (Strings{"Warm up.", "Hello.", "Late."}));
-    EXPECT_EQ(service->takeCalls(), Strings{}) << "passed through";
+    EXPECT_EQ(service->takeCalls(), Strings{}) << "text in the target language is not sent";
     translation->setTranslationBackend("Google");
     EXPECT_EQ(statusMessage, "Google翻译尚未接入，请切换到苹果离线翻译。");
 }
 
-TEST_F(CommittedTranslationTests, PassedThroughAndBlankTextNeedsNoTranslator) {
+TEST_F(CommittedTranslationTests, TextInTheTargetLanguageAndBlankTextNeedNoTranslator) {
     hasTranslator = false;
     translation->setTranslationTarget("en-GB");
     commit({" Hello. ", "\t"});
@@ -117,7 +117,7 @@ TEST_F(CommittedTranslationTests, OneAutomaticRetryIsSilent) {
     const auto calls = service->takeCalls();
     EXPECT_EQ(std::count(calls.begin(), calls.end(), "translate Hello."), 1);
     host.advanceBy(0.2);
-    EXPECT_EQ(service->takeCalls(), Strings{"translate Hello."}) << "after 0.4 seconds";
+    EXPECT_EQ(service->takeCalls(), Strings{"translate Hello."}) << "the retry waits 0.4 seconds";
     EXPECT_EQ(shown(), Strings{"fr-FR:Hello."});
     EXPECT_EQ(runtime->committedHealth.consecutiveFailedUnits, 0);
     EXPECT_EQ(observations.back().diagnostics.attemptCount, 2);
@@ -129,11 +129,11 @@ TEST_F(CommittedTranslationTests, OneAutomaticRetryIsSilent) {
     settings.translationBackend = "关闭";
     service->takeCalls();
     settle();
-    EXPECT_EQ(service->takeCalls(), Strings{}) << "switched off while the retry waited";
+    EXPECT_EQ(service->takeCalls(), Strings{}) << "translation was switched off before the retry";
     EXPECT_EQ(shown().back(), "?");
 }
 
-TEST_F(CommittedTranslationTests, FailuresInARowRebuildThePairAndThenWarn) {
+TEST_F(CommittedTranslationTests, ConsecutiveFailuresRebuildThePairAndThenWarn) {
     commit({"Warm up."});
     settle();
     service->takeCalls();
@@ -169,14 +169,14 @@ TEST_F(CommittedTranslationTests, FailuresInARowRebuildThePairAndThenWarn) {
                                 "fr-FR:Hello.", "fr-FR:Hello.", "fr-FR:Hello.", "fr-FR:Better."}));
 }
 
-TEST_F(CommittedTranslationTests, AFailedRecoveryGoesOnOrTellsTheUser) {
+TEST_F(CommittedTranslationTests, AfterAFailedRebuildTheRunContinuesOrShowsTheFailure) {
     struct Case {
         ScriptedTranslationService::Pair pair;
         std::string last, status;
     };
     const Case cases[] = {
         {{Status::installed, false, true, {0, serviceError(TranslationError::internalError)}},
-         "!went wrong", // continues and keeps failing
+         "!went wrong", // the run continues and keeps failing
          ""},
         {{Status::unsupported}, "?", "翻译失败：不支持的翻译方向: en → fr"},
     };
@@ -188,7 +188,7 @@ TEST_F(CommittedTranslationTests, AFailedRecoveryGoesOnOrTellsTheUser) {
         settle();
         failUnits(3);
         commit({"One.", "Two.", "Three.", "Four."});
-        onChange = [&](auto&) { // at the failure that triggers the recovery
+        onChange = [&](auto&) { // at the failure that triggers the rebuild
             if (rows.back().translationError == std::nullopt && rows[3].translationError)
                 service->pairs[pairKey] = c.pair;
         };
@@ -201,32 +201,32 @@ TEST_F(CommittedTranslationTests, AFailedRecoveryGoesOnOrTellsTheUser) {
     }
 }
 
-TEST_F(CommittedTranslationTests, WhatTheUserMustDoIsSaidInTheTargetsLanguage) {
+TEST_F(CommittedTranslationTests, MissingLanguageFilesAreReportedInTheTargetLanguage) {
     commit({"Warm up."});
     settle();
     const std::string message(TranslationSupport::languageResourceNotReadyMessage("fr"));
     answerWith({TranslationError::notInstalled});
     commit({"One.", "Two."});
     settle();
-    EXPECT_EQ(shown(), (Strings{"fr-FR:Warm up.", "!" + message, "?"})) << "the queue stopped";
+    EXPECT_EQ(shown(), (Strings{"fr-FR:Warm up.", "!" + message, "?"})) << "the run must stop";
     EXPECT_EQ(status(), message);
     EXPECT_EQ(runtime->languageResourceFailures.size(), 1u);
 
     commit({"Three."}); // the files are back
     settle();
     EXPECT_EQ(shown(), (Strings{"fr-FR:Warm up.", "fr-FR:One.", "fr-FR:Two.", "fr-FR:Three."}))
-        << "one success takes the failures back";
+        << "a success must retry the failed row";
     EXPECT_TRUE(runtime->languageResourceFailures.empty());
     EXPECT_FALSE(runtime->committedHealth.hasUnresolvedUnits());
 }
 
-TEST_F(CommittedTranslationTests, APairThatIsStillToBeDownloadedHoldsTheQueueWithoutFailures) {
+TEST_F(CommittedTranslationTests, RowsStayPendingWhileTheirPairIsDownloaded) {
     service->pairs[pairKey] = {Status::supported, false, true, {30, std::nullopt}};
     commit({"One."});
     host.advanceBy(20);
     commit({"Two."});
     translation->setTranslationTarget("en");
-    EXPECT_FALSE(isPreparing()) << "not for this one";
+    EXPECT_FALSE(isPreparing()) << "the new target needs no preparation";
     translation->setTranslationTarget("fr");
     host.advanceBy(5);
     EXPECT_EQ(shown(), (Strings{"?", "?"}));

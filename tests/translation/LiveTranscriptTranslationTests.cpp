@@ -20,7 +20,7 @@ struct LiveTranscriptTranslationTests : ::testing::Test, testing::TranslatedSess
 
 using GhostTranslationTests = LiveTranscriptTranslationTests;
 
-TEST_F(GhostTranslationTests, ThePreviewFollowsTheNewestCandidateAndGoesWithItsCommit) {
+TEST_F(GhostTranslationTests, ThePreviewFollowsTheNewestCandidateAndDisappearsWithItsCommit) {
     speak("I think so.");
     host.advanceBy(0.2);
     speak("i THINK so");
@@ -53,7 +53,7 @@ TEST_F(GhostTranslationTests, ThePreviewFollowsTheNewestCandidateAndGoesWithItsC
     EXPECT_EQ(observations[1].durationSeconds, 0.5);
 }
 
-TEST_F(GhostTranslationTests, CommittedWorkComesFirst) {
+TEST_F(GhostTranslationTests, CommittedRowsAreTranslatedBeforePreviews) {
     delay = 2;
     commit({"Hello."});
     host.advanceBy(1);
@@ -69,7 +69,7 @@ TEST_F(GhostTranslationTests, CommittedWorkComesFirst) {
     EXPECT_EQ(shown(), (Strings{"fr-FR:Hello.", "fr-FR:Done."}));
 }
 
-TEST_F(GhostTranslationTests, APreviewThatFailsOrIsNotWantedAnyMoreShowsNothing) {
+TEST_F(GhostTranslationTests, APreviewThatFailsOrIsNoLongerWantedIsNotShown) {
     speak("This one stays.");
     host.advanceBy(1);
     const auto check = [&](const char* name, const std::function<void()>& during,
@@ -87,7 +87,7 @@ TEST_F(GhostTranslationTests, APreviewThatFailsOrIsNotWantedAnyMoreShowsNothing)
         "a failure", [] {}, "fr-FR:This one stays.");
     EXPECT_EQ(observations.back().phase, TranslationObservation::Phase::failure);
     check(
-        "another backend", [&] { settings.translationBackend = "关闭"; }, "");
+        "translation switched off", [&] { settings.translationBackend = "关闭"; }, "");
     settings.translationBackend = "苹果";
     check(
         "another target", [&] { translation->setTranslationTarget("de"); }, "");
@@ -95,36 +95,36 @@ TEST_F(GhostTranslationTests, APreviewThatFailsOrIsNotWantedAnyMoreShowsNothing)
         "the preview switched off", [&] { translation->setSoftTranslationEnabled(false); }, "");
     const auto drawn = refreshes.size();
     speak("Not while it is off.");
-    EXPECT_EQ(refreshes.size(), drawn) << "nothing to take away, nothing to draw";
+    EXPECT_EQ(refreshes.size(), drawn) << "without a preview to withdraw nothing is redrawn";
     translation->setSoftTranslationEnabled(true);
     translation->setTranslationTarget("en");
     check(
-        "the language itself", [] {}, "Candidate for the language itself");
+        "the source language as target", [] {}, "Candidate for the source language as target");
     service->pairs["en-US->ko-KR"].status = Status::unsupported;
     translation->setTranslationTarget("ko");
     check(
-        "an impossible pair", [] {}, "");
+        "an unsupported pair", [] {}, "");
 }
 
-TEST_F(LiveTranscriptTranslationTests, TheDrainTakesTheTailAndItsTimeLimit) {
+TEST_F(LiveTranscriptTranslationTests, TheDrainTranslatesTheTailWithinItsTimeLimit) {
     struct Case {
         const char* name;
         Strings texts;
         double delay; // of the translator; below 0: there is none
         bool finished;
         Strings shown;
-        double seconds; // at most
+        double seconds; // at most; the limit of 4 is checked every 0.05
         std::string backend = "苹果";
         Status status = Status::installed;
     };
     const Case cases[] = {
-        {"nothing", {}, 1, true, {}, 0},
-        {"a tail", {"One.", "and"}, 1, true, {"fr-FR:One.", "fr-FR:and"}, 2.2},
-        {"switched off", {"One."}, 1, true, {"?"}, 0, "关闭"},
-        {"not connected", {"One."}, 1, true, {"?"}, 0, "Google"},
+        {"no rows", {}, 1, true, {}, 0},
+        {"an unfinished last row", {"One.", "and"}, 1, true, {"fr-FR:One.", "fr-FR:and"}, 2.2},
+        {"translation switched off", {"One."}, 1, true, {"?"}, 0, "关闭"},
+        {"a backend that is not connected", {"One."}, 1, true, {"?"}, 0, "Google"},
         {"no translator", {"One."}, -1, false, {"?"}, 0},
-        {"too slow", {"One.", "Two."}, 3, false, {"fr-FR:One.", "?"}, 4.06},
-        {"hangs", {"One."}, 1e6, false, {"?"}, 4.06},
+        {"a slow translator", {"One.", "Two."}, 3, false, {"fr-FR:One.", "?"}, 4.06},
+        {"a translator that hangs", {"One."}, 1e6, false, {"?"}, 4.06},
         {"no model", {"One."}, 1, false, {"?"}, 0, "苹果", Status::supported},
     };
     for (const auto& c : cases) {
@@ -148,7 +148,7 @@ TEST_F(LiveTranscriptTranslationTests, TheDrainTakesTheTailAndItsTimeLimit) {
         EXPECT_LE(ended - begun, c.seconds) << c.name;
         EXPECT_EQ(session.shown(), c.shown) << c.name;
         session.host.advanceBy(2e6);
-        EXPECT_EQ(session.shown(), c.shown) << c.name << ": what was cancelled writes nothing";
+        EXPECT_EQ(session.shown(), c.shown) << c.name << ": a cancelled translation must not write";
     }
 }
 
@@ -181,30 +181,30 @@ struct LiveTranslationRuntimeTests : LiveTranscriptTranslationTests {
     }
 };
 
-TEST_F(LiveTranslationRuntimeTests, ThereIsOneRunAtATimeAndAStaleOneClearsNothing) {
+TEST_F(LiveTranslationRuntimeTests, OneRunIsActiveAndAFormerRunDoesNotClearItsSuccessor) {
     bool ghost = false, first = false, second = false, third = false;
     runtime->startGhostTask(runtime->beginGhostRequest("a", "fr"), operation(ghost));
     host.advanceBy(1);
     const UUID request = runtime->beginGhostRequest("a b", "fr");
     runtime->startGhostTask(request, operation(ghost));
     host.advanceBy(1);
-    EXPECT_TRUE(runtime->hasGhostTask()) << "the one before has ended and left it alone";
+    EXPECT_TRUE(runtime->hasGhostTask()) << "the former preview must not clear its successor";
     runtime->startCommittedTask(operation(first));
     host.advanceBy(1);
-    EXPECT_FALSE(runtime->hasGhostTask()) << "a run cancels the preview";
+    EXPECT_FALSE(runtime->hasGhostTask()) << "a run must cancel the preview";
     EXPECT_FALSE(runtime->isCurrentGhostRequest("a b", "fr", request));
 
     runtime->startGhostTask(runtime->beginGhostRequest("c d", "fr"), operation(ghost));
     runtime->startCommittedTask(operation(second));
-    EXPECT_FALSE(runtime->hasGhostTask()) << "also when there is a run already";
+    EXPECT_FALSE(runtime->hasGhostTask()) << "another start must cancel the preview, too";
     host.advanceBy(1);
-    EXPECT_FALSE(second);
+    EXPECT_FALSE(second) << "no second run starts beside the first";
 
     runtime->cancelCommittedTask();
     runtime->startCommittedTask(operation(third));
     host.advanceBy(5);
-    EXPECT_TRUE(first) << "the first has ended, cancelled";
-    EXPECT_TRUE(runtime->hasCommittedTask()) << "and left its successor alone";
+    EXPECT_TRUE(first) << "the cancelled run must end";
+    EXPECT_TRUE(runtime->hasCommittedTask()) << "the cancelled run must not clear its successor";
     host.advanceBy(5);
     EXPECT_FALSE(runtime->hasCommittedTask());
 }
@@ -222,12 +222,12 @@ TEST_F(LiveTranslationRuntimeTests, APreparationIsStartedOnceAndSupersededByAnot
     EXPECT_EQ(prepared, Strings{"de prepared"});
     EXPECT_FALSE(runtime->isPreparingLanguages("en", "de"));
     EXPECT_EQ(prepare("de"), Start::alreadyPrepared);
-    EXPECT_EQ(prepare("fr"), Start::started) << "its result was dropped";
+    EXPECT_EQ(prepare("fr"), Start::started) << "the superseded preparation has no result";
     runtime->bigCleanup();
     host.advanceBy(10);
     EXPECT_EQ(prepared.size(), 1u);
     EXPECT_EQ(runtime->cachedTranslator, nullptr);
-    EXPECT_EQ(prepare("de"), Start::started) << "all is forgotten";
+    EXPECT_EQ(prepare("de"), Start::started) << "the cleanup must forget prepared pairs";
 }
 
 TEST_F(LiveTranslationRuntimeTests, HealthBelongsToAPair) {

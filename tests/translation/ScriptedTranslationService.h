@@ -32,14 +32,14 @@ class ScriptedTranslationService final
     struct Pair {
         TranslationAvailabilityStatus status = TranslationAvailabilityStatus::installed;
         bool isReady = true;
-        /// The state after a preparation; `nullopt`: unchanged.
+        /// `isReady` after a preparation; `nullopt`: unchanged.
         std::optional<bool> readyAfterPreparation = true;
         Answer preparation{};
-        /// The outcome of a session's first use. A session that is given up never works again.
+        /// The outcome of a session's first use. After `alreadyCancelled` it never works again.
         Answer load{};
     };
 
-    std::map<std::string, Pair> pairs; ///< others are installed
+    std::map<std::string, Pair> pairs; ///< a pair that is not listed is installed
     /// For the next calls of `translate`, in order; then `answer` decides.
     std::deque<Answer> answers;
     std::function<Answer(const std::string& text)> answer;

@@ -22,7 +22,7 @@ struct TranslatedSession : TranslatedCaptions {
     }
     ~TranslatedSession() override {
         translation->shutDown();
-        host.runUntilIdle(); // what still hangs in the service ends before the host does
+        host.runUntilIdle(); // pending calls of the service end before the host
         host.end();
     }
 

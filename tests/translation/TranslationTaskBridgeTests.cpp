@@ -14,7 +14,7 @@ struct TranslationTaskBridgeTests : ::testing::Test, testing::TranslatedSession 
         TranslationTaskBridge::Environment{host, service, translation});
 };
 
-TEST_F(TranslationTaskBridgeTests, TellsHowTheTestOfAPairGoes) {
+TEST_F(TranslationTaskBridgeTests, ReportsTheProgressAndResultOfAPairsTest) {
     struct Case {
         Status status;
         const char* failure;
@@ -52,7 +52,7 @@ TEST_F(TranslationTaskBridgeTests, TellsHowTheTestOfAPairGoes) {
     }
 }
 
-TEST_F(TranslationTaskBridgeTests, SuccessRepairsTheRunningSessionOfThatTarget) {
+TEST_F(TranslationTaskBridgeTests, ASuccessfulTestRetriesTheFailedRowsOfItsPair) {
     commit({"Warm up."});
     host.advanceBy(5);
     service->answers = {{0, serviceError(TranslationError::notInstalled)}};
@@ -62,7 +62,7 @@ TEST_F(TranslationTaskBridgeTests, SuccessRepairsTheRunningSessionOfThatTarget) 
 
     bridge->runTranslationTest("de");
     host.advanceBy(5);
-    EXPECT_TRUE(rows[1].translationError) << "another pair";
+    EXPECT_TRUE(rows[1].translationError) << "a test of another pair must retry nothing";
     service->answers = {{3, std::nullopt}};
     bridge->runTranslationTest("ja");
     host.advanceBy(1);
@@ -71,7 +71,7 @@ TEST_F(TranslationTaskBridgeTests, SuccessRepairsTheRunningSessionOfThatTarget) 
     EXPECT_EQ(*bridge->statusText(), "测试成功");
     EXPECT_EQ(rows[1].translatedText, "fr-FR:Hello.");
     host.advanceBy(5);
-    EXPECT_EQ(bridge->resultText()->substr(0, 6), "fr-FR:") << "the test before it was superseded";
+    EXPECT_EQ(bridge->resultText()->substr(0, 6), "fr-FR:") << "a superseded test must not report";
 }
 
 } // namespace

@@ -45,14 +45,14 @@ std::vector<UUID> ids(const std::vector<CaptionSegment>& segments, std::vector<s
     return list;
 }
 
-TEST(CommittedTranslationUnitPlannerTests, GroupsRowsUntilTheyAreSensibleToTranslate) {
+TEST(CommittedTranslationUnitPlannerTests, GroupsPendingRowsUntilTheUnitIsComplete) {
     struct Case {
         std::vector<std::string> texts;
         std::vector<std::size_t> members; // of the next unit; empty: none is ready
         std::string sourceText;
         std::vector<std::size_t> forced; // with forceTail
     };
-    const std::string words27 = repeated("word ", 27);
+    const std::string words27 = repeated("word ", 27); // with 28 words a unit is complete
     const Case cases[] = {
         {{}, {}, "", {}},
         {{"=done", "!failed"}, {}, "", {}},
@@ -73,7 +73,7 @@ TEST(CommittedTranslationUnitPlannerTests, GroupsRowsUntilTheyAreSensibleToTrans
         {{"..."}, {}, "", {0}},
         {{words27}, {}, "", {0}},
         {{words27, "word"}, {0, 1}, words27 + "word", {0, 1}},
-        {{repeated("字", 179)}, {}, "", {0}},
+        {{repeated("字", 179)}, {}, "", {0}},      // a unit of 180 characters is complete
         {{repeated("e\u0301", 179)}, {}, "", {0}}, // counted in user-perceived characters
         {{repeated("字", 89), repeated("字", 90)},
          {0, 1},
@@ -98,7 +98,7 @@ TEST(CommittedTranslationUnitPlannerTests, GroupsRowsUntilTheyAreSensibleToTrans
     }
 }
 
-TEST(CommittedTranslationUnitPlannerTests, ALongGroupIsCompleteByItsDuration) {
+TEST(CommittedTranslationUnitPlannerTests, AGroupOfTenSecondsIsComplete) {
     struct Case {
         const char* name;
         double startedAt;
@@ -108,11 +108,11 @@ TEST(CommittedTranslationUnitPlannerTests, ALongGroupIsCompleteByItsDuration) {
     const Case cases[] = {
         {"just long enough", 100, 104, 110, {}, true},
         {"a little short", 100, 104, 109.9, {}, false},
-        {"no end: the commit's time", 100, 104, {}, 110, true},
-        {"the end counts before the commit", 100, 104, 105, 110, false},
-        {"neither: the end of the row before", 100, 110, {}, {}, true},
+        {"without an end, the commit time counts", 100, 104, {}, 110, true},
+        {"the end takes precedence over the commit time", 100, 104, 105, 110, false},
+        {"without both, the previous row's end counts", 100, 110, {}, {}, true},
         {"ends before it starts", 200, 104, 110, {}, false},
-        {"no time at all", 100, {}, {}, {}, false},
+        {"no end and no commit time", 100, {}, {}, {}, false},
     };
     for (const auto& c : cases) {
         auto segments = rows({" ", "I think", "so"});
@@ -169,7 +169,7 @@ TEST(CommittedTranslationHealthStateTests, RepeatedFailuresEscalateAndActionable
                              Action::rebuildLanguagePair, Action::continueSilently,
                              Action::surfaceWarning,      Action::surfaceWarning};
     for (const auto action : inARow)
-        EXPECT_EQ(fail(Severity::recoverable), action) << health.consecutiveFailedUnits;
+        EXPECT_EQ(fail(Severity::recoverable), action) << "count " << health.consecutiveFailedUnits;
     EXPECT_EQ(health.unresolvedUnitIDs, std::unordered_set<UUID>{unit}) << "the unit counts once";
 
     EXPECT_EQ(fail(Severity::actionable), Action::surfaceImmediately);
@@ -180,7 +180,7 @@ TEST(CommittedTranslationHealthStateTests, RepeatedFailuresEscalateAndActionable
     health.recordSuccess(UUID::random());
     EXPECT_TRUE(health.hasUnresolvedUnits()) << "another unit's success resolves nothing";
     for (int i = 0; i < 3; ++i)
-        EXPECT_EQ(fail(Severity::recoverable), inARow[i]) << "the count started over";
+        EXPECT_EQ(fail(Severity::recoverable), inARow[i]) << "the success must reset the count";
 
     health.resolveFailures({unit});
     EXPECT_FALSE(health.hasUnresolvedUnits());

@@ -48,7 +48,7 @@ TEST_F(UnitOfThree, SuccessPutsTheTextOnOneRowAndClosesTheOthers) {
         EXPECT_EQ(segments[i].translationUnitIndex, i - 1);
         EXPECT_EQ(segments[i].translationUnitCount, 3);
     }
-    EXPECT_EQ(segments[0].translationUnitID, std::nullopt) << "no member";
+    EXPECT_EQ(segments[0].translationUnitID, std::nullopt) << "the first row is not in the unit";
     EXPECT_EQ(Mutator::nextPendingIndex(segments), std::nullopt);
     EXPECT_EQ(Builder::visibleTranslations(segments, {}), (Strings{"null", "un, deux, trois."}));
     EXPECT_EQ(Builder::visibleTranslations(segments, {segments[0].id}),
@@ -58,7 +58,7 @@ TEST_F(UnitOfThree, SuccessPutsTheTextOnOneRowAndClosesTheOthers) {
               "Zero.\nnull\n\nOne,\n\ntwo,\n\nthree.\nun, deux, trois.");
     EXPECT_EQ(SessionTranscriptBuilder::translationText(segments), "null\nun, deux, trois.");
 
-    EXPECT_FALSE(succeed(" un, deux, trois. ")) << "nothing differs";
+    EXPECT_FALSE(succeed(" un, deux, trois. ")) << "the same result again is no change";
     EXPECT_TRUE(succeed("autre"));
     EXPECT_FALSE(Mutator::applySuccess(unit, {UUID::random()}, unit, "x", segments));
 }
@@ -87,7 +87,7 @@ TEST_F(UnitOfThree, FailureShowsOnAllRowsUntilItIsCleared) {
     EXPECT_EQ(Builder::pendingCount(segments), 4u);
 }
 
-TEST(TranslationPresentationBuilderTests, StatusTextTellsTheMostImportantThing) {
+TEST(TranslationPresentationBuilderTests, StatusTextShowsTheMostImportantState) {
     const CaptionSegment pending = row("a"), done = row("b", "B"), member = row("c", ""),
                          failed = row("d", std::nullopt, "no");
     struct Case {
@@ -131,16 +131,16 @@ TEST(SessionTranscriptBuilderTests, FourSourcesMakeOneTextWithoutRepetition) {
         const char* name;
         SessionTranscriptBuilder::Sources sources;
         std::string_view source, bilingual;
-        std::size_t visibleWithoutTwo; // rows, when "Two." is cleared
+        std::size_t visibleWithoutTwo; // number of visible rows if "Two." is cleared
     };
     const auto blank = row(" \n");
     const SessionTranscriptBuilder::Sources all{committed, leading, soft, partial};
     const Case cases[] = {
-        {"nothing", {none, none, none, blank}, "", "", 0},
+        {"no text", {none, none, none, blank}, "", "", 0},
         {"partial alone", {none, none, none, partial}, "four", "four", 1},
         {"all", all, "One.\nTwo.\nThree,\nfour", "One.\nun\n\nseul\n\nTwo.\n\nThree,\n\nfour", 5},
-        {"repeated", {none, leading, soft, repeated}, "Two.\nThree,", "Two.\n\nThree,", 1},
-        {"not the last",
+        {"partial repeated", {none, leading, soft, repeated}, "Two.\nThree,", "Two.\n\nThree,", 1},
+        {"the partial repeats an earlier row",
          {soft, leading, none, repeated},
          "Three,\nTwo.\nfour",
          "Three,\n\nTwo.\n\nfour",

@@ -9,13 +9,13 @@ namespace {
 
 using namespace TranslationSupport;
 
-TEST(TranslationSupportTests, KnowsItsLanguages) {
+TEST(TranslationSupportTests, ListsItsTargetLanguages) {
     ASSERT_EQ(targetLanguages().size(), 19u);
     EXPECT_EQ(targetLanguages().front().id, "zh-Hans");
     EXPECT_EQ(targetLanguages().back().id, "uk");
     EXPECT_EQ(targetLanguage("en"), nullptr);
     ASSERT_NE(targetLanguage("zh-Hant"), nullptr);
-    EXPECT_EQ(targetLanguage("zh-Hant")->flag, "🇹🇼") << "no glyph test was set";
+    EXPECT_EQ(targetLanguage("zh-Hant")->flag, "🇹🇼") << "without a glyph test it counts as drawn";
     EXPECT_EQ(EmojiFlagSupport::resolveTraditionalChineseFlag(false), "🇭🇰");
     EXPECT_EQ(translationTargetDisplayName(*targetLanguage("hi")), "हिन्दी");
     EXPECT_EQ(translationTargetDisplayName({"xx", ""}), "xx");
@@ -39,13 +39,13 @@ TEST(TranslationSupportTests, ComparesPrimaryLanguages) {
         EXPECT_EQ(isSameLanguageTarget(c.target, c.source), c.isSame) << c.target << c.source;
 }
 
-TEST(TranslationSupportTests, SimplifiesOnlyForTheSimplifiedTarget) {
+TEST(TranslationSupportTests, ConvertsTraditionalCharactersOnlyForSimplifiedChinese) {
     EXPECT_EQ(normalizedTranslatedText("這個語言 ok 🇹🇼", "zh-Hans"), "这个语言 ok 🇹🇼");
     EXPECT_EQ(normalizedTranslatedText("這個語言", "zh-Hant"), "這個語言");
     EXPECT_EQ(normalizedTranslatedText("", "zh-Hans"), "");
 }
 
-TEST(TranslationSupportTests, TellsWhatABackendCanDo) {
+TEST(TranslationSupportTests, DescribesWhatABackendCanDo) {
     struct Case {
         std::string_view backend, target, title, normalized;
         bool isRunnable;
@@ -78,7 +78,7 @@ TEST(TranslationSupportTests, RecognisesItsOwnResourceMessages) {
     EXPECT_EQ(translationFailureStatusText("so"), "翻译失败：so");
 }
 
-TEST(GhostTranslationPlannerTests, TakesTheNewestSentenceBeforeAClause) {
+TEST(GhostTranslationPlannerTests, PrefersTheNewestSentenceToAClause) {
     struct Case {
         std::vector<std::string> soft, leading;
         std::optional<std::string> candidate;
@@ -116,7 +116,7 @@ TEST(GhostTranslationPlannerTests, SameWordsAreTheSameCandidate) {
     EXPECT_FALSE(matches("I think so", "fr", "I think", "fr"));
 }
 
-TEST(TranslationSupportTests, ALanguageIsUnderstoodHoweverItIsWritten) {
+TEST(TranslationSupportTests, AnyFormOfALanguageTagGivesTheTargetLanguage) {
     const struct {
         const char* written;
         const char* id; ///< empty: none
