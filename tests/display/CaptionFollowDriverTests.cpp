@@ -10,7 +10,7 @@
 namespace tessarune {
 namespace {
 
-/// A list of a given height that is scrolled by a script.
+/// A list of ten rows, of which 100 points are visible. Tests set its height and scroll it.
 struct ScriptedList final : CaptionListView {
     std::optional<Geometry> geometry() const override {
         if (!isOnScreen)
@@ -63,9 +63,9 @@ class CaptionFollowDriverTests : public ::testing::Test {
     std::uint64_t revision = 0;
 };
 
-TEST_F(CaptionFollowDriverTests, LetsGoAndReturnsAtTheTwoThresholds) {
+TEST_F(CaptionFollowDriverTests, StopsAndResumesFollowingAtItsTwoThresholds) {
     struct Case {
-        std::initializer_list<double> distances;
+        std::initializer_list<double> distances; // following stops at 64, resumes at 12
         bool isPinned;
     };
     for (const auto& [distances, isPinned] :
@@ -76,7 +76,7 @@ TEST_F(CaptionFollowDriverTests, LetsGoAndReturnsAtTheTwoThresholds) {
                                      {{200, 13, 12.5, 63}, false}}) {
         driver.returnToNewest();
         scroll(distances);
-        EXPECT_EQ(driver.isPinned(), isPinned) << *(distances.end() - 1);
+        EXPECT_EQ(driver.isPinned(), isPinned) << "at distance " << *(distances.end() - 1);
         EXPECT_EQ(*state.isReviewing, !isPinned);
     }
     // A touch that hardly moves the list returns to the newest line.
@@ -91,7 +91,7 @@ TEST_F(CaptionFollowDriverTests, FollowsNewRowsOnlyWhileItIsPinned) {
     grow(20);
     host.advanceBy(0.001);
     EXPECT_EQ(list.clipY, 940);
-    EXPECT_EQ(list.scrolls, 1) << "a burst is one movement";
+    EXPECT_EQ(list.scrolls, 1) << "a burst of changes causes one scroll";
     scroll({300}, true);
     const double readingAt = list.clipY;
     grow(50);
@@ -100,10 +100,10 @@ TEST_F(CaptionFollowDriverTests, FollowsNewRowsOnlyWhileItIsPinned) {
     EXPECT_FALSE(driver.isPinned());
     grow(80 - list.documentHeight); // everything was cleared
     host.advanceBy(0.1);
-    EXPECT_TRUE(driver.isPinned()) << "a list that does not overflow";
+    EXPECT_TRUE(driver.isPinned()) << "a list that fits is always pinned";
 }
 
-TEST_F(CaptionFollowDriverTests, ReturnsWhenTheReaderHasRested) {
+TEST_F(CaptionFollowDriverTests, ReturnsWhenTheUserHasNotScrolledForAWhile) {
     driver.update(1, 5);
     scroll({300}, true);
     host.advanceBy(4.0);
@@ -135,16 +135,16 @@ TEST_F(CaptionFollowDriverTests, AsksForARedrawOfAListThatStoppedDrawing) {
         host.advanceBy(1);
         driver.frameHeartbeat();
     }
-    EXPECT_EQ(list.nudges, before + 1) << "once in thirty seconds";
+    EXPECT_EQ(list.nudges, before + 1) << "a stall causes one nudge within 30 seconds";
     EXPECT_GT(list.redraws, 0);
     list.fullScreen = true;
-    host.advanceBy(60);
+    host.advanceBy(60); // the next preventive nudge is due after 45 seconds
     driver.update(2, 30);
     driver.frameHeartbeat();
     EXPECT_EQ(list.nudges, before + 1) << "no preventive nudge in full screen";
 }
 
-/// The list takes notice of new rows, but its height stays the same.
+/// The list is updated with new rows, but its height stays the same.
 TEST_F(CaptionFollowDriverTests, AsksForARedrawOfAListWhoseLayoutIsFrozen) {
     for (const bool isOnScreen : {false, true}) {
         list.isOnScreen = isOnScreen;

@@ -26,16 +26,16 @@ TEST(SmoothStreamingText, RevealsWordByWordAtThePaceOfItsBacklog) {
         SmoothStreamingText text(host);
         text.options.paceMS = paceMS;
         text.stream("a " + std::string(backlog - 2, 'b'));
-        EXPECT_EQ(revealed(host, text, 0), "a ") << backlog;
-        EXPECT_EQ(revealed(host, text, delay - 0.001), "a ") << backlog;
-        EXPECT_NE(revealed(host, text, 0.002), "a ") << backlog;
+        EXPECT_EQ(revealed(host, text, 0), "a ") << "backlog " << backlog;
+        EXPECT_EQ(revealed(host, text, delay - 0.001), "a ") << "backlog " << backlog;
+        EXPECT_NE(revealed(host, text, 0.002), "a ") << "backlog " << backlog;
     }
     SimulatedHost host;
     SmoothStreamingText text(host);
     text.options.highlightLastWord = true;
     text.stream(std::string(401, 'x'));
     host.advanceBy(0);
-    EXPECT_EQ(text.revealedCount(), 401U) << "too far behind";
+    EXPECT_EQ(text.revealedCount(), 401U) << "a backlog of 401 characters is revealed at once";
     text.stream("gone back");
     EXPECT_EQ(text.revealedCount(), 9U);
     EXPECT_EQ(text.renderedTail(), (SmoothStreamingText::RenderedTail{"gone ", "back"}));
@@ -51,7 +51,7 @@ TEST(SubtitleChromeState, HidesAMomentAfterThePointerLeftUnlessAMenuIsOpen) {
     SubtitleChromeState chrome(host);
     chrome.presentForAWhile();
     host.advanceBy(3);
-    EXPECT_FALSE(*chrome.isPresented) << "the pointer was elsewhere";
+    EXPECT_FALSE(*chrome.isPresented) << "without the pointer it hides after three seconds";
     chrome.setBodyHovering(true);
     chrome.setBodyHovering(false);
     host.advanceBy(0.1);
@@ -63,7 +63,7 @@ TEST(SubtitleChromeState, HidesAMomentAfterThePointerLeftUnlessAMenuIsOpen) {
     host.advanceBy(1);
     EXPECT_TRUE(*chrome.isPresented);
     chrome.menuDidEndTracking();
-    host.advanceBy(0.15);
+    host.advanceBy(0.15); // it hides after 0.16 seconds
     EXPECT_TRUE(*chrome.isPresented);
     host.advanceBy(0.02);
     EXPECT_FALSE(*chrome.isPresented);
@@ -92,19 +92,19 @@ TEST(CaptionStageRows, AGhostJoinsTheRowOfItsSourceThatHasNoTranslation) {
     EXPECT_EQ(rows.row(2), (CaptionStageRow{"I am", "", false, true}));
     EXPECT_EQ(rows.changedSince(before), std::vector<std::size_t>{1});
     const CaptionStageRows sources(frame, Content::source, false);
-    EXPECT_EQ(sources.changedSince(rows), (std::vector<std::size_t>{0, 1})) << "another layout";
+    EXPECT_EQ(sources.changedSince(rows), (std::vector<std::size_t>{0, 1})) << "translated rows";
     EXPECT_EQ(CaptionStageRows(frame, Content::translations, false).size(), 1U);
     frame.ghostTranslationSourceText = "hello";
     EXPECT_FALSE(CaptionStageRows(frame, Content::bilingual, false).row(0).isGhost);
     EXPECT_EQ(CaptionStageRows(frame, Content::translations, false).size(), 0U);
     frame.livePartialRow = stageRow("I am well. And you");
     for (const auto& [source, previews] : {std::pair("I am well.", 1U), {"I am we", 0U}}) {
-        frame.ghostTranslationSourceText = source; // has no row of its own
+        frame.ghostTranslationSourceText = source; // no row has this source
         EXPECT_FALSE(CaptionStageRows(frame, Content::bilingual, false).row(2).isGhost);
         EXPECT_EQ(CaptionStageRows(frame, Content::translations, false).size(), previews);
     }
     frame.sessionPhase = LiveSessionPhase::failed;
-    EXPECT_EQ(CaptionStageRows(frame, Content::source, false).growing(), 3U) << "an error";
+    EXPECT_EQ(CaptionStageRows(frame, Content::source, false).growing(), 3U) << "a failed session";
 }
 
 } // namespace

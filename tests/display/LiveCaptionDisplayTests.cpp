@@ -57,7 +57,7 @@ struct Captions {
         cache.update({committed, leading, soft, partial, cleared}, force, patch);
         return cache.frame();
     }
-    /// The frame of a new cache.
+    /// The frame that a new cache makes of the same captions.
     LiveCaptionDisplayFrame rebuilt() const {
         LiveCaptionDisplayCache fresh(noTime);
         fresh.update({committed, leading, soft, partial, cleared}, true, nullptr);
@@ -80,7 +80,7 @@ std::string shown(const LiveCaptionDisplayRows& rows) {
 
 /// Incremental updates show what a rebuild shows, and any visible change raises a revision. Two
 /// accepted exceptions are left out: a committed row revised in the middle, a patch without text.
-RC_GTEST_PROP(LiveCaptionDisplayTests, CheapStepsShowWhatARebuildShows, ()) {
+RC_GTEST_PROP(LiveCaptionDisplayTests, IncrementalUpdatesShowWhatARebuildShows, ()) {
     Captions captions;
     LiveCaptionDisplayFrame before = captions.refresh(true);
     const auto some = [](std::size_t limit) { return *rc::gen::inRange<std::size_t>(0, limit); };
@@ -145,7 +145,7 @@ RC_GTEST_PROP(LiveCaptionDisplayTests, CheapStepsShowWhatARebuildShows, ()) {
     }
 }
 
-TEST(LiveCaptionDisplayTests, ATranslationUnitIsOneRowUnlessSomethingOpenStandsInside) {
+TEST(LiveCaptionDisplayTests, ATranslationUnitIsOneRowUnlessAnOpenRowDividesIt) {
     Captions captions;
     const UUID unit = captions.newID();
     captions.commit("Well,", unit);
@@ -172,7 +172,7 @@ TEST(LiveCaptionDisplayTests, WorkIsProportionalToTheChange) {
     EXPECT_EQ(captions.cache.sourceFullRebuildCount(), 1);
     EXPECT_EQ(captions.cache.sourceAppendUpdateCount(), 1);
     EXPECT_EQ(shown(shared.mergedBilingualSourceTail), "One. Two.=Un deux.|Three.=|");
-    EXPECT_EQ(shown(old.sourceTextTail), "One.=|Two.=|") << "a frame is a value";
+    EXPECT_EQ(shown(old.sourceTextTail), "One.=|Two.=|") << "an older frame never changes";
     EXPECT_EQ(&shared.sourceTextTail[2], &captions.cache.frame().sourceTextTail[2]);
     // Accepted: a change without an update path waits for a rebuild; a patch may remove a text.
     captions.committed[1].sourceText = "Due.";
@@ -197,7 +197,7 @@ TEST(LiveCaptionDisplayTests, WorkIsProportionalToTheChange) {
     EXPECT_EQ(&after.sourceTextTail[0], &cleared.sourceTextTail[0]);
 }
 
-TEST(LiveCaptionDisplayTests, OnlyNewsIsPublishedAndOnce) {
+TEST(LiveCaptionDisplayTests, OnlyAChangedFrameIsPublished) {
     NotificationCenter notifications;
     LiveCaptionDisplayStore store(noTime, &notifications);
     int posted = 0;
@@ -219,11 +219,11 @@ TEST(LiveCaptionDisplayTests, OnlyNewsIsPublishedAndOnce) {
     }
     EXPECT_EQ(posted, 7);
     EXPECT_EQ(observed, 7);
-    EXPECT_EQ(store.perf.skippedFramePublishes, 8);
+    EXPECT_EQ(store.perf.skippedFramePublishes, 8); // the empty frame and 7 repeats
     EXPECT_EQ(store.perf.updateRequests, 15);
 }
 
-TEST(LiveCaptionDisplayTests, DiagnosticsSampleWhatIsFrequent) {
+TEST(LiveCaptionDisplayTests, DiagnosticsSampleFrequentUpdates) {
     using Mode = AppleAnalyzerDiagnosticsMode;
     EXPECT_TRUE(shouldRecordDisplayDiagnostics("asr.final", 4, false, Mode::summary));
     for (const auto& [index, isPublished, isRecorded] :
@@ -235,14 +235,14 @@ TEST(LiveCaptionDisplayTests, DiagnosticsSampleWhatIsFrequent) {
     }
 }
 
-TEST(LiveCaptionDisplayTests, ChangesOfCaptionSettingsAreTold) {
+TEST(LiveCaptionDisplayTests, ChangesOfCaptionSettingsAreReported) {
     testing::MemoryUserDefaults defaults;
     AppSettings settings(defaults);
-    std::vector<std::string> told;
+    std::vector<std::string> reported;
     {
         LiveCaptionDisplaySettingsObserver observer(
             settings, [&](const std::string& name, const std::string& value) {
-                told.push_back(name + "=" + value);
+                reported.push_back(name + "=" + value);
             });
         settings.subtitleLayoutMode = SubtitleLayoutMode::lyrics;
         settings.reload();
@@ -251,8 +251,8 @@ TEST(LiveCaptionDisplayTests, ChangesOfCaptionSettingsAreTold) {
         settings.translationBackend = "Apple";
     }
     settings.smoothPaceMS = 100;
-    EXPECT_EQ(told, (std::vector<std::string>{"subtitleLayoutMode=lyrics", "smoothPaceMS=130",
-                                              "translationBackend=Apple"}));
+    EXPECT_EQ(reported, (std::vector<std::string>{"subtitleLayoutMode=lyrics", "smoothPaceMS=130",
+                                                  "translationBackend=Apple"}));
 }
 
 } // namespace

@@ -10,7 +10,7 @@ namespace tessarune {
 namespace {
 
 /// Compares every operation with a plain vector; copies taken at any time stay unchanged.
-RC_GTEST_PROP(SharedVectorTests, DoesWhatAVectorDoes, ()) {
+RC_GTEST_PROP(SharedVectorTests, BehavesLikeAVector, ()) {
     SharedVector<int> list;
     std::vector<int> expected;
     std::vector<std::pair<SharedVector<int>, std::vector<int>>> copies;
@@ -20,7 +20,7 @@ RC_GTEST_PROP(SharedVectorTests, DoesWhatAVectorDoes, ()) {
             return *rc::gen::inRange<std::size_t>(0, limit + 1);
         };
         const int operation = *rc::gen::inRange(0, 6);
-        if (operation < 2) { // many at once, so that the tree gets levels
+        if (operation < 2) { // nodes hold 32: one element, about one node, or several levels
             for (int i = *rc::gen::element(1, 31, 33, 700); i > 0; --i) {
                 list.push_back(value + i);
                 expected.push_back(value + i);
@@ -50,10 +50,10 @@ RC_GTEST_PROP(SharedVectorTests, DoesWhatAVectorDoes, ()) {
         RC_ASSERT(std::vector<int>(copy.begin(), copy.end()) == then);
         RC_ASSERT(copy == SharedVector<int>(then));
         // Elements that are not reported as unshared are equal.
-        std::vector<int> told = then;
-        list.forEachUnshared(copy, [&](std::size_t at) { told.at(at) = expected.at(at); });
-        const auto common = std::ptrdiff_t(std::min(told.size(), expected.size()));
-        RC_ASSERT(std::equal(told.begin(), told.begin() + common, expected.begin()));
+        std::vector<int> updated = then;
+        list.forEachUnshared(copy, [&](std::size_t at) { updated.at(at) = expected.at(at); });
+        const auto common = std::ptrdiff_t(std::min(updated.size(), expected.size()));
+        RC_ASSERT(std::equal(updated.begin(), updated.begin() + common, expected.begin()));
         copy.forEachUnshared(copy, [&](std::size_t) { RC_FAIL("a list differs from itself"); });
     }
 }

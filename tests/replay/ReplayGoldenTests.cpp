@@ -85,7 +85,7 @@ std::map<std::string, fs::path> expectedFiles(const std::string& name) {
 
 class ReplayGolden : public ::testing::TestWithParam<std::string> {};
 
-TEST_P(ReplayGolden, printsWhatIsExpected) {
+TEST_P(ReplayGolden, printsTheExpectedOutput) {
     const Outcome outcome = replay(GetParam(), plain);
     EXPECT_EQ(outcome.output, contentsOf(cases / (GetParam() + ".expected")));
 
@@ -107,8 +107,8 @@ std::string caseName(const ::testing::TestParamInfo<std::string>& info) {
 INSTANTIATE_TEST_SUITE_P(Cases, ReplayGolden, ::testing::ValuesIn(discovered()), caseName);
 
 TEST(ReplayEnvironment, localeAndTimeZoneChangeNoByte) {
-    // A decimal comma breaks careless printing. Such a locale is created here where the system can
-    // do so; elsewhere only the time zone and the encoding differ.
+    // A locale with a decimal comma breaks careless printing. Where the system cannot create one,
+    // only the time zone and the encoding differ.
     TemporaryFolder locales;
     run("/usr/bin/env",
         {"localedef", "-i", "de_DE", "-f", "UTF-8", (locales / "de_DE.UTF-8").string()},

@@ -43,7 +43,7 @@ rc::Gen<std::string> word() {
 std::string text(const Words& words, std::size_t from, std::size_t to) {
     std::string joined;
     for (std::size_t i = from; i < to; ++i) {
-        // Chinese is mostly written without blanks, English with one, recognisers vary.
+        // No blank separates two Chinese words.
         if (i > from && !(Text::containsCJK(words[i - 1]) && Text::containsCJK(words[i])))
             joined += ' ';
         joined += words[i];
@@ -160,13 +160,13 @@ RC_GTEST_PROP(ReplayProperties, noCommittedRowIsEverReopenedOrLost, ()) {
                   static_cast<std::int64_t>(part.committedLines.size()));
         if (comesAfterQuiet(log, count) && !startsWith(whole.committedLines, part.committedLines)) {
             RC_LOG() << describe(log);
-            RC_FAIL("rows committed by record " + std::to_string(count) + " changed later:\n" +
+            RC_FAIL("rows committed by " + std::to_string(count) + " records changed later:\n" +
                     part.transcript() + "\n--\n" + whole.transcript());
         }
     }
 }
 
-RC_GTEST_PROP(ReplayProperties, aFinalAddsAllItsPiecesBehindThoseThatStandAlready, ()) {
+RC_GTEST_PROP(ReplayProperties, aFinalAddsEveryPieceThatIsNotCommittedYet, ()) {
     const Log log = *logs();
     const Settings with = settings(false);
     for (std::size_t i = 0; i < log.size(); ++i) {
@@ -183,11 +183,11 @@ RC_GTEST_PROP(ReplayProperties, aFinalAddsAllItsPiecesBehindThoseThatStandAlread
                              pieces.begin() + static_cast<std::ptrdiff_t>(skipped)));
 
         const auto keys = SentenceStabilityKey::normalize(sources(before));
-        const std::set<std::string> standing(keys.begin(), keys.end());
+        const std::set<std::string> committed(keys.begin(), keys.end());
         for (std::size_t k = 0; k < skipped; ++k)
-            if (!standing.count(SentenceStabilityKey::normalize(pieces[k]))) {
+            if (!committed.count(SentenceStabilityKey::normalize(pieces[k]))) {
                 RC_LOG() << describe(prefix(log, i + 1));
-                RC_FAIL("\"" + pieces[k] + "\" of the last final is nowhere");
+                RC_FAIL("\"" + pieces[k] + "\" of the last final is not committed");
             }
     }
 }
