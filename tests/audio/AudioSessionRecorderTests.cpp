@@ -60,7 +60,7 @@ class AudioSessionRecorderTests : public ::testing::Test {
                                           static_cast<unsigned char>(bytes[at + 1]) << 8));
         return all;
     }
-    /// The number of bytes before the first silence; the recorded sound has none.
+    /// The number of sound bytes before the first silent sample; the appended sound has none.
     std::size_t loudBytes(const simulation::FaultyFileSystem& onDisk) const {
         const std::string bytes = onDisk.contentsOf(entries.back().filePath);
         std::size_t at = 44;
@@ -85,12 +85,12 @@ class AudioSessionRecorderTests : public ::testing::Test {
     simulation::ScriptedAudioConverters converters;
     std::set<std::string> takenNames;
     std::vector<RecordingMetadata> entries;
-    std::size_t failingEntries = 0; ///< how many of the first ones cannot be saved
+    std::size_t failingEntries = 0; ///< how many of the first entries cannot be saved
     std::vector<std::string> told;
     std::shared_ptr<AudioSessionRecorder> recorder;
 };
 
-TEST_F(AudioSessionRecorderTests, WritesWhatItHearsAndKeepsTheCatalogInformed) {
+TEST_F(AudioSessionRecorderTests, WritesMonoPCMAndKeepsTheCatalogUpToDate) {
     TessaruneLog::setDiagnosticsLevel(DiagnosticsLevel::verbose);
     recorder->start();
     ASSERT_EQ(entries.size(), 1U);
@@ -100,7 +100,7 @@ TEST_F(AudioSessionRecorderTests, WritesWhatItHearsAndKeepsTheCatalogInformed) {
     EXPECT_EQ(header().sampleRate, 16000U);
     append({}, 8000);
     append({0.5F, 0.5F, 1.0F, -1.0F, -1.0F, -1.0F, 0.25F, 0.0F}, 48000, 2);
-    EXPECT_EQ(header().sampleRate, 48000U) << "from the first sound on";
+    EXPECT_EQ(header().sampleRate, 48000U) << "the rate of the first buffer with sound";
     append({std::numeric_limits<float>::quiet_NaN(), 1e30F}, 48000);
     host.shiftWallClock(-7200);
     host.advanceBy(3);
@@ -111,14 +111,15 @@ TEST_F(AudioSessionRecorderTests, WritesWhatItHearsAndKeepsTheCatalogInformed) {
     EXPECT_EQ(samples(), (std::vector<std::int16_t>{23170, 0, -32767, 5792, 0, 32767}));
     EXPECT_EQ(header(), (WAVHeader{.sampleRate = 48000, .dataSize = 12}));
     EXPECT_EQ(finished, entries.back());
-    EXPECT_EQ(finished->endedAt, finished->startedAt + 3) << "whatever the clock was set to";
+    EXPECT_EQ(finished->endedAt, finished->startedAt + 3)
+        << "setting the wall clock back does not move the end";
     EXPECT_EQ(finished->duration, 6.0 / 48000);
     EXPECT_EQ(finished->byteCount, 56);
     EXPECT_EQ(finished->sampleRate, 48000);
     EXPECT_EQ(told, (std::vector<std::string>{"started", "finished"}));
     EXPECT_EQ(events(), "start.request start.done stop.request stop.done ");
     recorder->stop();
-    EXPECT_FALSE(finish()) << "nothing is open any more";
+    EXPECT_FALSE(finish()) << "after the end no recording is open";
     EXPECT_EQ(entries.size(), 2U);
 }
 
@@ -130,18 +131,21 @@ TEST_F(AudioSessionRecorderTests, AllButTheLastTwoMegabytesSurviveAnything) {
         recorder->start();
         for (std::size_t written = block; written < 5'000'000; written += block) {
             append(std::vector<float>(block / 2, 0.5F), 48000);
-            ASSERT_LE(written, header().dataSize + 2'000'000) << "killed";
+            ASSERT_LE(written, header().dataSize + 2'000'000) << "a kill loses at most 2 MB";
             simulation::FaultyFileSystem afterwards(disk);
             afterwards.losePower(loss);
-            ASSERT_LE(written, loudBytes(afterwards) + 2'000'000) << "without power";
+            ASSERT_LE(written, loudBytes(afterwards) + 2'000'000)
+                << "a power failure loses at most 2 MB";
         }
-        EXPECT_GE(entries.size(), failingEntries + 1) << "listed while it is recorded";
+        EXPECT_GE(entries.size(), failingEntries + 1)
+            << "a failed catalog entry is saved while recording continues";
         host.advanceBy(1);
         spawn(Executor::main(host), recorder->synchronize());
         host.runUntilIdle();
         simulation::FaultyFileSystem asleep(disk);
         asleep.losePower(loss);
-        ASSERT_EQ(loudBytes(asleep), header().dataSize) << "synchronized";
+        ASSERT_EQ(loudBytes(asleep), header().dataSize)
+            << "synchronized sound survives a power failure";
         finish();
         simulation::FaultyFileSystem afterwards(disk);
         afterwards.losePower(loss);
@@ -191,7 +195,7 @@ TEST_F(AudioSessionRecorderTests, ThreeWriteFailuresInARowEndTheRecordingAndNotT
     }
 }
 
-TEST_F(AudioSessionRecorderTests, AnEndThatFailsIsToldOnceAndKeepsTheEntry) {
+TEST_F(AudioSessionRecorderTests, AFailureAtTheEndIsReportedOnceAndKeepsTheEntry) {
     recorder->start();
     append({0.5F});
     disk.failFrom = disk.operations + 1;
@@ -203,7 +207,7 @@ TEST_F(AudioSessionRecorderTests, AnEndThatFailsIsToldOnceAndKeepsTheEntry) {
                         "stop.close.failed stop.degraded ");
 }
 
-TEST_F(AudioSessionRecorderTests, AHeaderThatCannotBePatchedIsToldOnceAndTriedAgainNowAndThen) {
+TEST_F(AudioSessionRecorderTests, AFailedHeaderUpdateIsReportedOnceAndRetriedRarely) {
     int attempts = 0;
     recorder->start();
     append({0.5F});
@@ -215,7 +219,7 @@ TEST_F(AudioSessionRecorderTests, AHeaderThatCannotBePatchedIsToldOnceAndTriedAg
     for (int i = 0; i < 10000; ++i)
         append(std::vector<float>(160, 0.5F));
     EXPECT_EQ(header().dataSize, 0U);
-    EXPECT_LE(attempts, 7);
+    EXPECT_LE(attempts, 7) << "at 2 MB, and then each 0.2 MB up to 3.2 MB";
     disk.onOperation = nullptr;
     for (int i = 0; i < 700; ++i)
         append(std::vector<float>(160, 0.5F));
@@ -223,7 +227,7 @@ TEST_F(AudioSessionRecorderTests, AHeaderThatCannotBePatchedIsToldOnceAndTriedAg
     EXPECT_EQ(told, (std::vector<std::string>{"started", "录音文件收尾失败"}));
 }
 
-TEST_F(AudioSessionRecorderTests, AFullDiskCostsTheRecordingOnly) {
+TEST_F(AudioSessionRecorderTests, AFullDiskEndsTheRecordingAndNotTheSession) {
     disk.capacity = AudioSessionRecorder::reservedDiskBytes - 1;
     EXPECT_NO_THROW(recorder->start());
     append({0.5F});
@@ -238,7 +242,7 @@ TEST_F(AudioSessionRecorderTests, AFullDiskCostsTheRecordingOnly) {
         append(std::vector<float>(16000, 0.5F));
     EXPECT_EQ(told, (std::vector<std::string>{"started", "录音写入失败",
                                               "录音写入持续失败，已保留目前已写入的录音。"}));
-    EXPECT_GT(disk.freeSpace(folder), 10'000'000U) << "for the transcripts";
+    EXPECT_GT(disk.freeSpace(folder), 10'000'000U) << "space remains for the transcripts";
     EXPECT_EQ(finish()->byteCount, static_cast<std::int64_t>(file().size()));
 
     told.clear();
@@ -247,18 +251,19 @@ TEST_F(AudioSessionRecorderTests, AFullDiskCostsTheRecordingOnly) {
     recorder->start();
     append({0.5F});
     EXPECT_EQ(finish()->duration, 1.0 / 16000);
-    EXPECT_EQ(told, (std::vector<std::string>{"started", "finished"})) << "room has returned";
+    EXPECT_EQ(told, (std::vector<std::string>{"started", "finished"}))
+        << "the next recording works once there is space";
 }
 
-TEST_F(AudioSessionRecorderTests, AnotherFailureToStartIsThrown) {
+TEST_F(AudioSessionRecorderTests, AStartThatIsNotPermittedThrows) {
     disk.refused = ".wav";
     disk.failure = std::errc::permission_denied;
     EXPECT_THROW(recorder->start(), std::system_error);
     EXPECT_TRUE(told.empty() && entries.empty());
 }
 
-TEST_F(AudioSessionRecorderTests, AnEarlierRecordingOfTheSameSecondStays) {
-    disk.setContents(folder / "20251009-120000.wav", "nobody's");
+TEST_F(AudioSessionRecorderTests, AnEarlierRecordingOfTheSameSecondIsNotOverwritten) {
+    disk.setContents(folder / "20251009-120000.wav", "not in the catalog");
     recorder->start();
     finish();
     EXPECT_EQ(entries.back().filePath, folder / "20251009-120000.wav");
@@ -269,7 +274,7 @@ TEST_F(AudioSessionRecorderTests, AnEarlierRecordingOfTheSameSecondStays) {
 }
 
 TEST_F(AudioSessionRecorderTests, AStalledDiskLosesOnlySoundBeyondTheBuffer) {
-    constexpr std::size_t channels = 50; // large in memory, small on disk
+    constexpr std::size_t channels = 50; // large in memory; one channel on the disk
     constexpr std::size_t frames = 20'000;
     constexpr std::size_t blockBytes = frames * channels * sizeof(float);
     constexpr std::size_t room = AudioSessionRecorder::maximumWaitingBytes / blockBytes;
@@ -295,12 +300,12 @@ TEST_F(AudioSessionRecorderTests, AStalledDiskLosesOnlySoundBeyondTheBuffer) {
         blocks += sound[at] == 0 ? '.' : 'x';
     EXPECT_EQ(sound.size() % frames, 0U);
     EXPECT_EQ(blocks, std::string(room, 'x') + "...x" + std::string(room, 'x') + "..")
-        << "as long as what was heard";
+        << "lost sound becomes silence of the same length";
 }
 
 TEST_F(AudioSessionRecorderTests, GapsBecomeSilenceAndOtherRatesAreConverted) {
     recorder->start();
-    recorder->appendSilence(0.000125); // before the rate is known
+    recorder->appendSilence(0.000125); // before the rate is known; two samples at 16,000 Hz
     append({1, 1}, 16000);
     recorder->appendSilence(0.000125);
     recorder->appendSilence(-1);

@@ -126,20 +126,21 @@ TEST_F(MicrophoneCaptureTests, ConvertsToTheRateThatIsAskedForAndDropsEmptyResul
     server.deliver("usb", 0.2F);
     host.advanceBy(0);
     ASSERT_EQ(buffers.size(), 2U);
-    EXPECT_EQ(buffers[1]->frames(), 80U);
+    EXPECT_EQ(buffers[1]->frames(), 80U) << "half of 10 ms at 16,000 Hz";
 }
 
 TEST_F(MicrophoneCaptureTests, AFailedStartSaysWhatFailed) {
     const std::string domain = "Tessarune.MicrophoneCapture: ";
     EXPECT_EQ(start("gone"), domain + "无法切换到所选麦克风设备。");
-    EXPECT_EQ(start("built-in", 4000), domain + "麦克风设备不可用。") << "no converter";
+    EXPECT_EQ(start("built-in", 4000), domain + "麦克风设备不可用。")
+        << "there is no converter to 4,000 Hz";
     server.openFailure = SoundServerError(SoundServerError::accessDenied, "no");
     EXPECT_EQ(start("built-in"), "server: 1");
     server.openFailure.reset();
     server.setDevices(devices({"usb"}, "speaker.monitor"));
     EXPECT_EQ(start(std::nullopt), domain + "麦克风设备不可用。")
-        << "the sound of the speakers is no microphone";
-    EXPECT_EQ(start("speaker.monitor"), "started") << "unless it is asked for by name";
+        << "the monitor of the speakers is no default microphone";
+    EXPECT_EQ(start("speaker.monitor"), "started") << "a monitor that was chosen by name is used";
     server.connectFailure = SoundServerError(SoundServerError::connectionRefused, "no server");
     EXPECT_EQ(start("usb"), domain + "麦克风设备不可用。");
 }

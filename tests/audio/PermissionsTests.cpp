@@ -98,20 +98,20 @@ TEST_F(PermissionsTests, TheGatePassesOrSaysWhatIsRefused) {
          Status::unknown},
         {"system audio does not ask for the microphone", tap, refuses, Authorization::authorized,
          true, "passed", Status::unknown, Status::unknown},
-        {"the microphone that was chosen", AudioSource::microphone("usb"), works,
+        {"a chosen microphone is the one that is opened", AudioSource::microphone("usb"), works,
          Authorization::authorized, true, "passed", Status::granted, Status::unknown},
-        {"server refuses", mic, refuses, Authorization::authorized, true, microphone,
-         Status::denied, Status::unknown},
+        {"the server refuses the microphone", mic, refuses, Authorization::authorized, true,
+         microphone, Status::denied, Status::unknown},
         {"a broken server is not a refusal", mic, doesNotAnswer, Authorization::authorized, true,
          "passed", Status::granted, Status::unknown},
-        {"speech asked and granted", tap, works, Authorization::notDetermined, true, "passed",
-         Status::unknown, Status::granted},
-        {"speech asked and refused", tap, works, Authorization::notDetermined, false, speech,
+        {"speech is requested and granted", tap, works, Authorization::notDetermined, true,
+         "passed", Status::unknown, Status::granted},
+        {"speech is requested and refused", tap, works, Authorization::notDetermined, false, speech,
          Status::unknown, Status::denied},
-        {"speech denied", tap, works, Authorization::denied, true, speech, Status::unknown,
-         Status::denied},
-        {"speech restricted", mic, works, Authorization::restricted, true, speech, Status::granted,
-         Status::denied},
+        {"speech was denied before", tap, works, Authorization::denied, true, speech,
+         Status::unknown, Status::denied},
+        {"speech is restricted", mic, works, Authorization::restricted, true, speech,
+         Status::granted, Status::denied},
     };
     for (const Step& step : steps) {
         SCOPED_TRACE(step.name);
@@ -123,12 +123,13 @@ TEST_F(PermissionsTests, TheGatePassesOrSaysWhatIsRefused) {
         EXPECT_EQ(gate(permissions, step.source), step.outcome);
         EXPECT_EQ(*permissions.microphone, step.microphoneAfter);
         EXPECT_EQ(*permissions.speech, step.speechAfter);
-        EXPECT_TRUE(server.openSources().empty()) << "asking leaves no stream open";
+        EXPECT_TRUE(server.openSources().empty()) << "a request leaves no stream open";
         if (step.source.isMicrophone()) {
             EXPECT_EQ(server.requests.back().sourceID, step.source.deviceID().value_or("mic"));
         }
         PermissionsManager again(host, server, own, system(step.speech, step.answer));
-        EXPECT_EQ(*again.microphone, step.microphoneAfter) << "kept in the defaults";
+        EXPECT_EQ(*again.microphone, step.microphoneAfter)
+            << "the next start reads the stored status";
     }
 }
 
@@ -138,7 +139,7 @@ TEST_F(PermissionsTests, ARefusalIsValidUntilTheNextRequest) {
     server.openFailure = SoundServerError(SoundServerError::accessDenied, "no");
     EXPECT_NE(ask(), "passed");
     server.openFailure = SoundServerError(SoundServerError::timeout, "busy");
-    EXPECT_EQ(ask(), "passed") << "another failure says nothing about permissions";
+    EXPECT_EQ(ask(), "passed") << "a failure other than a refusal lets the session pass";
     permissions.refresh();
     EXPECT_EQ(*permissions.microphone, Status::granted) << "an undetermined status changes nothing";
 }
@@ -158,7 +159,7 @@ TEST_F(PermissionsTests, ALatchPublishesAndStoresOnlyWhatChanges) {
     permissions.merge(Key::systemAudioStatus, Status::denied);
     permissions.latch(Key::systemAudioStatus, Status::unknown);
     EXPECT_EQ(published, (std::vector<Status>{Status::granted, Status::denied, Status::unknown}));
-    EXPECT_EQ(defaults.writes, 2 + 3) << "two by this test, three changes";
+    EXPECT_EQ(defaults.writes, 2 + 3) << "two writes by this test, and one for each change";
     EXPECT_EQ(defaults.value("systemAudioStatus"), SettingValue(std::string("unknown")));
 }
 
@@ -185,7 +186,7 @@ TEST_F(PermissionsTests, LaunchAsksForSpeechOnceAndOnlyIfNothingIsKnown) {
     EXPECT_EQ(speechRequests, 1);
 }
 
-TEST_F(PermissionsTests, TheProbeBelievesWhatItHears) {
+TEST_F(PermissionsTests, TheProbeDecidesByWhetherSoundArrives) {
     PermissionsManager permissions(host, server, defaults, system(Authorization::authorized, true));
     const auto probed = [&] {
         spawn(Executor::main(host), permissions.deepProbeSystemAudio(2));
@@ -194,7 +195,7 @@ TEST_F(PermissionsTests, TheProbeBelievesWhatItHears) {
         return *permissions.systemAudio;
     };
     host.after(1.5, [&] { server.deliver("speaker.monitor", 0.0F); });
-    EXPECT_EQ(probed(), Status::granted) << "silence is sound that was delivered";
+    EXPECT_EQ(probed(), Status::granted) << "a silent buffer counts as sound";
     EXPECT_EQ(probed(), Status::denied);
     server.openFailure = SoundServerError(SoundServerError::timeout, "fault");
     EXPECT_EQ(probed(), Status::unknown);

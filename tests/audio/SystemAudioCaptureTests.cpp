@@ -116,11 +116,11 @@ TEST_F(SystemAudioCaptureTests, LevelsSpanSixtyDecibels) {
 TEST_F(SystemAudioCaptureTests, SilenceIsReportedOnceAfterTenSecondsWithoutAnyBuffer) {
     struct Step {
         const char* name;
-        double firstBufferAt; // 0: none
+        double firstBufferAt; // 0: no buffer comes
         std::vector<double> silentAt;
     };
-    for (const Step& step :
-         {Step{"none", 0, {10.0}}, Step{"just in time", 9.9, {}}, Step{"too late", 10.1, {10.0}}}) {
+    for (const Step& step : {Step{"no buffer", 0, {10.0}}, Step{"first buffer at 9.9 s", 9.9, {}},
+                             Step{"first buffer at 10.1 s", 10.1, {10.0}}}) {
         SCOPED_TRACE(step.name);
         listener->silentAt.clear();
         const double begin = host.now();
@@ -137,7 +137,7 @@ TEST_F(SystemAudioCaptureTests, SilenceIsReportedOnceAfterTenSecondsWithoutAnyBu
     start();
     capture->stop();
     host.advanceBy(30);
-    EXPECT_TRUE(listener->silentAt.empty()) << "a capture that was stopped does not complain";
+    EXPECT_TRUE(listener->silentAt.empty()) << "a stopped capture does not report silence";
 }
 
 TEST_F(SystemAudioCaptureTests, AFailedStartSaysWhatFailedAndLeavesNothingOpen) {
@@ -152,14 +152,14 @@ TEST_F(SystemAudioCaptureTests, AFailedStartSaysWhatFailedAndLeavesNothingOpen) 
         {"no server", [&] { server.connectFailure = refused; }, "创建系统音频 Tap 失败：6。"},
         {"no output", [&] { server.setDevices(devices({}, "")); },
          "读取系统音频 Tap 标识失败：5。"},
-        {"strange format",
+        {"output with a sample rate of 0",
          [&] {
              SoundDevices all = devices({"a"}, "a");
              all.outputs[0].format.sampleRate = 0;
              server.setDevices(all);
          },
          "系统音频格式暂不支持。"},
-        {"refused", [&] { server.openFailure = denied; }, "启动系统音频接收失败：1。"},
+        {"stream refused", [&] { server.openFailure = denied; }, "启动系统音频接收失败：1。"},
     };
     for (const Step& step : steps) {
         SCOPED_TRACE(step.name);
@@ -177,14 +177,14 @@ TEST_F(SystemAudioCaptureTests, AFailedStartSaysWhatFailedAndLeavesNothingOpen) 
     EXPECT_EQ(server.openSources().size(), 1U);
 }
 
-TEST(SystemAudioCaptureErrorTests, DescribesStatusesAsCodesWhereTheyAreOnes) {
+TEST(SystemAudioCaptureErrorTests, DescribesAStatusOfFourPrintableBytesAsText) {
     EXPECT_EQ(SystemAudioCaptureError::describe(0x6e6f7065), "'nope'");
     EXPECT_EQ(SystemAudioCaptureError::describe(-50), "-50");
     EXPECT_EQ(SystemAudioCaptureError::describe(0x6e6f701f), std::to_string(0x6e6f701f));
     EXPECT_EQ(SystemAudioCaptureError::describe(6), "6");
 }
 
-TEST_F(SystemAudioCaptureTests, StartingAgainReplacesAndStoppingEndsWhateverTheStartHasReached) {
+TEST_F(SystemAudioCaptureTests, ASecondStartReplacesTheStreamAndAStopEndsAPendingStart) {
     start();
     start();
     EXPECT_EQ(server.openSources().size(), 1U);
@@ -209,7 +209,7 @@ TEST_F(SystemAudioCaptureTests, StartingAgainReplacesAndStoppingEndsWhateverTheS
     }
 }
 
-TEST_F(SystemAudioCaptureTests, FollowsTheDefaultOutputWithoutAHole) {
+TEST_F(SystemAudioCaptureTests, FollowsTheDefaultOutputWithoutAGap) {
     server.setDevices(devices({"a", "b"}, "a"));
     start();
     server.keepDelivering(0.5F);
@@ -219,7 +219,8 @@ TEST_F(SystemAudioCaptureTests, FollowsTheDefaultOutputWithoutAHole) {
     server.setDevices(devices({"a", "b"}, "b"));
     host.advanceBy(0.15);
     EXPECT_EQ(server.openSources(), std::vector<std::string>{"a.monitor"});
-    EXPECT_NEAR(static_cast<double>(listener->buffers.size() - before), 15, 1);
+    EXPECT_NEAR(static_cast<double>(listener->buffers.size() - before), 15, 1)
+        << "the old stream delivers until the new one is open";
     host.advanceBy(1);
     EXPECT_EQ(server.openSources(), std::vector<std::string>{"b.monitor"});
     EXPECT_EQ(listener->events, (std::vector<CaptureEvent>{{Kind::deviceChanged, 0, "Output b"}}));
@@ -233,7 +234,7 @@ TEST_F(SystemAudioCaptureTests, FollowsTheDefaultOutputWithoutAHole) {
     EXPECT_EQ(listener->events.size(), 1U);
 }
 
-TEST_F(SystemAudioCaptureTests, GoesOnAfterWhateverTookTheSoundAwayAndReportsTheHole) {
+TEST_F(SystemAudioCaptureTests, ResumesAfterEachInterruptionAndReportsTheGap) {
     struct Step {
         const char* name;
         std::function<void()> takeAway;
@@ -241,26 +242,26 @@ TEST_F(SystemAudioCaptureTests, GoesOnAfterWhateverTookTheSoundAwayAndReportsThe
         std::function<void()> giveBack;
         int status;
         std::vector<Kind> kinds;
-        double gap; // minimum; reconnecting takes a little longer
+        double gap; // minimum; reconnecting adds up to two seconds
     };
     const std::vector<Kind> same = {Kind::interrupted, Kind::resumed};
     const std::vector<Kind> other = {Kind::interrupted, Kind::deviceChanged, Kind::resumed};
     const Step steps[] = {
-        {"slow to open",
+        {"another device opens slowly",
          [&] {
              server.openDelay = 3;
              server.setDevices(devices({"b"}, "b"));
          },
          12, [&] { server.openDelay = 0; }, SoundServerError::streamKilled, other, 6},
-        {"unplugged, another is there", [&] { server.setDevices(devices({"b"}, "b")); }, 5, [] {},
+        {"unplugged beside another", [&] { server.setDevices(devices({"b"}, "b")); }, 5, [] {},
          SoundServerError::streamKilled, other, 0},
-        {"unplugged, later another", [&] { server.setDevices(devices({}, "")); }, 5,
+        {"unplugged, later another device", [&] { server.setDevices(devices({}, "")); }, 5,
          [&] { server.setDevices(devices({"b"}, "b")); }, SoundServerError::streamKilled, other, 5},
         {"server restarted", [&] { server.goDown(); }, 7, [&] { server.comeBack(); },
          SoundServerError::connectionTerminated, same, 7},
         {"device asleep", [&] { server.keepDelivering(std::nullopt); }, 20,
          [&] { server.keepDelivering(0.5F); }, SoundServerError::timeout, same, 20},
-        {"cannot be opened for a while",
+        {"another device cannot be opened for a while",
          [&] {
              server.openFailure = SoundServerError(SoundServerError::timeout, "busy");
              server.setDevices(devices({"b"}, "b"));
@@ -277,7 +278,7 @@ TEST_F(SystemAudioCaptureTests, GoesOnAfterWhateverTookTheSoundAwayAndReportsThe
         const std::size_t opened = server.requests.size();
         step.takeAway();
         host.advanceBy(step.away);
-        EXPECT_LT(server.requests.size() - opened, 15U) << "tried again without pause";
+        EXPECT_LT(server.requests.size() - opened, 15U) << "there are pauses between the attempts";
         step.giveBack();
         host.advanceBy(5);
         EXPECT_EQ(kinds(), step.kinds);
@@ -285,15 +286,15 @@ TEST_F(SystemAudioCaptureTests, GoesOnAfterWhateverTookTheSoundAwayAndReportsThe
         EXPECT_NEAR(listener->events.back().gapSeconds, step.gap + 1, 1.03);
         EXPECT_EQ(server.openSources().size(), 1U);
     }
-    server.openFailure = SoundServerError(SoundServerError::timeout, "busy"); // but not for long
+    server.openFailure = SoundServerError(SoundServerError::timeout, "busy"); // for 0.1 s
     server.setDevices(devices({"a"}, "a"));
     host.advanceBy(0.1);
     server.openFailure.reset();
     host.advanceBy(0.5);
-    EXPECT_EQ(server.openSources().size(), 1U) << "the pauses are as short as at first";
+    EXPECT_EQ(server.openSources().size(), 1U) << "after a success the pauses are short again";
 }
 
-TEST_F(SystemAudioCaptureTests, LateFirstSoundOfAnotherOutputIsAHoleAndLateSoundIsNot) {
+TEST_F(SystemAudioCaptureTests, LateFirstSoundOfAnotherOutputIsAGapAndOtherLateSoundIsNot) {
     server.setDevices(devices({"a", "b"}, "a"));
     start();
     server.keepDelivering(0.5F);
@@ -314,7 +315,7 @@ TEST_F(SystemAudioCaptureTests, LateFirstSoundOfAnotherOutputIsAHoleAndLateSound
     EXPECT_NEAR(listener->events.back().gapSeconds, 1.5, 0.02);
 }
 
-TEST(SystemAudioCaptureSleepTests, AProgramThatDidNotRunFindsItsSoundWaitingAndOnlyTheRestIsLost) {
+TEST(SystemAudioCaptureSleepTests, AProgramThatDidNotRunLosesOnlyWhatTheServerDidNotKeep) {
     struct Step {
         double stopped; // seconds
         double waiting; // seconds of sound that the server kept
@@ -323,7 +324,7 @@ TEST(SystemAudioCaptureSleepTests, AProgramThatDidNotRunFindsItsSoundWaitingAndO
     // The last two: a sleeping computer, and a pause too short to count as a gap.
     for (const Step& step : {Step{6, 6, 0}, Step{30, 20, 10}, Step{6, 0, 6}, Step{1, 1, 0},
                              Step{3600, 0, 3600}, Step{2, 0, 0}}) {
-        SCOPED_TRACE(step.stopped);
+        SCOPED_TRACE(::testing::Message() << step.stopped << " s, kept " << step.waiting << " s");
         testing::WorkingHost host;
         ScriptedSoundServer server(host.simulated);
         auto ears = std::make_shared<Listener>(host.simulated);
@@ -349,17 +350,17 @@ TEST(SystemAudioCaptureSleepTests, AProgramThatDidNotRunFindsItsSoundWaitingAndO
         double heard = 0;
         for (const AudioBufferPtr& buffer : ears->buffers)
             heard += buffer->seconds();
-        double holes = 0;
+        double gaps = 0;
         for (const CaptureEvent& event : ears->events)
-            holes += event.gapSeconds;
-        EXPECT_NEAR(holes, step.lost, 0.05);
-        EXPECT_NEAR(heard + holes, 10 + step.waiting + step.lost, 0.1)
-            << "no second twice and none left out";
+            gaps += event.gapSeconds;
+        EXPECT_NEAR(gaps, step.lost, 0.05);
+        EXPECT_NEAR(heard + gaps, 10 + step.waiting + step.lost, 0.1)
+            << "sound and gaps together have the expected length";
         EXPECT_EQ(ears->events.size(), step.lost > 0 ? 2U : 0U);
         if (step.lost > 0) {
             EXPECT_NEAR(static_cast<double>(ears->eventsAfter.back()),
                         static_cast<double>(before + waiting), 4)
-                << "where it is";
+                << "the gap follows the sound that the server kept";
         }
     }
 }

@@ -8,18 +8,19 @@ namespace {
 
 using testing::wavBytes;
 
-TEST(WAVHeaderTests, WritesWhatOthersWriteAndReadsItBack) {
+TEST(WAVHeaderTests, EncodesTheUsualHeaderAndDecodesIt) {
     for (const std::uint16_t channels : {std::uint16_t{1}, std::uint16_t{2}}) {
         WAVHeader header{.sampleRate = 48000, .channels = channels, .dataSize = 8};
         EXPECT_EQ(header.encoded(), wavBytes({1, 2, 3, 4}, 48000, channels).substr(0, 44));
         EXPECT_EQ(WAVHeader::decoded(header.encoded()), header);
     }
     const WAVHeader huge{.sampleRate = 48000, .dataSize = 5'000'000'000};
-    EXPECT_EQ(WAVHeader::decoded(huge.encoded())->dataSize, 0xFFFFFFFFU) << "to the end";
+    EXPECT_EQ(WAVHeader::decoded(huge.encoded())->dataSize, 0xFFFFFFFFU)
+        << "a size beyond 32 bits becomes the maximum";
     EXPECT_EQ(huge.encoded().substr(4, 4), "\xFF\xFF\xFF\xFF");
 }
 
-TEST(WAVHeaderTests, SurvivesOtherLayoutsAndAnyDamage) {
+TEST(WAVHeaderTests, SkipsOtherChunksAndRefusesDamagedHeaders) {
     const std::string plain = wavBytes({1, 2, 3, 4}, 16000);
     const std::string list("LIST\x03\0\0\0abc\0", 12);
     const auto found = WAVHeader::decoded(plain.substr(0, 36) + list + plain.substr(36));
@@ -45,10 +46,10 @@ TEST(WAVHeaderTests, SurvivesOtherLayoutsAndAnyDamage) {
     for (const auto& lie : lies) {
         std::string damaged = plain;
         damaged.replace(lie.at, lie.bytes.size(), lie.bytes);
-        EXPECT_FALSE(WAVHeader::decoded(damaged)) << lie.at;
+        EXPECT_FALSE(WAVHeader::decoded(damaged)) << "damaged at byte " << lie.at;
     }
     for (std::size_t size = 0; size < 44; ++size)
-        EXPECT_FALSE(WAVHeader::decoded(plain.substr(0, size))) << size;
+        EXPECT_FALSE(WAVHeader::decoded(plain.substr(0, size))) << "cut after byte " << size;
 }
 
 } // namespace

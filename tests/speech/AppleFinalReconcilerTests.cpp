@@ -59,6 +59,7 @@ std::string letters(const std::vector<std::string>& reasons) {
     return all;
 }
 
+/// `mark`: the audio time up to which finals are suppressed.
 void expect(const char* description, const Candidate& final,
             const std::optional<Candidate>& partial, std::optional<double> mark, Decision decision,
             const char* reasons, std::optional<double> markAfter = {}) {
@@ -80,14 +81,14 @@ void expect(const char* description, const Candidate& final,
     EXPECT_EQ(record.lastPartial, partial);
 }
 
-TEST(AppleFinalReconcilerTests, WhatNeedsNoComparisonIsDecidedFirst) {
+TEST(AppleFinalReconcilerTests, PunctuationAndSuppressedFinalsAreDecidedWithoutComparison) {
     const auto partial = said(partialOfEight, 20.0);
     expect("punctuation only, the mark survives", said("，。", 20.0), partial, 10.0, drop, "Ap",
            10.0);
     expect("white space without a partial", said("  ", 1.0), none, none, useFinal, "n");
-    expect("at the edge of the window", said("it is", 10.12), partial, 10.0, drop, "w", 10.0);
-    expect("just outside of the window", said("it is", 10.13), none, 10.0, useFinal, "n");
-    expect("without an end it is never inside", said("it is", none), none, 10.0, useFinal, "n");
+    expect("0.12 s after the mark", said("it is", 10.12), partial, 10.0, drop, "w", 10.0);
+    expect("more than 0.12 s after the mark", said("it is", 10.13), none, 10.0, useFinal, "n");
+    expect("a final without an end", said("it is", none), none, 10.0, useFinal, "n");
 }
 
 TEST(AppleFinalReconcilerTests, DecidesBetweenAFinalAndItsLastPartial) {
@@ -95,36 +96,38 @@ TEST(AppleFinalReconcilerTests, DecidesBetweenAFinalAndItsLastPartial) {
     const auto nine = said(partialOfNine, 5.0);
     const std::string other = "completely different words were heard here";
     expect("the same text", said(partialOfEight, 5.0), eight, none, useFinal, "a");
-    expect("a mark that has passed", said(partialOfEight, 5.0), eight, 4.0, useFinal, "a");
+    expect("a final well after the mark", said(partialOfEight, 5.0), eight, 4.0, useFinal, "a");
     expect("white space", said("  ", 1.0), eight, none, usePartial, "ACSs", 5.0);
-    expect("collapsed, doubtful", said("we", 5.0, 0.4), eight, none, usePartial, "CS");
-    expect("collapsed, confident", said("we", 5.0, 0.6), eight, none, useFinal, "CS");
-    expect("collapsed, alternatives", said("we", 5.0, 0.6, true), eight, none, usePartial, "CSM");
-    expect("a third of nine", said("we are going", 5.0, 0.5), nine, none, usePartial, "CS");
-    expect("more than a third", said("we are going to", 5.0, 0.5), nine, none, useFinal, "S");
-    expect("alternatives, but four words", said("a b c d", 5.0, 0.6, true),
+    expect("collapsed, confidence 0.4", said("we", 5.0, 0.4), eight, none, usePartial, "CS");
+    expect("collapsed, confidence 0.6", said("we", 5.0, 0.6), eight, none, useFinal, "CS");
+    expect("collapsed, with alternatives", said("we", 5.0, 0.6, true), eight, none, usePartial,
+           "CSM");
+    expect("a third of nine words", said("we are going", 5.0, 0.5), nine, none, usePartial, "CS");
+    expect("four of nine words", said("we are going to", 5.0, 0.5), nine, none, useFinal, "S");
+    expect("collapsed, with alternatives, four words", said("a b c d", 5.0, 0.6, true),
            said("one two three four five six seven eight nine ten eleven twelve", 5.0), none,
            useFinal, "CSM");
     expect("garbled, no confidence", said("(-a-)", 5.0), eight, none, usePartial, "BCDES");
-    expect("garbled, blanks apart", said("(ab .)", 5.0), eight, none, usePartial, "BCDES");
-    expect("too little in the partial", said("  ", 5.0), said("ab cde", 5.0), none, useFinal, "AS");
-    expect("one word in the partial", said("  ", 5.0), said("abcdefgh", 5.0), none, useFinal, "AS");
-    expect("junk, hopeless", said("— " + partialOfEight, 5.0, 0.05), eight, none, usePartial,
-           "DXV");
-    expect("junk, doubtful", said("— " + partialOfEight, 5.0, 0.06), eight, none, useFinal, "DV");
-    expect("repeated opening, hopeless", said("we We " + partialOfEight, 5.0, 0.01), eight, none,
-           usePartial, "FXV");
-    expect("another text, hopeless", said(other, 5.0, 0.05), eight, none, usePartial, "SXV");
-    expect("another text, confident", said(other, 5.0, 0.9), eight, none, useFinal, "S");
-    expect("two words for three, very doubtful", said("going now", 5.0, 0.12),
+    expect("garbled, with a blank", said("(ab .)", 5.0), eight, none, usePartial, "BCDES");
+    expect("a partial of five letters", said("  ", 5.0), said("ab cde", 5.0), none, useFinal, "AS");
+    expect("a partial of one word", said("  ", 5.0), said("abcdefgh", 5.0), none, useFinal, "AS");
+    expect("junk before the text, confidence 0.05", said("— " + partialOfEight, 5.0, 0.05), eight,
+           none, usePartial, "DXV");
+    expect("junk before the text, confidence 0.06", said("— " + partialOfEight, 5.0, 0.06), eight,
+           none, useFinal, "DV");
+    expect("repeated opening, confidence 0.01", said("we We " + partialOfEight, 5.0, 0.01), eight,
+           none, usePartial, "FXV");
+    expect("another text, confidence 0.05", said(other, 5.0, 0.05), eight, none, usePartial, "SXV");
+    expect("another text, confidence 0.9", said(other, 5.0, 0.9), eight, none, useFinal, "S");
+    expect("two words for three, confidence 0.12", said("going now", 5.0, 0.12),
            said("going by now", 5.0), none, usePartial, "V");
-    expect("the partial heard more", said("we", 5.0, 0.4), said(partialOfEight, 5.3), none,
+    expect("the partial ends 0.3 s later", said("we", 5.0, 0.4), said(partialOfEight, 5.3), none,
            usePartial, "CSs", 5.3);
-    expect("the partial heard hardly more", said("we", 1.0, 0.4), said(partialOfEight, 1.2), none,
+    expect("the partial ends 0.2 s later", said("we", 1.0, 0.4), said(partialOfEight, 1.2), none,
            usePartial, "CS");
 }
 
-TEST(AppleFinalReconcilerTests, ThePartialsTimesAreUsedWhereItHasThem) {
+TEST(AppleFinalReconcilerTests, APartialWithoutTimesTakesThoseOfTheFinal) {
     const auto outcome = reconcile(said("we", 5.0, 0.4), said(partialOfEight, none), none);
     EXPECT_EQ(outcome.record.decision, Decision::useLastPartial);
     EXPECT_EQ(outcome.selectedAudioStartSeconds, 4.0);
@@ -153,7 +156,7 @@ TEST(AppleFinalReconcilerTests, SimilarityIsTheShareOfCharactersThatStay) {
         EXPECT_DOUBLE_EQ(normalizedSimilarity(c.a, c.b), c.expected) << c.a << " / " << c.b;
 }
 
-TEST(AppleFinalReconcilerTests, HashesAndPreviewsHaveTheirFixedForms) {
+TEST(AppleFinalReconcilerTests, HashesAndPreviewsHaveFixedForms) {
     EXPECT_EQ(fnv1a64Hex(""), "cbf29ce484222325");
     EXPECT_EQ(fnv1a64Hex("a"), "af63dc4c8601ec8c");
     EXPECT_EQ(fnv1a64Hex("foobar"), "85944171f73967e8");

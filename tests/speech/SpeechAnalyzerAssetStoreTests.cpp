@@ -24,7 +24,7 @@ struct SpeechAnalyzerAssetStoreTests : ::testing::Test {
     std::vector<SpeechAnalyzerAssetStatus> seen;
 };
 
-TEST_F(SpeechAnalyzerAssetStoreTests, AnInstallationEndsInWhatCameOfIt) {
+TEST_F(SpeechAnalyzerAssetStoreTests, StatusesAndEventsFollowTheInstallation) {
     const SpeechAnalyzerAssetStatus checking{Kind::checking, ""}, installed{Kind::installed, ""},
         downloading{Kind::downloading, ""}, failed{Kind::failed, "the server is gone"},
         unsupported{Kind::unsupported, ""};
@@ -37,12 +37,13 @@ TEST_F(SpeechAnalyzerAssetStoreTests, AnInstallationEndsInWhatCameOfIt) {
         All statuses;
         Events events;
     } cases[] = {
-        {"there", true, true, "", All{checking, installed}, Events{"ready"}},
-        {"to be fetched", true, false, "", All{checking, downloading, installed},
+        {"already installed", true, true, "", All{checking, installed}, Events{"ready"}},
+        {"downloaded", true, false, "", All{checking, downloading, installed},
          Events{"install.start", "install.done"}},
-        {"fails", true, false, "the server is gone", All{checking, downloading, failed},
-         Events{"install.start", "install.failed"}},
-        {"no such model", false, false, "", All{checking, unsupported}, Events{"install.failed"}},
+        {"the download fails", true, false, "the server is gone",
+         All{checking, downloading, failed}, Events{"install.start", "install.failed"}},
+        {"there is no such model", false, false, "", All{checking, unsupported},
+         Events{"install.failed"}},
     };
     recordStatuses();
     std::size_t written = 0;
@@ -63,7 +64,7 @@ TEST_F(SpeechAnalyzerAssetStoreTests, AnInstallationEndsInWhatCameOfIt) {
     }
 }
 
-TEST_F(SpeechAnalyzerAssetStoreTests, ANewAttemptReplacesTheFormerOne) {
+TEST_F(SpeechAnalyzerAssetStoreTests, ANewAttemptReplacesThePreviousOne) {
     inventory.installed = false;
     recordStatuses();
     store->prepare("en-US");
@@ -73,11 +74,11 @@ TEST_F(SpeechAnalyzerAssetStoreTests, ANewAttemptReplacesTheFormerOne) {
     host.runUntilIdle();
     EXPECT_EQ(inventory.downloads, 2);
     EXPECT_EQ(inventory.stopped, 1);
-    EXPECT_EQ(seen.size(), 5u) << "the former attempt must not write its end";
+    EXPECT_EQ(seen.size(), 5u) << "the replaced attempt does not publish its end";
     EXPECT_EQ(seen.back().kind, Kind::installed);
 }
 
-TEST_F(SpeechAnalyzerAssetStoreTests, TheStoreMayGoWhileItDownloads) {
+TEST_F(SpeechAnalyzerAssetStoreTests, DestroyingTheStoreStopsItsDownload) {
     inventory.installed = false;
     store->prepare("en-US");
     host.advanceBy(0.25);
@@ -86,7 +87,7 @@ TEST_F(SpeechAnalyzerAssetStoreTests, TheStoreMayGoWhileItDownloads) {
     EXPECT_EQ(inventory.stopped, 1);
 }
 
-TEST_F(SpeechAnalyzerAssetStoreTests, ThePreheaterAsksOncePerLocale) {
+TEST_F(SpeechAnalyzerAssetStoreTests, ThePreheaterTriesOncePerLocale) {
     std::string selected = "apple-analyzer-en-gb";
     SpeechAnalyzerPreheater preheater(*store, [&] { return selected; });
     inventory.installed = false;
@@ -97,7 +98,7 @@ TEST_F(SpeechAnalyzerAssetStoreTests, ThePreheaterAsksOncePerLocale) {
         return inventory.downloads;
     };
     EXPECT_EQ(preheat(), 1);
-    EXPECT_EQ(preheat(), 1) << "a failed download is the user's to repeat";
+    EXPECT_EQ(preheat(), 1) << "the preheater does not retry a failed download";
     selected = "an option of another version";
     EXPECT_EQ(preheat(), 2);
     EXPECT_TRUE(store->statuses->contains("en-US"));

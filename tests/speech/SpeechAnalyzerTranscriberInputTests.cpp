@@ -26,12 +26,12 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, TinyBuffersAreJoinedUpTo85Millisecon
         std::vector<std::size_t> batches; ///< frames at 16,000 Hz; the stop sends the last batch
     } cases[] = {
         // 85 ms are 1,360 frames at 16,000 Hz.
-        {"exactly a batch", 16000, std::vector<int>(17, 170), {1360, 1360, 170}},
+        {"buffers that fill a batch exactly", 16000, std::vector<int>(17, 170), {1360, 1360, 170}},
         {"the next buffer would not fit", 16000, std::vector<int>(10, 160), {1280, 320}},
-        {"larger than a batch", 16000, {2000, 2000}, {2000, 2000}},
-        {"a large one after a small one", 16000, {100, 2000}, {100, 2000}},
-        {"empty ones", 16000, {0, 1360, 0}, {1360}},
-        {"a batch shorter than one frame", 10, {1, 1, 1}, {1600, 1600, 1600}},
+        {"buffers larger than a batch", 16000, {2000, 2000}, {2000, 2000}},
+        {"a large buffer after a small one", 16000, {100, 2000}, {100, 2000}},
+        {"empty buffers", 16000, {0, 1360, 0}, {1360}},
+        {"frames longer than a batch", 10, {1, 1, 1}, {1600, 1600, 1600}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -50,7 +50,7 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, TinyBuffersAreJoinedUpTo85Millisecon
     }
 }
 
-TEST_F(SpeechAnalyzerTranscriberInputTests, ARecogniserThatHangsDoesNotPileUpSoundForEver) {
+TEST_F(SpeechAnalyzerTranscriberInputTests, ARecogniserThatHangsLeavesAtMost3600BatchesQueued) {
     start();
     // The recogniser takes nothing until `takenBatches` runs the host. 0.1 s is a batch by itself;
     // at 100 Hz, five thousand of them are quickly made.
@@ -95,7 +95,7 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, ABatchThatCannotBeConvertedIsLostAnd
     converters.failures = 1;
     append(0.5);
     append(0.25);
-    EXPECT_EQ(perf("secondsBehind"), 0.25) << "the engine has not run yet";
+    EXPECT_EQ(perf("secondsBehind"), 0.25) << "the engine has not taken the second batch yet";
     EXPECT_EQ(takenBatches(), std::vector<std::size_t>{4000});
     EXPECT_EQ(perf("secondsBehind"), 0);
     EXPECT_EQ(perf("fedAudioSeconds"), 0.75);
@@ -109,7 +109,7 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, LostSoundCountsInTheTimesOfLaterWord
         double lost;                ///< seconds
     };
     const Step steps[] = {
-        {"a hole in the capture",
+        {"a gap in the capture",
          [&] {
              append(0.04); // not a full batch yet
              transcriber->skip(60);
@@ -156,7 +156,7 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, LostSoundCountsInTheTimesOfLaterWord
         EXPECT_NEAR(finals[1].start, epoch + heard - 0.75 + step.lost, 1e-6);
         EXPECT_NEAR(finals[1].words.value().at(0).end, epoch + heard - 0.25 + step.lost, 1e-6);
         EXPECT_NEAR(summaries.back().mappedEndEpochSeconds.value(), finals[1].end, 1e-6)
-            << "the diagnostics record has the same clock";
+            << "the diagnostics record has the same times";
         transcriber->stop();
         host.runUntilIdle();
     }
@@ -171,9 +171,9 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, FinalizationIsThrottledByAudioAndByW
         {"no sound", 0, 0, 5, {}},
         {"too little sound: the cutoff, 0.45 s before the end, is not above 0.2", 0.65, 0, 0, {}},
         {"just enough", 0.6875, 0, 0, {"request", "done"}},
-        {"a second one, too early for both", 1.01, 0.89, 1.19, {"request", "done"}},
-        {"far enough in the sound", 1.01, 0.9, 0, {"request", "done", "request", "done"}},
-        {"far enough in time", 1.01, 0, 1.2, {"request", "done", "request", "done"}},
+        {"two requests, 0.89 s of sound and 1.19 s apart", 1.01, 0.89, 1.19, {"request", "done"}},
+        {"two, 0.9 s of sound apart", 1.01, 0.9, 0, {"request", "done", "request", "done"}},
+        {"two, 1.2 s apart", 1.01, 0, 1.2, {"request", "done", "request", "done"}},
     };
     std::size_t before = 0;
     for (const auto& c : cases) {
@@ -240,7 +240,7 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, OldSoundIsDroppedInStepsOfAtLeastFou
     };
     for (const auto& step : steps) {
         give(simulation::spoken(true, "word", step.finalEnd - 0.25));
-        EXPECT_EQ(engine.session().cancelCutoffs, step.cutoffs) << step.finalEnd;
+        EXPECT_EQ(engine.session().cancelCutoffs, step.cutoffs) << step.finalEnd << " s";
     }
     EXPECT_EQ(perf("canceledAudioSeconds"), 8);
     EXPECT_EQ(log.lines("speechAnalyzer.cancel.request").at(0)["reason"], "engineFinal");

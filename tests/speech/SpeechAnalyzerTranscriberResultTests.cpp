@@ -49,11 +49,11 @@ TEST_F(SpeechAnalyzerTranscriberResultTests, FinalsAreArbitratedAgainstTheLastPa
          {partial("hello"), spoken(true, "Hello.")},
          {"= Hello."},
          {"useFinal"}},
-        {"a poor final: its fragments up to the mark are dropped, once",
+        {"a poor final: the partial is used, and fragments before its end are dropped",
          {partial(talk), poor, fragment(1.0), fragment(1.5)},
          {"= " + talk},
          {"useLastPartial", "dropSuppressedFinal", "dropSuppressedFinal"}},
-        {"the fragments have caught up: the mark is gone",
+        {"a fragment that ends just before the mark clears it",
          {partial(talk), poor, fragment(1.88), fragment(2.1)},
          {"= " + talk, "= about it"},
          {"useLastPartial", "dropSuppressedFinal", "useFinal"}},
@@ -73,7 +73,7 @@ TEST_F(SpeechAnalyzerTranscriberResultTests, FinalsAreArbitratedAgainstTheLastPa
          {partial(talk), spoken(true, "..."), poor},
          {"= we"},
          {"dropSuppressedFinal", "useFinal"}},
-        {"but if that partial still waits, it is sent",
+        {"a final of punctuation only does not withdraw a pending partial",
          {partial("hello there"), spoken(true, "...")},
          {"~1 hello there"},
          {"dropSuppressedFinal"}},
@@ -100,18 +100,18 @@ TEST_F(SpeechAnalyzerTranscriberResultTests, FinalsAreArbitratedAgainstTheLastPa
     }
 }
 
-TEST_F(SpeechAnalyzerTranscriberResultTests, AnEmptyFinalTakesTheGuessBackAtOnce) {
+TEST_F(SpeechAnalyzerTranscriberResultTests, AnEmptyFinalWithdrawsTheGuessAtOnce) {
     int withdrawn = 0;
     transcriber->onGuessWithdrawn = [&] { ++withdrawn; };
     start();
     append(4);
-    give(spoken(true, "")); // there is no guess to take back
+    give(spoken(true, "")); // there is no guess to withdraw
     EXPECT_EQ(withdrawn, 0);
     give(spoken(false, "um"));
     give(spoken(true, ""));
     EXPECT_EQ(withdrawn, 1);
     host.advanceBy(1);
-    EXPECT_TRUE(sent.empty()) << "a guess that waits does not come after it was taken back";
+    EXPECT_TRUE(sent.empty()) << "a pending guess is not sent after its withdrawal";
 }
 
 TEST_F(SpeechAnalyzerTranscriberResultTests, AFinalCarriesTheTimesOfTheTextThatWasChosen) {
@@ -132,7 +132,7 @@ TEST_F(SpeechAnalyzerTranscriberResultTests, AFinalCarriesTheTimesOfTheTextThatW
                                           std::vector<ASRWordTiming>{{"Hello", 1000.5, 1000.75},
                                                                      {"world.", 1000.75, 1001}}}));
     EXPECT_EQ(finals[1].start, 1001) << "where the previous utterance ended";
-    EXPECT_EQ(finals[1].end, 1004) << "now";
+    EXPECT_EQ(finals[1].end, 1004) << "when it arrived";
     EXPECT_EQ(finals[1].words, std::nullopt);
     EXPECT_EQ(finals[2].start, 1004);
     EXPECT_EQ(finals[3], (ASREvent::Final{talk, 1005, 1007, EndpointReason::engineFinal, {}}));
@@ -157,7 +157,7 @@ TEST_F(SpeechAnalyzerTranscriberResultTests, AResetBeginsANewUtterance) {
     EXPECT_EQ(finals.back().start, 1005);
 }
 
-TEST_F(SpeechAnalyzerTranscriberResultTests, TheCallbacksDecideWhatIsAskedOfTheEngine) {
+TEST_F(SpeechAnalyzerTranscriberResultTests, TheCallbacksDecideWhichOptionsAreRequested) {
     const struct {
         bool summary, raw;
         Texts options;
@@ -218,7 +218,7 @@ TEST_F(SpeechAnalyzerTranscriberResultTests, TheCallbacksDecideWhatIsAskedOfTheE
     }
 }
 
-TEST_F(SpeechAnalyzerTranscriberResultTests, AFailureOfTheEngineIsToldOnceAndOnlyInItsSession) {
+TEST_F(SpeechAnalyzerTranscriberResultTests, AFailureOfTheEngineIsReportedOnceAndOnlyInItsSession) {
     start();
     engine.session().fail("the engine broke");
     host.runUntilIdle();

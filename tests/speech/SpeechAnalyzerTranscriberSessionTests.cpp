@@ -71,7 +71,7 @@ TEST_F(SpeechAnalyzerTranscriberSessionTests, NothingOfAStoppedSessionReachesThe
     EXPECT_TRUE(old->cancelled);
     EXPECT_EQ(log.events("speechAnalyzer.finalize."), Texts{"request"});
     EXPECT_TRUE(old->cancelCutoffs.empty());
-    EXPECT_EQ(perf("fedAudioSeconds"), 1) << "counters are the session's";
+    EXPECT_EQ(perf("fedAudioSeconds"), 1) << "each session counts from zero";
 }
 
 TEST_F(SpeechAnalyzerTranscriberSessionTests, ADrainWaitsForTheLastWords) {
@@ -84,12 +84,12 @@ TEST_F(SpeechAnalyzerTranscriberSessionTests, ADrainWaitsForTheLastWords) {
     host.runDue(host.now());
     EXPECT_EQ(outcome, "done");
     host.runUntilIdle();
-    EXPECT_EQ(sent, Texts{"= last words"}) << "the final takes the place of the waiting partial";
+    EXPECT_EQ(sent, Texts{"= last words"}) << "the final replaces the pending partial";
     EXPECT_NEAR(engine.session().heardSeconds, 0.53, 1e-9);
     EXPECT_FALSE(engine.session().cancelled);
     EXPECT_EQ(perf("drainTimeouts"), 0);
     EXPECT_EQ(log.lines("speechAnalyzer.input.flush").at(0)["reason"], "finishDraining");
-    EXPECT_EQ(host.now(), 1000) << "the limit of the drain does not outlive it";
+    EXPECT_EQ(host.now(), 1000) << "the finished drain leaves no timer";
 
     begin(transcriber->finishDrainingAndStop());
     EXPECT_EQ(outcome, "done") << "without a session there is nothing to wait for";

@@ -91,7 +91,7 @@ class Hammer {
         "en-US", {host_, engine_.engine(), assets_, converters_.maker(), log_.logger});
 };
 
-TEST(SpeechAnalyzerTranscriberThreadsTests, CaptureRequestsAndSessionsMayMeetAnywhere) {
+TEST(SpeechAnalyzerTranscriberThreadsTests, CaptureRequestsAndSessionsRunConcurrently) {
     LoopHost host;
     Hammer hammer(host);
     spawn(Executor::main(host), Hammer::run(hammer));
@@ -105,7 +105,7 @@ TEST(SpeechAnalyzerTranscriberThreadsTests, CaptureRequestsAndSessionsMayMeetAny
     EXPECT_GT(hammer.decided(), 0);
     EXPECT_EQ(hammer.lateFinals(), 0);
     EXPECT_DOUBLE_EQ(hammer.heardInLastSession(), hammer.converted())
-        << "what was fed in the session that was drained has all been heard";
+        << "the engine has heard all sound of the drained session";
 }
 
 } // namespace
