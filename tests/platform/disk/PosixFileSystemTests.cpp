@@ -28,7 +28,7 @@ int callUnlessInterrupted(long call, int file, int operation) {
 
 } // namespace
 
-// These replace the functions of the C library.
+// These replace the functions of the C library, to interrupt their calls.
 extern "C" int flock(int file, int operation) noexcept {
     return callUnlessInterrupted(SYS_flock, file, operation);
 }
@@ -82,7 +82,7 @@ std::string answers(FileSystem& disk, const std::filesystem::path& base) {
     return log;
 }
 
-TEST(PosixFileSystemTests, AnswersAsTheDiskOfTheSimulationDoes) {
+TEST(PosixFileSystemTests, BehavesLikeTheSimulatedDisk) {
     const testing::TemporaryFolder folder;
     PosixFileSystem real;
     simulation::FaultyFileSystem simulated;
@@ -92,7 +92,7 @@ TEST(PosixFileSystemTests, AnswersAsTheDiskOfTheSimulationDoes) {
     EXPECT_NE(expected.find(std::string("01ab456789x\0\0\0 14", 17)), std::string::npos);
 }
 
-TEST(PosixFileSystemTests, WhatItMakesIsTheUsersAlone) {
+TEST(PosixFileSystemTests, FilesAndFoldersAreAccessibleToTheUserOnly) {
     const testing::TemporaryFolder folder;
     const mode_t before = ::umask(0);
     PosixFileSystem disk;
@@ -111,17 +111,17 @@ TEST(PosixFileSystemTests, WhatItMakesIsTheUsersAlone) {
             << entry.path();
         ++count;
     }
-    EXPECT_EQ(count, 7);
+    EXPECT_EQ(count, 7) << "three folders, the lock, the index and two recordings";
 }
 
-TEST(PosixFileSystemTests, APipeOrADeviceInPlaceOfAFileHoldsNobodyUp) {
+TEST(PosixFileSystemTests, APipeOrADeviceInPlaceOfAFileIsReadAsEmpty) {
     const testing::TemporaryFolder folder;
     ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
     EXPECT_EQ(PosixFileSystem().read(folder / "pipe"), "");
     EXPECT_EQ(PosixFileSystem().read("/dev/zero"), "");
 }
 
-TEST(PosixFileSystemTests, AReadOnlyFolderIsNamedAsWhatItIs) {
+TEST(PosixFileSystemTests, AReadOnlyFolderIsReportedAsReadOnly) {
     const testing::TemporaryFolder folder;
     const std::filesystem::path locked = folder / "locked";
     PosixFileSystem disk;
@@ -132,7 +132,7 @@ TEST(PosixFileSystemTests, AReadOnlyFolderIsNamedAsWhatItIs) {
     std::filesystem::permissions(locked, perms(0555));
     const uid_t user = ::geteuid();
     constexpr uid_t nobody = 65534;
-    ASSERT_TRUE(user != 0 || ::seteuid(nobody) == 0) << "root may write everywhere";
+    ASSERT_TRUE(user != 0 || ::seteuid(nobody) == 0) << "root cannot become another user";
     const std::function<void()> writes[] = {
         [&] { disk.writeAtomically(locked / "new", ""); },
         [&] { disk.create(locked / "new"); },
@@ -191,7 +191,7 @@ TEST(PosixFileSystemTests, TwoProgramsMayAppendLinesToOneLog) {
     EXPECT_EQ(whole, 2 * lines);
 }
 
-TEST(PosixFileSystemTests, ASignalIsNoFailure) {
+TEST(PosixFileSystemTests, CallsThatASignalInterruptsAreRepeated) {
     const testing::TemporaryFolder folder;
     interruptions = 2;
     const auto lock = FileLock::tryToTake(folder / "lock");

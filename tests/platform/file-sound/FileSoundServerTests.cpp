@@ -14,11 +14,11 @@ namespace {
 /// Stereo sound of the given length; one channel is loud, the other has half its level.
 class Stereo final : public MediaFile {
   public:
-    explicit Stereo(double seconds) : left_(static_cast<int>(seconds * 10)) {}
+    explicit Stereo(double seconds) : blocks_(static_cast<int>(seconds * 10)) {}
     AudioFormat format() const override { return {8000, 2}; }
     std::optional<double> duration() const override { return std::nullopt; }
     AudioBufferPtr read() override {
-        if (left_-- <= 0)
+        if (blocks_-- <= 0)
             return nullptr;
         auto block = std::make_shared<AudioBuffer>(AudioBuffer{format(), {}});
         for (int frame = 0; frame < 800; ++frame)
@@ -27,7 +27,7 @@ class Stereo final : public MediaFile {
     }
 
   private:
-    int left_;
+    int blocks_; ///< not read yet, a tenth of a second each
 };
 
 class Ears final : public SystemAudioCaptureDelegate {
@@ -77,15 +77,15 @@ struct FileSoundServerTests : ::testing::Test {
     std::shared_ptr<SystemAudioCapture> capture;
 };
 
-TEST_F(FileSoundServerTests, PlaysOnceThroughInTheChannelsThatAreWantedAndWithoutHoles) {
+TEST_F(FileSoundServerTests, PlaysOnceInTheRequestedChannelsWithoutGaps) {
     play(FileSoundServer::Pace::realTime());
     host.advanceBy(1);
     EXPECT_NEAR(ears->heard, 1, 0.02);
-    host.sleepComputer(60); // or any other delay
+    host.sleepComputer(60); // stands for any delay
     host.runUntilIdle();
     EXPECT_NEAR(ears->heard, seconds, 1e-6);
     EXPECT_GT(endedAt, 0);
-    EXPECT_EQ(opened, 1) << "what came through a pipe comes only once";
+    EXPECT_EQ(opened, 1) << "a pipe cannot be opened again";
     EXPECT_EQ(ears->events, 0);
     EXPECT_EQ(ears->last->format, (AudioFormat{8000, 1}));
     EXPECT_NEAR(ears->last->samples.front(), 0.75, 1e-3);
@@ -95,7 +95,7 @@ TEST_F(FileSoundServerTests, PlaysOnceThroughInTheChannelsThatAreWantedAndWithou
     host.runUntilIdle();
 }
 
-TEST_F(FileSoundServerTests, FollowsItsListenerWithoutWaitingWhereItIsQuick) {
+TEST_F(FileSoundServerTests, FollowsItsListenerAndWaitsOnlyForASlowOne) {
     seconds = 100;
     double lag = 0;
     int asked = 0;
@@ -107,14 +107,14 @@ TEST_F(FileSoundServerTests, FollowsItsListenerWithoutWaitingWhereItIsQuick) {
         5));
     host.runUntilIdle();
     EXPECT_NEAR(ears->heard, seconds, 1e-6);
-    EXPECT_EQ(endedAt, 1000) << "no time goes by where nothing has to be waited for";
-    EXPECT_LT(asked, 50);
+    EXPECT_EQ(endedAt, 1000) << "a quick listener is never waited for";
+    EXPECT_LT(asked, 50) << "the listener is not asked for each buffer";
 
     lag = 6;
+    ears->heard = 0;
     run(capture->start());
-    const double before = ears->heard;
     host.advanceBy(10);
-    EXPECT_LT(ears->heard - before, 6) << "it is never further ahead";
+    EXPECT_LT(ears->heard, 6) << "the file plays at most five seconds ahead of its listener";
     capture->stop();
     host.runUntilIdle();
 }

@@ -153,7 +153,7 @@ void FaultyServer::serve(int connection) {
         sendAll(connection, std::string_view(reply.body).substr(0, reply.sendAtMost));
         char byte = 0;
         if (reply.stalls)
-            ::recv(connection, &byte, 1, 0); // until the other side has had enough
+            ::recv(connection, &byte, 1, 0); // until the client closes the connection
     }
     std::lock_guard lock(mutex_);
     std::erase(connections_, connection);

@@ -1,4 +1,4 @@
-// Downloads from a local server that fails in every way we could think of.
+// Downloads from a local server that fails as instructed.
 
 #include "Tessarune/platform/disk/PosixFileSystem.h"
 #include "Tessarune/platform/host/LoopHost.h"
@@ -152,7 +152,7 @@ TEST_F(InstallerTest, FilesArriveCheckedAndTheModelAppearsWhole) {
     for (const char* name : {"a.ort", "b.ort", "c.ort", "d.ort", "empty.json"}) {
         const std::string bytes = *name == 'e' ? "" : someBytes(100'000, files.size());
         server_.on("/" + std::string(name), [this, bytes](const Request&) {
-            EXPECT_FALSE(isStored()) << "not before it is whole";
+            EXPECT_FALSE(isStored()) << "the model appears when all its files are there";
             return Reply::whole(bytes);
         });
         files.push_back(file(name, bytes));
@@ -169,10 +169,10 @@ TEST_F(InstallerTest, FilesArriveCheckedAndTheModelAppearsWhole) {
     EXPECT_LE(server_.mostAtATime(), 2u);
     EXPECT_EQ(progress_.received, 400'000 + packed(bytes_).size());
     EXPECT_EQ(install(model(files)), "");
-    EXPECT_EQ(server_.requests().size(), files.size()) << "what is there is not fetched again";
+    EXPECT_EQ(server_.requests().size(), files.size()) << "an installed model is not fetched again";
 }
 
-TEST_F(InstallerTest, ServerThatFailsIsAskedAgainAndGoesOnWhereItStopped) {
+TEST_F(InstallerTest, ServerThatFailsIsRetriedFromWhereItStopped) {
     const std::string& b = bytes_;
     const Reply whole = Reply::whole(b);
     const Reply otherRange{.status = 206,
@@ -185,7 +185,7 @@ TEST_F(InstallerTest, ServerThatFailsIsAskedAgainAndGoesOnWhereItStopped) {
         Ranges ranges;              ///< what the requests ask for
     };
     const std::vector<Case> cases{
-        {"cut", {Reply::cut(b, 100'000), Reply::cut(b, 100'000), whole}, {all, 100'000, 200'000}},
+        {"cuts", {Reply::cut(b, 100'000), Reply::cut(b, 100'000), whole}, {all, 100'000, 200'000}},
         {"stalls", {Reply::cut(b, 70'000).stalling(), whole}, {all, 70'000}},
         {"ignores ranges", {Reply::cut(b, 100'000), whole.withoutRanges()}, {all, 100'000}},
         {"sends another range", {Reply::cut(b, 9'000), otherRange, whole}, {all, 9'000, all}},
@@ -209,12 +209,12 @@ TEST_F(InstallerTest, ServerThatFailsIsAskedAgainAndGoesOnWhereItStopped) {
         EXPECT_EQ(install(model({file("a.ort", b)})), "");
         EXPECT_TRUE(isStored() && stored("a.ort") == b);
         EXPECT_EQ(ranges(), one.ranges);
-        EXPECT_EQ(troubles_.exchange(0), one.replies.size() - 1) << "each is told at once";
+        EXPECT_EQ(troubles_.exchange(0), one.replies.size() - 1) << "each failure is reported";
         startOver();
     }
 }
 
-TEST_F(InstallerTest, WhatIsWrongIsRefusedNamedAndRemoved) {
+TEST_F(InstallerTest, BadDownloadIsRefusedWithItsReasonAndNotInstalled) {
     const std::string& b = bytes_;
     std::string wrong = b;
     wrong[1234] = static_cast<char>(wrong[1234] ^ 1);
@@ -230,29 +230,30 @@ TEST_F(InstallerTest, WhatIsWrongIsRefusedNamedAndRemoved) {
         const char* name;
         Reply reply;
         FileToFetch file;
-        const char* text;
-        std::size_t requests;
+        const char* text;     ///< part of the failure
+        std::size_t requests; ///< three in a row without progress end the download
     };
     const std::vector<Case> cases{
-        {"wrong", Reply::whole(wrong), plain, "its checksum (CRC-32C) is wrong; it was removed", 1},
-        {"wrong too", Reply::whole(wrong), bySHA256,
+        {"wrong CRC-32C", Reply::whole(wrong), plain,
+         "its checksum (CRC-32C) is wrong; it was removed", 1},
+        {"wrong SHA-256", Reply::whole(wrong), bySHA256,
          "its checksum (SHA-256) is wrong; it was removed", 1},
         {"too long", Reply::whole(b + "more"), plain, "sends more than the file's size", 1},
-        {"missing", Reply::failure(404), plain, "404", 1},
+        {"not found", Reply::failure(404), plain, "404", 1},
         {"always busy", Reply::failure(503), plain, "503", 3},
         {"always cut", Reply::cut(b, 10).withoutRanges(), plain, "", 4},
-        {"short", Reply::whole(b.substr(9)).withoutRanges(), plain, "ended the file too early", 4},
-        {"in a circle", Reply::failure(302, {"Location: /a.ort"}), plain, "redirect", 6},
-        {"wrong and always cut", Reply::cut(wrong, 150'000), plain,
+        {"too short", Reply::whole(b.substr(9)).withoutRanges(), plain, "too early", 4},
+        {"redirect to itself", Reply::failure(302, {"Location: /a.ort"}), plain, "redirect", 6},
+        {"wrong CRC-32C and always cut", Reply::cut(wrong, 150'000), plain,
          "its checksum (CRC-32C) is wrong", 4},
-        {"to a file", Reply::failure(302, {"Location: file:///etc/passwd"}), plain, "", 1},
+        {"redirect to a file", Reply::failure(302, {"Location: file:///etc/passwd"}), plain, "", 1},
         {"not packed", Reply::whole(b), zstd, "it cannot be unpacked", 1},
-        {"packed, cut", Reply::whole(packed(b).substr(9)), zstd, "it cannot be unpacked", 1},
-        {"packed, short", Reply::whole(packed(b).substr(0, 999)), zstd, "it is incomplete", 1},
+        {"packed, start cut", Reply::whole(packed(b).substr(9)), zstd, "it cannot be unpacked", 1},
+        {"packed, end cut", Reply::whole(packed(b).substr(0, 999)), zstd, "it is incomplete", 1},
         {"packed, wrong", Reply::whole(packed(wrong)), zstd, "its checksum (SHA-256) is wrong", 1},
-        {"packed, huge", Reply::whole(packed(std::string(9'000'000, 'x'))), zstd,
+        {"packed, too long", Reply::whole(packed(std::string(9'000'000, 'x'))), zstd,
          "more than the expected size", 1},
-        {"no sum at all", Reply::whole(b), unchecked, "no checksum", 0},
+        {"no expected checksum", Reply::whole(b), unchecked, "no checksum", 0},
     };
     for (const Case& one : cases) {
         SCOPED_TRACE(one.name);
@@ -274,18 +275,18 @@ TEST_F(InstallerTest, LeftoversOfAnEarlierRunAreUsedOrReplaced) {
     foreign[7] = static_cast<char>(foreign[7] ^ 1);
     struct Case {
         const char* name;
-        std::string part;
-        std::string whole;
+        std::string part;  ///< content of a.ort.part; empty: no such file
+        std::string whole; ///< content of a.ort, which was complete and checked
         Ranges ranges;
     };
     const std::vector<Case> cases{
-        {"a part", bytes_.substr(0, 200'000), "", {200'000}},
-        {"a part of another edition", foreign, "", {200'000, all}},
-        {"all of it, not yet checked", bytes_, "", {}},
-        {"all of another edition", foreign + bytes_.substr(200'000), "", {all}},
-        {"longer than the file", bytes_ + "more", "", {all}},
-        {"checked", "", bytes_, {}},
-        {"checked, damaged since", "", foreign, {all}},
+        {"a partial file", bytes_.substr(0, 200'000), "", {200'000}},
+        {"a partial file of another edition", foreign, "", {200'000, all}},
+        {"a complete file, not checked yet", bytes_, "", {}},
+        {"a complete file of another edition", foreign + bytes_.substr(200'000), "", {all}},
+        {"a file that is too long", bytes_ + "more", "", {all}},
+        {"a checked file", "", bytes_, {}},
+        {"a checked file, damaged since", "", foreign, {all}},
     };
     server_.on("/a.ort", bytes_);
     for (const Case& one : cases) {
@@ -305,7 +306,7 @@ TEST_F(InstallerTest, LeftoversOfAnEarlierRunAreUsedOrReplaced) {
     }
 }
 
-TEST_F(InstallerTest, AModelThatWasDamagedSinceIsReplaced) {
+TEST_F(InstallerTest, AModelThatWasDamagedSinceItsInstallationIsReplaced) {
     const auto flip = [](const std::filesystem::path& path) {
         std::fstream file(path, std::ios::binary | std::ios::in | std::ios::out);
         file.seekp(1000);
@@ -318,18 +319,18 @@ TEST_F(InstallerTest, AModelThatWasDamagedSinceIsReplaced) {
     EXPECT_EQ(install(wanted), "");
     EXPECT_TRUE(stored("a.ort") == bytes_);
 
-    // A model that came with the program cannot be replaced; the new one takes precedence.
+    // A damaged model that came with the program stays; a downloaded one takes precedence over it.
     ModelStore own(disk_, folder_ / "own", {folder_ / "Models"});
     ModelInstaller installer(host_, own, impatient());
     EXPECT_EQ(install(installer, wanted), "");
-    EXPECT_EQ(server_.requests().size(), 2u);
+    EXPECT_EQ(server_.requests().size(), 2u) << "an intact shipped model is not fetched";
     flip(store_.folder(ModelKind::speech, "some-en") / "a.ort");
     EXPECT_EQ(install(installer, wanted), "");
     EXPECT_EQ(server_.requests().size(), 3u);
     EXPECT_NO_THROW(ModelStore::verify(own.find(ModelKind::speech, "some-en").value()));
 }
 
-TEST_F(InstallerTest, WhatIsBeingDownloadedIsNotRemoved) {
+TEST_F(InstallerTest, AModelCannotBeRemovedDuringItsDownload) {
     server_.on("/a.ort", [&](const Request&) {
         EXPECT_THROW(store_.remove(ModelKind::speech, "some-en"), std::runtime_error);
         return Reply::whole(bytes_);
@@ -339,7 +340,7 @@ TEST_F(InstallerTest, WhatIsBeingDownloadedIsNotRemoved) {
     EXPECT_FALSE(isStored());
 }
 
-TEST_F(InstallerTest, NoRoomIsSaidBeforeAnythingIsFetched) {
+TEST_F(InstallerTest, TooLittleDiskSpaceIsReportedBeforeAnythingIsFetched) {
     server_.on("/a.ort", bytes_);
     FileToFetch huge = file("a.ort", bytes_);
     huge.bytes = std::uint64_t{1} << 60;
@@ -348,7 +349,7 @@ TEST_F(InstallerTest, NoRoomIsSaidBeforeAnythingIsFetched) {
     EXPECT_TRUE(server_.requests().empty());
 }
 
-TEST_F(InstallerTest, NamesThatLeadElsewhereAreRefused) {
+TEST_F(InstallerTest, UnsafeAndRepeatedFileNamesAreRefused) {
     server_.on("/a.ort", bytes_);
     for (const char* name : {"../a.ort", "/etc/a.ort", ".a.ort", "a/b", "", "model.json", "a\nb"}) {
         FileToFetch wanted = file("a.ort", bytes_);
@@ -360,12 +361,12 @@ TEST_F(InstallerTest, NamesThatLeadElsewhereAreRefused) {
     EXPECT_TRUE(server_.requests().empty());
 }
 
-TEST_F(InstallerTest, StoppedDownloadKeepsItsPartAndTheNextGoesOn) {
+TEST_F(InstallerTest, StoppedDownloadIsContinuedByTheNext) {
     server_.on("/a.ort", [&](const Request& request) {
         return request.number == 0 ? Reply::cut(bytes_, 150'000).stalling() : Reply::whole(bytes_);
     });
     ModelInstaller installer(host_, store_, impatient());
-    stopAtProgress_ = true; // as a user does while it runs
+    stopAtProgress_ = true; // as a user does during the download
     EXPECT_EQ(install(installer, model({file("a.ort", bytes_)})), "The download was stopped.");
     EXPECT_FALSE(isStored());
     stopAtProgress_ = false;
@@ -374,7 +375,7 @@ TEST_F(InstallerTest, StoppedDownloadKeepsItsPartAndTheNextGoesOn) {
     EXPECT_GT(ranges().back().value_or(0), 0u);
 }
 
-TEST_F(InstallerTest, WishForTheSameModelIsSharedAndOutlivesWhoGivesUp) {
+TEST_F(InstallerTest, TwoCallersShareADownloadThatContinuesWhenOneGivesUp) {
     server_.on("/a.ort", bytes_);
     ModelInstaller installer(host_, store_, impatient());
     const AvailableModel wanted = model({file("a.ort", bytes_)});
@@ -385,15 +386,15 @@ TEST_F(InstallerTest, WishForTheSameModelIsSharedAndOutlivesWhoGivesUp) {
     spawn(main, attempt(installer.install(wanted, {}, stop.get_token()), &first, &host_));
     spawn(main, attempt(installer.install(wanted, {}, {}), &second, &host_));
     host_.post([&] { stop.request_stop(); });
-    host_.run(); // ends when the first has given up
+    host_.run(); // until the first caller has given up
     EXPECT_EQ(first, "The download was stopped.");
     while (!isStored())
         host_.run();
-    EXPECT_EQ(second, "pending") << "a success leaves no text";
+    EXPECT_EQ(second, "pending") << "only a failure replaces this text";
     EXPECT_EQ(server_.requests().size(), 1u);
 }
 
-// Run by the test below as a process of its own.
+// The test below runs this one in processes of their own.
 TEST_F(InstallerTest, DISABLED_AnotherProcess) {
     const char* folder = std::getenv("TESSARUNE_TEST_STORE");
     const char* url = std::getenv("TESSARUNE_TEST_URL");
@@ -406,7 +407,7 @@ TEST_F(InstallerTest, DISABLED_AnotherProcess) {
     EXPECT_TRUE(store.find(ModelKind::speech, "some-en").has_value());
 }
 
-TEST_F(InstallerTest, TwoProcessesFetchOnce) {
+TEST_F(InstallerTest, ThreeProcessesShareOneDownload) {
     server_.on("/a.ort", bytes_);
     setenv("TESSARUNE_TEST_STORE", (folder_ / "Models").c_str(), 1);
     setenv("TESSARUNE_TEST_URL", server_.url("/a.ort").c_str(), 1);
@@ -426,7 +427,7 @@ TEST_F(InstallerTest, TwoProcessesFetchOnce) {
     EXPECT_TRUE(isStored());
 }
 
-TEST_F(InstallerTest, MirrorStandsInForTheServers) {
+TEST_F(InstallerTest, MirrorReplacesTheServers) {
     EXPECT_EQ(mirrored("https://models.example/a/b.ort", ""), "https://models.example/a/b.ort");
     EXPECT_EQ(mirrored("https://models.example/a/b.ort", "http://here/m"),
               "http://here/m/models.example/a/b.ort");

@@ -41,13 +41,13 @@ TEST_F(ModelStoreTest, OwnModelHidesTheShippedOneUnlessItIsDamaged) {
     const StoredModel own = add(store_, "tiny-en", "own content");
     EXPECT_EQ(store_.find(ModelKind::speech, "tiny-en").value().folder, own.folder);
     write(own.path("a.ort"), "own con");
-    EXPECT_EQ(store_.find(ModelKind::speech, "tiny-en").value().bytes(), 7u);
+    EXPECT_EQ(store_.find(ModelKind::speech, "tiny-en").value().bytes(), 7u) << "the shipped one";
     EXPECT_FALSE(store_.list(ModelKind::speech).front().isRemovable);
 
     store_.remove(ModelKind::speech, "tiny-en");
     EXPECT_FALSE(std::filesystem::exists(own.folder));
     EXPECT_TRUE(store_.find(ModelKind::speech, "tiny-en").has_value());
-    EXPECT_THROW(store_.remove(ModelKind::speech, "small-en"), std::runtime_error) << "not there";
+    EXPECT_THROW(store_.remove(ModelKind::speech, "small-en"), std::runtime_error) << "unknown";
     EXPECT_TRUE(store_.list(ModelKind::translation).empty());
 }
 
@@ -67,7 +67,7 @@ TEST_F(ModelStoreTest, DamageIsNamed) {
         EXPECT_EQ(!found.damage.empty(), isSeenAtOnce);
         try {
             ModelStore::verify(found);
-            FAIL() << "the damage was not seen";
+            FAIL() << "the damage was not detected";
         } catch (const ModelDamaged& failure) {
             EXPECT_NE(std::string(failure.what()).find("tiny-en"), std::string::npos);
             EXPECT_NE(std::string(failure.what()).find("a.ort"), std::string::npos);

@@ -128,7 +128,7 @@ class SpeechAnalyzerTest : public ::testing::Test {
         return found;
     }
 
-    /// Transcribes a hundred seconds of the script as a recording.
+    /// Transcribes 101 seconds of the script as a recording, in blocks of thirty seconds.
     static Task<void> transcribe(std::shared_ptr<SpeechFileAnalyzer> analyzer,
                                  std::vector<SpeechResult>* results) {
         Task<std::string> preparing = analyzer->prepare();
@@ -196,34 +196,35 @@ TEST_F(SpeechAnalyzerTest, LinesBecomeFinalsAndTheDrainGivesTheRest) {
 
 TEST_F(SpeechAnalyzerTest, SlowComputerUpdatesLessOftenAndKeepsUp) {
     for (const double cost : {0.0, 0.05, 0.3, 1.5}) {
+        SCOPED_TRACE(::testing::Message() << cost << " s a pass");
         engine_.passes.clear();
         engine_.passCost = 0; // the warm-up is not measured
         startUp();
         engine_.passes.clear();
         engine_.passCost = cost;
         hearUntilAnew(12);
-        ASSERT_GE(engine_.passes.size(), 3u) << cost;
+        ASSERT_GE(engine_.passes.size(), 3u);
         for (std::size_t i = 1; i < engine_.passes.size(); ++i) {
             const auto& [at, heard] = engine_.passes[i];
-            EXPECT_GE(at - engine_.passes[i - 1].at, std::max(0.2, 2 * cost) - 1e-6) << cost;
-            EXPECT_LE(at - engine_.passes[i - 1].at, std::max(0.2, 2 * cost) + 2 * batch) << cost;
-            // The pass covered all sound so far, except for a batch or two in transit.
-            EXPECT_GE(heard, at - startedAt_ - 2 * batch - cost) << cost;
+            EXPECT_GE(at - engine_.passes[i - 1].at, std::max(0.2, 2 * cost) - 1e-6);
+            EXPECT_LE(at - engine_.passes[i - 1].at, std::max(0.2, 2 * cost) + 2 * batch);
+            // All sound so far, except for a batch or two in transit.
+            EXPECT_GE(heard, at - startedAt_ - 2 * batch - cost);
         }
         run(analyzer_->cancelAndFinishNow());
     }
 }
 
-TEST_F(SpeechAnalyzerTest, SoundThatStopsComingIsStillLookedAt) {
+TEST_F(SpeechAnalyzerTest, TheLastSoundBeforeAPauseGetsOnePass) {
     startUp();
     hearUntil(1.9);
     const std::size_t before = engine_.passes.size();
     host_.simulated.advanceBy(1);
-    ASSERT_EQ(engine_.passes.size(), before + 1) << "once, and not again and again";
+    ASSERT_EQ(engine_.passes.size(), before + 1) << "one pass, and no further ones";
     EXPECT_NEAR(engine_.passes.back().heard, fed_, 0.01);
 }
 
-TEST_F(SpeechAnalyzerTest, AComputerThatIsMuchTooSlowSkipsSoundAndHoldsNoMoreAndMoreOfIt) {
+TEST_F(SpeechAnalyzerTest, AComputerThatIsMuchTooSlowSkipsSoundInsteadOfFallingBehind) {
     engine_.script.clear();
     for (int i = 0; i < 30; ++i)
         engine_.script.push_back({"Line " + std::to_string(i) + ".", i * 2.0, i * 2.0 + 1.5});
@@ -232,25 +233,25 @@ TEST_F(SpeechAnalyzerTest, AComputerThatIsMuchTooSlowSkipsSoundAndHoldsNoMoreAnd
     EXPECT_TRUE(texts(true).empty());
     engine_.passCost = 6; // followed by a rest of the same length
     hearUntil(59);
-    EXPECT_GT(engine_.passes.back().heard, 45) << "it goes on with what is said now";
+    EXPECT_GT(engine_.passes.back().heard, 45) << "it continues with the newest sound";
     EXPECT_LT(texts(true).size(), 25u);
     ASSERT_GE(results_.size(), 2u);
     const auto final = std::find_if(results_.begin(), results_.end(),
                                     [](const SpeechResult& result) { return result.isFinal; });
     ASSERT_TRUE(final != results_.begin() && final != results_.end());
-    EXPECT_EQ(final->text(), std::prev(final)->text()) << "what was shown stays";
+    EXPECT_EQ(final->text(), std::prev(final)->text()) << "the shown words become the final";
     double before = -1;
     for (const SpeechResult& result : results_) {
         if (!result.isFinal)
             continue;
         const double start = result.runs.front().audioStart.value();
         EXPECT_GT(start, before);
-        EXPECT_NEAR(start, std::stod(result.text().substr(5)) * 2, 0.1) << "times stay right";
+        EXPECT_NEAR(start, std::stod(result.text().substr(5)) * 2, 0.1) << "skips count as time";
         before = start;
     }
 }
 
-TEST_F(SpeechAnalyzerTest, TimeInWhichTheProcessDidNotRunIsNoReasonToRest) {
+TEST_F(SpeechAnalyzerTest, TimeInWhichTheProcessDidNotRunDoesNotDelayTheNextPass) {
     startUp();
     hearUntil(2.5);
     engine_.stoppedInPass = 12;
@@ -264,14 +265,14 @@ TEST_F(SpeechAnalyzerTest, TimeInWhichTheProcessDidNotRunIsNoReasonToRest) {
     EXPECT_LE(engine_.passes.front().at - woke, 0.2 + 2 * batch);
 }
 
-TEST_F(SpeechAnalyzerTest, FastSoundIsNotDelayedNorMeasured) {
+TEST_F(SpeechAnalyzerTest, SoundFasterThanRealTimeIsNotDelayedAndGivesNoSpeedOfTheModel) {
     const auto speeds = store_.folder(ModelKind::speech, "speeds.json");
     engine_.script = {{"On and on it goes.", 0, 1000}};
     startUp();
     engine_.passCost = 3; // too slow for a live model
     for (std::size_t i = 1; i <= 60; ++i) {
         hearAtOnce(5);
-        ASSERT_EQ(unheardSeconds_(), 0) << "looked at without waiting";
+        ASSERT_EQ(unheardSeconds_(), 0) << "all sound is recognised without a wait";
     }
     TearDown();
     EXPECT_FALSE(std::filesystem::exists(speeds));
@@ -280,12 +281,12 @@ TEST_F(SpeechAnalyzerTest, FastSoundIsNotDelayedNorMeasured) {
     startUp();
     hearUntilAnew(30);
     TearDown();
-    EXPECT_TRUE(std::filesystem::exists(speeds)) << "live sound does tell";
+    EXPECT_TRUE(std::filesystem::exists(speeds)) << "live sound gives the speed of the model";
 }
 
-TEST_F(SpeechAnalyzerTest, ALineIsClosedWhereItsSoundStopsAndWhatFollowsIsAnotherOne) {
+TEST_F(SpeechAnalyzerTest, ALineIsClosedWhereItsSoundStopsAndAnotherFollows) {
     for (const double cost : {0.0, 1.5}) {
-        SCOPED_TRACE(cost);
+        SCOPED_TRACE(::testing::Message() << cost << " s a pass");
         engine_.script = {{"Ever tried.", 1, 4}, {"Fail better.", 4.5, 6}};
         results_.clear();
         engine_.passCost = 0;
@@ -293,9 +294,9 @@ TEST_F(SpeechAnalyzerTest, ALineIsClosedWhereItsSoundStopsAndWhatFollowsIsAnothe
         engine_.passCost = cost;
         hearUntilAnew(3);
         host_.simulated.advanceBy(1.5);
-        EXPECT_TRUE(texts(true).empty()) << "sound may be a little late";
+        EXPECT_TRUE(texts(true).empty()) << "a short pause does not close the line";
         host_.simulated.advanceBy(8);
-        ASSERT_EQ(texts(true).size(), 1u) << "the source may be gone for hours";
+        ASSERT_EQ(texts(true).size(), 1u) << "a long pause closes the line";
         const std::size_t passes = engine_.passes.size();
         host_.simulated.advanceBy(60);
         EXPECT_EQ(engine_.passes.size(), passes);
@@ -309,11 +310,11 @@ TEST_F(SpeechAnalyzerTest, ALineIsClosedWhereItsSoundStopsAndWhatFollowsIsAnothe
     }
 }
 
-TEST_F(SpeechAnalyzerTest, OldLinesAreDroppedBetweenLinesAndTheClockGoesOn) {
+TEST_F(SpeechAnalyzerTest, OldLinesAreDroppedBetweenLinesAndTimesContinue) {
     startUp(RecognitionPolicy{.linesBeforeRestart = 2});
     hearUntil(2);
     run(analyzer_->cancelAnalysis(0.5));
-    EXPECT_EQ(engine_.streamsMade, 2u) << "the trial of the preparation and the session's";
+    EXPECT_EQ(engine_.streamsMade, 2u) << "one for the trial of the model and one for the session";
     hearUntil(7.3); // the third line has begun, and the engine does not show it yet
     run(analyzer_->cancelAnalysis(5));
     EXPECT_EQ(engine_.streamsMade, 3u);
@@ -349,9 +350,9 @@ TEST_F(SpeechAnalyzerTest, FinalizeClosesALongLineAtARestIfThereIsOneSoon) {
         spawn(Executor::main(host_), noteOutcome(analyzer_->finalize(through), &deciding));
         hearUntil(9.1);
         EXPECT_EQ(texts(true), finalsAt9);
-        EXPECT_EQ(deciding, "done") << "nobody waits longer than a second";
+        EXPECT_EQ(deciding, "done") << "finalize waits at most a second";
         hearUntil(13);
-        EXPECT_EQ(texts(true), textsOf(engine_.script)) << "nothing is lost and nothing twice";
+        EXPECT_EQ(texts(true), textsOf(engine_.script)) << "each line comes once";
         EXPECT_NEAR(results_.back().runs.front().audioStart.value(), 8.5, 0.01);
         TearDown();
     }
@@ -366,14 +367,14 @@ TEST_F(SpeechAnalyzerTest, AbortEndsTheResultsAtOnce) {
     hearUntil(6);
     EXPECT_EQ(results_.size(), before);
     EXPECT_EQ(engine_.streamsOpen, 0u);
-    // A drain that is in progress or comes late ends, too.
+    // A drain after the abort ends, too.
     EXPECT_EQ(run(analyzer_->finalizeAndFinishThroughEndOfInput()), "");
 }
 
-TEST_F(SpeechAnalyzerTest, FailuresSaySoWhereTheyHappen) {
+TEST_F(SpeechAnalyzerTest, FailuresAreReportedWhereTheyHappen) {
     struct Case {
         const char* call;
-        const char* prepare; // how the text begins
+        const char* prepare; // this and the next two: the failure there, or empty
         const char* start;
         const char* results;
     };
@@ -404,7 +405,7 @@ TEST_F(SpeechAnalyzerTest, FailuresSaySoWhereTheyHappen) {
     }
 }
 
-TEST_F(SpeechAnalyzerTest, MissingPartsAreNamed) {
+TEST_F(SpeechAnalyzerTest, MissingAndDamagedFilesAreNamed) {
     make();
     choice_ = "medium-streaming-en";
     EXPECT_EQ(run(analyzer_->prepareToAnalyze({speechSampleRate, 1})),
@@ -414,7 +415,7 @@ TEST_F(SpeechAnalyzerTest, MissingPartsAreNamed) {
     std::ofstream(file) << "wEights"; // the same length as before
     EXPECT_NE(run(analyzer_->prepareToAnalyze({speechSampleRate, 1})).find(file.string()),
               std::string::npos);
-    EXPECT_EQ(engine_.modelsLoaded, 0u) << "found before loading";
+    EXPECT_EQ(engine_.modelsLoaded, 0u) << "the damage is found before the model is loaded";
 
     const TemporaryFolder empty;
     try {
@@ -427,7 +428,7 @@ TEST_F(SpeechAnalyzerTest, MissingPartsAreNamed) {
     EXPECT_THROW(MoonshineLibrary::open({empty.path()}), std::runtime_error);
 }
 
-TEST_F(SpeechAnalyzerTest, AutomaticTakesTheLargestThatIsWholeAndQuickEnough) {
+TEST_F(SpeechAnalyzerTest, AutomaticChoosesTheLargestIntactModelThatIsFastEnough) {
     for (const char* name : {"small-streaming-en", "medium-streaming-en"}) {
         const auto partial = store_.partialFolder(ModelKind::speech, name);
         std::filesystem::create_directories(partial);
@@ -438,7 +439,7 @@ TEST_F(SpeechAnalyzerTest, AutomaticTakesTheLargestThatIsWholeAndQuickEnough) {
         host_, store_, [this] { return choice_; }, [this] { return engine_.library(); }, 0.1,
         4'000'000'000);
     EXPECT_EQ(models.choose().name, "medium-streaming-en");
-    EXPECT_EQ(models.loadForFiles("automatic")->name(), "small-streaming-en") << "4 GB of memory";
+    EXPECT_EQ(models.loadForFiles("automatic")->name(), "small-streaming-en") << "fits into 4 GB";
     EXPECT_EQ(models.loadForFiles("medium-streaming-en")->name(), "medium-streaming-en");
     models.speeds().observe("medium-streaming-en", 0.2, 10);
     EXPECT_EQ(models.choose().name, "medium-streaming-en") << "ten passes prove nothing";
@@ -447,14 +448,13 @@ TEST_F(SpeechAnalyzerTest, AutomaticTakesTheLargestThatIsWholeAndQuickEnough) {
     std::filesystem::remove(store_.folder(ModelKind::speech, "small-streaming-en") / "encoder.ort");
     EXPECT_EQ(models.choose().name, "tiny-en");
     choice_ = "medium-streaming-en";
-    EXPECT_EQ(models.choose().name, "medium-streaming-en") << "the user's word counts";
+    EXPECT_EQ(models.choose().name, "medium-streaming-en") << "the user's choice holds";
     choice_ = "automatic";
     host_.worked += 31.0 * 24 * 3600;
-    EXPECT_EQ(models.choose().name, "medium-streaming-en") << "it gets another trial some day";
+    EXPECT_EQ(models.choose().name, "medium-streaming-en") << "tried again after a month";
 }
 
-// Blocks of thirty seconds, and a stream that is recreated after a number of lines.
-TEST_F(SpeechAnalyzerTest, ARecordingGivesEachLineOnceHoweverOftenItsStreamIsMadeAnew) {
+TEST_F(SpeechAnalyzerTest, ARecordingGivesEachLineOnceHoweverOftenItsStreamIsReplaced) {
     engine_.script.clear();
     for (int i = 0; i < 40; ++i)
         engine_.script.push_back({"This is line " + std::to_string(i) + ".", i * 2.5, i * 2.5 + 2});
@@ -468,18 +468,18 @@ TEST_F(SpeechAnalyzerTest, ARecordingGivesEachLineOnceHoweverOftenItsStreamIsMad
             {"en-US", {}, {SpeechAttributeOption::audioTimeRange}}, "automatic");
         std::vector<SpeechResult> results;
         EXPECT_EQ(run(transcribe(analyzer, &results)), "");
-        ASSERT_EQ(results.size(), 40U) << linesBeforeRestart;
+        ASSERT_EQ(results.size(), 40U) << linesBeforeRestart << " lines before a restart";
         for (std::size_t i = 0; i < results.size(); ++i) {
             EXPECT_EQ(results[i].text(), engine_.script[i].text);
             EXPECT_NEAR(*results[i].runs.front().audioStart, engine_.script[i].start, 0.05);
         }
         EXPECT_EQ(results.front().isFinal, true);
     }
-    EXPECT_GT(engine_.streamsMade, 30U) << "the list of lines stays short";
+    EXPECT_GT(engine_.streamsMade, 30U) << "streams are replaced";
     engine_.failing = "transcribe";
     const SpeechEngine engine = makeSpeechEngine(
         host_, store_, {}, [this] { return engine_.library(); }, hearingAll({}));
-    std::vector<SpeechResult> none;
-    EXPECT_NE(run(transcribe(engine.makeFileAnalyzer({}, "automatic"), &none)), "");
-    EXPECT_NE(run(transcribe(engine.makeFileAnalyzer({}, "no-such-model"), &none)), "");
+    std::vector<SpeechResult> unused;
+    EXPECT_NE(run(transcribe(engine.makeFileAnalyzer({}, "automatic"), &unused)), "");
+    EXPECT_NE(run(transcribe(engine.makeFileAnalyzer({}, "no-such-model"), &unused)), "");
 }

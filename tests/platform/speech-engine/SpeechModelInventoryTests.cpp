@@ -35,8 +35,8 @@ class SpeechModelInventoryTest : public ::testing::Test {
         return policy;
     }
 
-    /// Returns "none" if nothing is missing, "installed" after an installation, or the failure.
-    std::string bring(std::string locale) {
+    /// Fetches a missing model. Returns "nothing missing", "installed" or the failure.
+    std::string fetch(std::string locale) {
         std::string outcome;
         spawn(Executor::main(host_), ask(this, std::move(locale), &outcome));
         host_.run();
@@ -49,7 +49,7 @@ class SpeechModelInventoryTest : public ::testing::Test {
             Task<std::shared_ptr<AssetInstallationRequest>> asking =
                 self->inventory_.assetInstallationRequest(std::move(locale));
             const std::shared_ptr<AssetInstallationRequest> request = co_await asking;
-            *outcome = "none";
+            *outcome = "nothing missing";
             if (request) {
                 Task<void> installing = request->downloadAndInstall(
                     [self](AssetProgress now) { self->progress_ = now; }, {});
@@ -84,23 +84,23 @@ class SpeechModelInventoryTest : public ::testing::Test {
 
 } // namespace
 
-TEST_F(SpeechModelInventoryTest, MissingModelIsFetchedAndThenThere) {
+TEST_F(SpeechModelInventoryTest, MissingOrDamagedModelIsFetched) {
     EXPECT_FALSE(state("tiny-en").isInstalled);
-    EXPECT_EQ(bring("en-US"), "installed");
+    EXPECT_EQ(fetch("en-US"), "installed");
     EXPECT_EQ(progress_.received, 9u);
     EXPECT_EQ(progress_.expected, 9u);
     EXPECT_EQ(store_.find(ModelKind::speech, "tiny-en").value().details.at("architecture"), "0");
     for (const char* locale : {"en-US", "en_GB", "en"})
-        EXPECT_EQ(bring(locale), "none");
+        EXPECT_EQ(fetch(locale), "nothing missing");
 
     choice_ = "small-streaming-en";
-    EXPECT_EQ(bring("en-ZA"), "installed");
+    EXPECT_EQ(fetch("en-ZA"), "installed");
     choice_ = "automatic";
     std::ofstream(store_.find(ModelKind::speech, "tiny-en").value().path("a.ort")) << "cut";
     EXPECT_FALSE(state("tiny-en").damage.empty());
-    EXPECT_EQ(bring("en-US"), "none") << "any whole model will do";
+    EXPECT_EQ(fetch("en-US"), "nothing missing") << "any intact model will do";
     choice_ = "tiny-en";
-    EXPECT_EQ(bring("en-US"), "installed") << "a damaged one is fetched anew";
+    EXPECT_EQ(fetch("en-US"), "installed") << "a damaged one is fetched again";
     EXPECT_TRUE(state("tiny-en").isInstalled && state("tiny-en").damage.empty());
 
     inventory_.remove("small-streaming-en");
@@ -108,11 +108,11 @@ TEST_F(SpeechModelInventoryTest, MissingModelIsFetchedAndThenThere) {
     EXPECT_EQ(inventory_.list().size(), SpeechModels::offered().size());
 }
 
-TEST_F(SpeechModelInventoryTest, WhatCannotBeIsSaid) {
-    EXPECT_EQ(bring("fr-FR"), "There is no speech model for fr-FR.");
-    EXPECT_EQ(bring("enm"), "There is no speech model for enm.");
+TEST_F(SpeechModelInventoryTest, UnknownLocalesAndModelsAndInvalidListsAreReported) {
+    EXPECT_EQ(fetch("fr-FR"), "There is no speech model for fr-FR.");
+    EXPECT_EQ(fetch("enm"), "There is no speech model for enm.");
     choice_ = "huge-en";
-    EXPECT_EQ(bring("en-US"), "There is no speech model named huge-en.");
+    EXPECT_EQ(fetch("en-US"), "There is no speech model named huge-en.");
     EXPECT_THROW(inventory_.remove("huge-en"), std::runtime_error);
     EXPECT_THROW(inventory_.remove("../.."), std::exception);
 
@@ -123,12 +123,12 @@ TEST_F(SpeechModelInventoryTest, WhatCannotBeIsSaid) {
          R"({"groups":[{"files":[{"name":"a.ort","url":"u","size":"9","checksum":"","checksum_type":""}]}]})",
          R"({"groups":[{"files":[{"name":"a.ort","url":"u","size":9,"checksum":"x","checksum_type":"crc32c"}]}]})"}) {
         engine_.dependencies = list;
-        EXPECT_NE(bring("en-US").find("list of the files of tiny-en is invalid"), std::string::npos)
+        EXPECT_NE(fetch("en-US").find("list of the files of tiny-en is invalid"), std::string::npos)
             << list;
     }
     engine_.dependencies = R"({"groups":[]})";
-    EXPECT_NE(bring("en-US").find("is invalid"), std::string::npos);
+    EXPECT_NE(fetch("en-US").find("is invalid"), std::string::npos);
     engine_.failing = "list";
-    EXPECT_NE(bring("en-US").find("out of order"), std::string::npos);
+    EXPECT_NE(fetch("en-US").find("out of order"), std::string::npos);
     EXPECT_TRUE(server_.requests().empty());
 }

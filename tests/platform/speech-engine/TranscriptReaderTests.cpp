@@ -40,7 +40,7 @@ using Texts = std::vector<std::string>;
 
 } // namespace
 
-TEST(TranscriptReaderTest, GivesWhatChangedOnceAndInOrder) {
+TEST(TranscriptReaderTest, ReportsEachChangeOnceAndInOrder) {
     TranscriptReader reader(everything);
     EXPECT_EQ(read(reader, {}), Texts{});
     EXPECT_EQ(read(reader, {line("Ever", false)}), Texts{"~Ever"});
@@ -59,45 +59,45 @@ TEST(TranscriptReaderTest, GivesWhatChangedOnceAndInOrder) {
     EXPECT_DOUBLE_EQ(reader.completeThrough(), 5);
 }
 
-TEST(TranscriptReaderTest, WordsWaitUntilTwoLooksAgreeIfTheNextOneComesSoon) {
+TEST(TranscriptReaderTest, WordsWaitUntilTwoPassesAgreeIfTheNextPassIsSoon) {
     TranscriptReader reader(everything);
     const struct {
-        const char* look;
+        const char* pass;
         Texts given;
     } steps[] = {
         {"It was a.", {}},
         {"It was the back.", {"~It was"}},
         {"It was the best of", {"~It was the"}},
         {"It was the best of times.", {"~It was the best of"}},
-        {"And you can see", {}}, // a single pass takes nothing back
+        {"And you can see", {}}, // a single pass withdraws nothing
         {"It was the best of all", {}},
-        {"It was a best of all times", {"~It was the best of all"}}, // the end does not wait
+        {"It was a best of all times", {"~It was the best of all"}}, // later words do not wait
         {"It was a best of", {"~It was a best of all"}},
-        {"It was a best of, ore", {"~It was a best of, all"}}, // the newest spelling
+        {"It was a best of, ore", {"~It was a best of, all"}}, // the newest punctuation
         {"It was a best of ore", {"~It was a best of ore"}},
         {"", {}},
     };
     for (const auto& step : steps)
-        EXPECT_EQ(read(reader, {line(step.look, false)}, true), step.given) << step.look;
-    // A slow computer shows every pass at once; words that four passes had stay.
+        EXPECT_EQ(read(reader, {line(step.pass, false)}, true), step.given) << step.pass;
+    // A slow computer shows every pass at once. Words that four passes had stay.
     EXPECT_EQ(read(reader, {line("It was a pest.", false)}), Texts{"~It was a pest."});
     EXPECT_EQ(read(reader, {line("It is a test.", true)}, true), Texts{"It was a test."});
     EXPECT_EQ(read(reader, {line("It is a test.", true), line("It was me.", false)}, true), Texts{})
-        << "another line agrees with nothing yet";
+        << "the first pass over a line shows nothing";
 }
 
 TEST(TranscriptReaderTest, FrontOfALongLineIsSettledOnce) {
     TranscriptReader reader(everything);
     const struct {
-        const char* look;
+        const char* pass;
         float seconds;
         Texts given;
     } steps[] = {
         {"So it goes on", 1, {}},
         {"So it goes on. And", 1.2F, {"~So it goes on.", "So it goes on."}},
         {"So it goes on. And then", 1.4F, {"~And"}},
-        {"So it goes, and then it,", 1.6F, {"~and then"}},          // another mark changes nothing
-        {"Sow it grows and then it, was", 1.8F, {"~and then it,"}}, // nor do other words
+        {"So it goes, and then it,", 1.6F, {"~and then"}}, // other punctuation changes nothing
+        {"Sow it grows and then it, was", 1.8F, {"~and then it,"}}, // nor do changed words
         {"and then it was so was", 2.0F, {"~and then it was"}},
         {"So it goes on and then it was so much", 3.5F, {"~and then it was so"}},
         {"So it goes on and then it was so much too",
@@ -105,16 +105,16 @@ TEST(TranscriptReaderTest, FrontOfALongLineIsSettledOnce) {
          {"~and then it was so much", "and then it was so much"}}, // eventually settled at any word
     };
     for (const auto& step : steps)
-        EXPECT_EQ(read(reader, {line(step.look, false, 0, step.seconds)}, true), step.given)
-            << step.look;
+        EXPECT_EQ(read(reader, {line(step.pass, false, 0, step.seconds)}, true), step.given)
+            << step.pass;
     EXPECT_EQ(read(reader, {line("So it goes on. And then it was so much too much.", true)}, true),
               Texts{"too much."});
 }
 
-TEST(TranscriptReaderTest, WordsWithManyBehindThemAndHesitationsStay) {
+TEST(TranscriptReaderTest, WordsBeforeManyOthersAreFixedAndHesitationsDelayNothing) {
     TranscriptReader reader(everything);
     const struct {
-        const char* look;
+        const char* pass;
         Texts given;
     } steps[] = {
         {"um so one two three four five six seven", {}},
@@ -126,17 +126,17 @@ TEST(TranscriptReaderTest, WordsWithManyBehindThemAndHesitationsStay) {
          {"~um So, won two three four five six heaven"}},
     };
     for (const auto& step : steps)
-        EXPECT_EQ(read(reader, {line(step.look, false)}, true), step.given) << step.look;
+        EXPECT_EQ(read(reader, {line(step.pass, false)}, true), step.given) << step.pass;
     EXPECT_EQ(read(reader, {line("Sew, one, two three four uh five sick heaven. Um", true)}),
               Texts{"um So, won two three four five sick heaven. Um"});
 
     TranscriptReader other(everything);
     EXPECT_EQ(read(other, {line("so this is", false)}, true), Texts{});
     EXPECT_EQ(read(other, {line("uh so this is the", false)}, true), Texts{"~so this is"})
-        << "a hesitation does not hold back the words behind it";
+        << "a hesitation does not delay the words after it";
 }
 
-TEST(TranscriptReaderTest, WordsAreNotSaidAgainAndAgain) {
+TEST(TranscriptReaderTest, LongRepetitionsAreShortened) {
     for (const auto& [said, kept] :
          {std::pair{"but then then then then then we", "but then then then we"},
           {"the pair of the pair of the pair of the pair of shoes",
@@ -175,7 +175,7 @@ TEST(TranscriptReaderTest, NoWordIsLostOrDoubled) {
     }
 }
 
-TEST(TranscriptReaderTest, LineThatComesToNothingTakesBackWhatWasShown) {
+TEST(TranscriptReaderTest, LineThatEndsEmptyWithdrawsItsWords) {
     TranscriptReader reader(everything);
     EXPECT_EQ(read(reader, {line("", true)}), Texts{});
     EXPECT_EQ(read(reader, {line("", true), line("Um", false)}), Texts{"~Um"});
@@ -183,7 +183,7 @@ TEST(TranscriptReaderTest, LineThatComesToNothingTakesBackWhatWasShown) {
     EXPECT_EQ(read(reader, {line("", true), line("", true), line(nullptr, false)}), Texts{});
 }
 
-TEST(TranscriptReaderTest, VolatileResultsOnlyWhereAskedFor) {
+TEST(TranscriptReaderTest, VolatileResultsAndAttributesComeOnlyOnRequest) {
     TranscriptReader reader({"en-US", {}, {}});
     EXPECT_EQ(read(reader, {line("Ever", false)}), Texts{});
     const std::vector<moonshine::Line> lines{line("Ever tried.", true)};

@@ -173,7 +173,7 @@ struct LiveCase {
 /// One test per recording, so that they can run in parallel: the engine takes most of the time.
 class SpeechRecordingLiveTest : public ::testing::TestWithParam<LiveCase> {};
 
-TEST_P(SpeechRecordingLiveTest, IsAsRightAsTheWholeRecordingAtOnce) {
+TEST_P(SpeechRecordingLiveTest, LiveAndFileModeAreAsAccurateAsTheWholeRecordingAtOnce) {
     const auto& [name, policy] = GetParam();
     const AudioBuffer recording = sample(name);
     LiveRun live(policy);
@@ -184,11 +184,11 @@ TEST_P(SpeechRecordingLiveTest, IsAsRightAsTheWholeRecordingAtOnce) {
     const double fileRate = wordErrorRate(reference, live.fileText(recording));
     std::cout << name << ": word error rate live " << liveRate << ", at once " << batchRate
               << ", in file mode " << fileRate << "\n";
-    EXPECT_LE(fileRate, liveRate + 0.02) << "streams that are made anew all the time cost words";
+    EXPECT_LE(fileRate, liveRate + 0.02) << "replacing streams must not cost words";
     // In a process that has heard other recordings a word more may differ: nothing resets the
     // engine's voice detector.
     EXPECT_LE(liveRate, batchRate + 0.03) << live.finalText();
-    EXPECT_LT(batchRate, 0.3) << "the engine understands nothing at all";
+    EXPECT_LT(batchRate, 0.3) << "the engine must understand most words";
     expectTimesInOrder(live, recording.seconds());
 }
 
@@ -205,7 +205,7 @@ TEST(SpeechRecordingTest, AFileThatEndsWithinASentenceKeepsItsLastWords) {
     AudioBuffer cut = sample("two_cities");
     for (const std::size_t seconds : {4U, 8U}) {
         cut.samples.resize(seconds * static_cast<std::size_t>(speechSampleRate));
-        EXPECT_LE(wordErrorRate(batchText(cut), LiveRun().fileText(cut)), 0.1) << seconds;
+        EXPECT_LE(wordErrorRate(batchText(cut), LiveRun().fileText(cut)), 0.1) << seconds << " s";
         cut = sample("two_cities");
     }
 }

@@ -26,7 +26,7 @@ class OfflineTranslationTest : public TranslationFixture {
   protected:
     using TranslationFixture::TranslationFixture;
 
-    /// Installs the shipped model's files as a model of the user.
+    /// Installs the files of the shipped model as a downloaded model with this name.
     StoredModel own(const std::string& name) {
         const std::filesystem::path partial = store.partialFolder(ModelKind::translation, name);
         const auto shipped = std::filesystem::path(TESSARUNE_MODELS) / "translation" / "en-pt";
@@ -84,7 +84,7 @@ TEST_F(OfflineTranslationTest, LosesNothingOfLongText) {
     EXPECT_NE(translated.find("elefante"), std::string::npos) << translated;
 }
 
-TEST_F(OfflineTranslationTest, TakesWhateverText) {
+TEST_F(OfflineTranslationTest, AcceptsAnyText) {
     for (const char* blank : {"", " ", "\t\r\n", "\u3000\u00a0"})
         EXPECT_EQ(translate(blank).kind, TranslationError::nothingToTranslate);
     std::string marks = "e";
@@ -121,16 +121,16 @@ TEST_F(OfflineTranslationTest, SaysWhatItCanTranslate) {
     const auto portuguese = session("pt-BR");
     EXPECT_EQ(run(chinese->isReady()).text, "no");
     EXPECT_EQ(run(portuguese->isReady()).text, "yes");
-    EXPECT_TRUE(server.requests().empty()) << "only a preparation may use the network";
+    EXPECT_TRUE(server.requests().empty()) << "only preparing a pair may use the network";
 }
 
-TEST_F(OwnTranslationTest, RefusesWhatIsNotAsItWasStored) {
+TEST_F(OwnTranslationTest, RefusesModelsThatChangedSinceTheirInstallation) {
     struct Case {
         const char* name;
         std::function<void(const StoredModel&)> damage;
         const char* status;
         TranslationError expected;
-        const char* words;
+        const char* words; ///< in the failure
     };
     const auto change = [](const char* file, auto apply) {
         return [file, apply](const StoredModel& model) {
@@ -144,10 +144,10 @@ TEST_F(OwnTranslationTest, RefusesWhatIsNotAsItWasStored) {
     using enum TranslationError;
     for (const auto& [name, damage, expectedStatus, expected, words] :
          {Case{"model cut", change(portugueseModel, halve), "supported", notInstalled, "size"},
-          Case{"model flipped", change(portugueseModel, flip), "installed", notInstalled,
+          Case{"model bit flipped", change(portugueseModel, flip), "installed", notInstalled,
                portugueseModel},
-          Case{"vocabulary flipped", change(portugueseVocabulary, flip), "installed", notInstalled,
-               portugueseVocabulary},
+          Case{"vocabulary bit flipped", change(portugueseVocabulary, flip), "installed",
+               notInstalled, portugueseVocabulary},
           Case{"vocabulary gone",
                [](const StoredModel& model) {
                    std::filesystem::remove(model.path(portugueseVocabulary));
@@ -161,12 +161,13 @@ TEST_F(OwnTranslationTest, RefusesWhatIsNotAsItWasStored) {
         EXPECT_EQ(status("en-US", "pt-BR"), expectedStatus) << name;
         const auto outcome = translate("Hello.");
         EXPECT_EQ(outcome.kind, expected) << name;
-        EXPECT_NE(outcome.failure.find(words), std::string::npos) << name << outcome.failure;
+        EXPECT_NE(outcome.failure.find(words), std::string::npos)
+            << name << ": " << outcome.failure;
         std::filesystem::remove_all(model.folder);
     }
 }
 
-TEST_F(OwnTranslationTest, SaysWhatTheEngineSaysOfFilesThatItCannotRead) {
+TEST_F(OwnTranslationTest, FilesThatTheEngineCannotReadAreAnInternalError) {
     const std::filesystem::path partial = store.partialFolder(ModelKind::translation, "en-pt");
     for (const std::string& content :
          {std::string("no model"), std::string(), std::string(100, '\xff'),
@@ -178,14 +179,14 @@ TEST_F(OwnTranslationTest, SaysWhatTheEngineSaysOfFilesThatItCannotRead) {
         writeContents(partial / portugueseVocabulary, "no vocabulary");
         store.adopt(ModelKind::translation, "en-pt", {portugueseModel, portugueseVocabulary}, {});
         const auto outcome = translate("Hello.");
-        EXPECT_EQ(outcome.kind, TranslationError::internalError) << content.size();
+        EXPECT_EQ(outcome.kind, TranslationError::internalError) << content.size() << " bytes";
         EXPECT_NE(outcome.failure, "");
     }
     own("en-pt");
     EXPECT_EQ(translate("Hello, world!").text, "Olá, mundo!");
 }
 
-TEST_F(OwnTranslationTest, NoticesThatFilesAreGoneAndThatTheyAreBack) {
+TEST_F(OwnTranslationTest, NoticesThatAModelIsRemovedAndInstalledAgain) {
     const StoredModel model = own("en-pt");
     const auto portuguese = session("pt-BR");
     EXPECT_EQ(run(portuguese->translate("Hello, world!")).text, "Olá, mundo!");
@@ -202,15 +203,15 @@ TEST_F(OwnTranslationTest, WritesTraditionalCharactersWhereThereIsNoModelForThem
     own("en-zh-Hans");
     EXPECT_EQ(inventory.pairFor("en-US", "zh-Hans"), simplified);
     EXPECT_EQ(inventory.pairFor("en-US", "zh-Hant"), (TranslationPair{"en", "zh-Hant"}))
-        << "one that is listed goes before a conversion";
+        << "a model that is listed is preferred to a conversion";
     writeContents(folder / "own" / "translation" / "catalogue.json",
                   catalogueOfPairs({{"en", "zh"}}));
     TranslationModelInventory other(host, store, installer);
-    EXPECT_EQ(other.pairFor("en-US", "zh-Hans"), simplified) << "what is here goes before a list";
+    EXPECT_EQ(other.pairFor("en-US", "zh-Hans"), simplified) << "an installed model comes first";
     EXPECT_EQ(other.pairFor("en-US", "zh-Hant"), (TranslationPair{"en", "zh-Hans", true}));
     service = std::make_unique<OfflineTranslationService>(host, store, other);
     EXPECT_EQ(translate("Hello, world!", "zh-Hant").text, "Olá, mundo!")
-        << "the engine of the other pair, its text converted";
+        << "the Simplified pair translates, then its text is converted";
 }
 
 TEST_F(OfflineTranslationTest, SessionsSideBySideDoNotDisturbEachOther) {
@@ -233,7 +234,7 @@ TEST_F(OfflineTranslationTest, SessionsSideBySideDoNotDisturbEachOther) {
         EXPECT_EQ(outcomes[i]->text, alone[i / 2]) << outcomes[i]->failure;
 }
 
-TEST_F(OfflineTranslationTest, OperationsOfWhatIsGoneAreCancelled) {
+TEST_F(OfflineTranslationTest, OperationsOfADroppedSessionOrServiceAreCancelled) {
     auto dropped = session("pt-BR");
     const auto kept = session("pt-BR");
     const auto first = begin(dropped->translate("The weather is nice today."));
@@ -288,7 +289,7 @@ TEST_F(OfflineTranslationTest, AnEngineThatHangsIsGivenUpAndTheNextSessionHasAno
     for (int i = 0; i < 3; ++i) {
         unsure.hangs = false;
         const auto portuguese = session("pt-BR");
-        ASSERT_EQ(run(portuguese->isReady()).text, "yes") << "with an engine of its own";
+        ASSERT_EQ(run(portuguese->isReady()).text, "yes") << "it has an engine of its own";
         unsure.hangs = true;
         const auto first = begin(portuguese->translate("Hello, world!"));
         const auto second = begin(portuguese->translate("And this one waits behind it."));
@@ -298,10 +299,10 @@ TEST_F(OfflineTranslationTest, AnEngineThatHangsIsGivenUpAndTheNextSessionHasAno
         EXPECT_EQ(run(portuguese->isReady()).text, "no");
     }
     EXPECT_EQ(translate("Hello, world!").failure, "The translation engine does not answer.")
-        << "threads that hang do not become ever more";
+        << "at most three engines hang at a time";
     unsure.comeBack();
     waitForThreads(before);
-    EXPECT_EQ(run(session("pt-BR")->isReady()).text, "yes") << "they have ended, late";
+    EXPECT_EQ(run(session("pt-BR")->isReady()).text, "yes") << "the engines that hung have ended";
 }
 
 TEST_F(OfflineTranslationTest, GivesItsMemoryBackWithTheLastSession) {
@@ -312,7 +313,7 @@ TEST_F(OfflineTranslationTest, GivesItsMemoryBackWithTheLastSession) {
     const std::ptrdiff_t threadsWithoutEngine = threads();
     translate("What the first use leaves behind is not the engine's.");
     waitForThreads(threadsWithoutEngine);
-    malloc_trim(0); // and at the end of each session
+    malloc_trim(0); // as the program does at the end of each session
     const double before = residentMegabytes();
     double most = 0;
     for (int i = 0; i < 5; ++i) {
@@ -320,7 +321,7 @@ TEST_F(OfflineTranslationTest, GivesItsMemoryBackWithTheLastSession) {
         run(portuguese->translate("The weather is nice today."));
         most = std::max(most, residentMegabytes());
     }
-    EXPECT_GT(most, before + 20) << "with the pair loaded";
+    EXPECT_GT(most, before + 20) << "the loaded pair takes at least 20 MB";
     waitForThreads(threadsWithoutEngine);
     malloc_trim(0);
     EXPECT_LT(residentMegabytes(), before * 1.1);
@@ -340,6 +341,6 @@ TEST_F(OfflineTranslationTest, NeedsNoNetwork) {
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);
     if (WIFEXITED(status) && WEXITSTATUS(status) == 77)
-        GTEST_SKIP() << "this system gives no network namespace";
-    EXPECT_EQ(status, 0) << "in a namespace without any route";
+        GTEST_SKIP() << "this system permits no network namespace";
+    EXPECT_EQ(status, 0) << "translating works without a network";
 }

@@ -43,7 +43,7 @@ TEST(TranslationCatalogueTest, TakesTheBestEditionAsAWhole) {
     unchecked[0].erase("decompressedHash");
     struct Case {
         std::vector<Json> records;
-        std::string expected; ///< content of its model
+        std::string expected; ///< the files' content, without their role
     };
     for (const auto& [records, expected] :
          {Case{edition("3.0"), "3.0base"},
@@ -100,7 +100,7 @@ TEST(TranslationCatalogueTest, KnowsHowAFileIsFetchedAndChecked) {
     EXPECT_THROW(translationFilesOf(stored), std::runtime_error);
 }
 
-TEST(TranslationCatalogueTest, RefusesWhatIsNoList) {
+TEST(TranslationCatalogueTest, RefusesInvalidListsAndSkipsInvalidRecords) {
     const std::string good = catalogueOfPairs({{"en", "fr"}});
     for (const std::string& text :
          {std::string(), std::string("null"), std::string("[]"), std::string(R"({"data":{}})"),

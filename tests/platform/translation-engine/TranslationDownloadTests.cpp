@@ -72,7 +72,7 @@ class TriedTranslationDownloadTest : public TranslationDownloadTest {
 
 } // namespace
 
-TEST_F(TriedTranslationDownloadTest, WhatWasPublishedBrokenIsNoSuccess) {
+TEST_F(TriedTranslationDownloadTest, AModelThatTheEngineCannotLoadIsNoSuccess) {
     const auto real = std::filesystem::path(TESSARUNE_MODELS) / "translation" / "en-pt";
     const std::string model = contentsOf(real / portugueseModel);
     const std::string vocabulary = contentsOf(real / portugueseVocabulary);
@@ -90,8 +90,8 @@ TEST_F(TriedTranslationDownloadTest, WhatWasPublishedBrokenIsNoSuccess) {
     const auto portuguese = session("pt-BR");
     EXPECT_NE(run(portuguese->prepareTranslation()).failure.find("cannot be used"),
               std::string::npos);
-    EXPECT_EQ(requestsFor(broken[1]), 2u) << "once more, and no more";
-    EXPECT_EQ(status("en-US", "pt-BR"), "installed") << "it stays until there is a better one";
+    EXPECT_EQ(requestsFor(broken[1]), 2u) << "the broken model is fetched once more";
+    EXPECT_EQ(status("en-US", "pt-BR"), "installed") << "it stays until a working one replaces it";
     publishPortuguese();
     EXPECT_EQ(run(portuguese->prepareTranslation()).failure, "");
     EXPECT_EQ(run(portuguese->translate("Hello, world!")).text, "Olá, mundo!");
@@ -118,7 +118,7 @@ TEST_F(TranslationDownloadTest, PreparingFetchesWhatIsMissingAndThenTranslates) 
     const auto requests = server.requests();
     EXPECT_TRUE(std::any_of(requests.begin(), requests.end(), [&](const Request& request) {
         return request.rangeStart.value_or(0) > 0;
-    })) << "goes on where it was cut";
+    })) << "the download continues where it was cut";
 
     server.forget();
     EXPECT_EQ(run(portuguese->prepareTranslation()).failure, "");
@@ -137,32 +137,32 @@ TEST_F(TranslationDownloadTest, PreparingFetchesWhatIsMissingAndThenTranslates) 
     EXPECT_EQ(run(fresh->translate("Hello, world!")).text, "Olá, mundo!");
 }
 
-TEST_F(TranslationDownloadTest, OneDownloadServesAllWhoWait) {
+TEST_F(TranslationDownloadTest, OneDownloadServesAllCallers) {
     const auto paths = publish("fr", "no model", "no vocabulary");
     const Executor main = Executor::main(host);
-    auto given = session("fr-FR");
-    const auto up = begin(given->prepareTranslation());
+    auto dropped = session("fr-FR");
+    const auto cancelled = begin(dropped->prepareTranslation());
     std::vector<std::shared_ptr<Outcome>> waiting;
     for (int i = 0; i < 3; ++i)
         waiting.push_back(begin(inventory.ensureInstalled("en-US", "fr-FR", main)));
-    given.reset();
+    dropped.reset();
     finish();
     for (const auto& outcome : waiting)
         EXPECT_EQ(outcome->failure, "");
-    EXPECT_EQ(up->kind, TranslationError::alreadyCancelled);
+    EXPECT_EQ(cancelled->kind, TranslationError::alreadyCancelled);
     for (const std::string& path : {records_, paths[0], paths[1]})
         EXPECT_EQ(requestsFor(path), 1u) << path;
     EXPECT_EQ(status("en-US", "fr-FR"), "installed");
 }
 
-TEST_F(TranslationDownloadTest, CatalogueComesThroughABadNetworkOrItIsSaid) {
+TEST_F(TranslationDownloadTest, CatalogueIsFetchedOverABadNetworkOrTheFailureReported) {
     publish("fr", "no model", "no vocabulary");
     const std::string good = catalogueOf(
         {record("en", "fr", "model", "no model"), record("en", "fr", "vocab", "no vocabulary")});
     struct Case {
         const char* name;
         FaultyServer::Answer answer;
-        const char* failure; ///< part of its text; none if it must succeed
+        const char* failure; ///< part of its text; empty if it must succeed
     };
     const auto firstly = [&](Reply first) {
         return [first, good](const Request& request) {
@@ -185,7 +185,7 @@ TEST_F(TranslationDownloadTest, CatalogueComesThroughABadNetworkOrItIsSaid) {
           Case{"lies about its length", firstly(liar), ""},
           Case{"always cut", always(Reply::cut(good, 10)), undone},
           Case{"not there", always(Reply::failure(404)), "404"},
-          Case{"no list", always(Reply::whole("<html>Log in here</html>")), "is invalid"},
+          Case{"a login page", always(Reply::whole("<html>Log in here</html>")), "is invalid"},
           Case{"half a list", always(Reply::whole(half)), "is invalid"},
           Case{"too long", always(Reply::whole(std::string(17'000'000, ' '))), undone},
           Case{"another language", always(Reply::whole(catalogueOfPairs({{"en", "de"}}))),
@@ -200,7 +200,8 @@ TEST_F(TranslationDownloadTest, CatalogueComesThroughABadNetworkOrItIsSaid) {
             EXPECT_EQ(fresh.status("en-US", "fr-FR"), TranslationAvailabilityStatus::installed);
             fresh.remove("fr");
         } else {
-            EXPECT_NE(outcome.failure.find(failure), std::string::npos) << name << outcome.failure;
+            EXPECT_NE(outcome.failure.find(failure), std::string::npos)
+                << name << ": " << outcome.failure;
         }
         std::filesystem::remove(folder / "own" / "translation" / "catalogue.json");
     }
@@ -259,7 +260,7 @@ TEST_F(TranslationDownloadTest, LanguagesAreListedDownloadedAndRemoved) {
     writeContents(store.find(ModelKind::translation, "en-fr").value().path("vocab.enfr.spm"), "");
     EXPECT_NE(state("fr").damage.find("vocab.enfr.spm"), std::string::npos);
     EXPECT_EQ(state("fr").status, TranslationAvailabilityStatus::supported);
-    EXPECT_EQ(run(inventory.download("fr", {}, {})).failure, "") << "downloaded again";
+    EXPECT_EQ(run(inventory.download("fr", {}, {})).failure, "") << "a damaged model is replaced";
     EXPECT_EQ(state("fr").damage, "");
 
     const auto vocabulary =
@@ -267,12 +268,12 @@ TEST_F(TranslationDownloadTest, LanguagesAreListedDownloadedAndRemoved) {
     writeContents(vocabulary, "NO vocabulary");
     EXPECT_NE(run(inventory.flaw("fr")).text.find("vocab.enfr.spm"), std::string::npos);
     EXPECT_EQ(run(inventory.download("fr", {}, {})).failure, "");
-    EXPECT_EQ(contentsOf(vocabulary), "no vocabulary") << "also if only its sum is wrong";
+    EXPECT_EQ(contentsOf(vocabulary), "no vocabulary") << "also if only its checksum is wrong";
     EXPECT_EQ(run(inventory.flaw("fr")).text, "");
 
     inventory.remove("fr");
     EXPECT_EQ(state("fr").status, TranslationAvailabilityStatus::supported);
-    EXPECT_EQ(state("fr").bytes, last.expected) << "what a download would bring";
+    EXPECT_EQ(state("fr").bytes, last.expected) << "the size of a download";
     for (const char* unknown : {"en", "th", "xx", "", "../fr"}) {
         EXPECT_NE(run(inventory.download(unknown, {}, {})).failure, "") << unknown;
         EXPECT_THROW(inventory.remove(unknown), std::runtime_error) << unknown;
@@ -285,5 +286,5 @@ TEST_F(TranslationDownloadTest, LanguagesAreListedDownloadedAndRemoved) {
     });
     EXPECT_EQ(run(inventory.download("fr", {}, stop.get_token())).failure,
               DownloadStopped().what());
-    EXPECT_EQ(installed, "fr fr fr ");
+    EXPECT_EQ(installed, "fr fr fr ") << "the stopped download is not among them";
 }

@@ -117,7 +117,7 @@ class TranslationFixture : public ::testing::Test {
         } catch (const std::exception& failure) {
             outcome->failure = failure.what();
         }
-        // The operation may have resumed on another executor than the one that counts.
+        // The operation may have resumed elsewhere; only the main queue changes `running`.
         co_await switchTo(Executor::main(self->host));
         if (--self->running == 0)
             self->host.quit();
