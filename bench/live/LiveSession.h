@@ -21,7 +21,7 @@ class LiveSession {
                 CaptionOutput output);
 
     /// Runs the session. Calls `onListening` when everything is loaded and the sound begins.
-    /// Throws.
+    /// Throws if the session does not start or the file cannot be read to its end.
     Task<void> run(std::filesystem::path file, std::function<void()> onListening);
 
   private:

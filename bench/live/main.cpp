@@ -90,7 +90,7 @@ void printCosts(const Costs& costs) {
 void printLatency(const ResultLatency& latency) {
     std::printf("\nfrom the recogniser's result to the core's change (%zu guesses, %zu finals)\n",
                 latency.guesses.total.size(), latency.finals.total.size());
-    std::printf("  %-22s %11s %11s    %s\n", "", "median", "99 %", "meant to be there");
+    std::printf("  %-22s %11s %11s    %s\n", "", "median", "99 %", "intended");
     printLine("guess to event", latency.guesses.toEvent, "55 ms, for guesses to be thinned out");
     printLine("event to change", latency.guesses.toChange, "0 to 60 ms, for flushes to be spaced");
     printLine("guess to change", latency.guesses.total, "");

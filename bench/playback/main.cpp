@@ -65,7 +65,7 @@ class HeardPlayer {
         const double begin = host_.now();
         player_.seek(place);
         if (!until([&] { return std::abs(frequency_ - expected) < equal; }))
-            throw std::runtime_error("the place is not heard");
+            throw std::runtime_error("the sound of the place is not heard");
         return heardAt_ - begin;
     }
     /// The frequency of the file's sound at that place, in Hz.
@@ -158,7 +158,7 @@ void measure(const std::filesystem::path& path) {
     print("start", seconds);
 
     seconds.clear();
-    std::uniform_real_distribution<> place(0, heard.duration() - 60);
+    std::uniform_real_distribution<> place(0, heard.duration() - 60); // with a minute to play
     while (seconds.size() < seeks) {
         if (const auto took = heard.seek(place(random)))
             seconds.push_back(*took);

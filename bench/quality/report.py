@@ -1,4 +1,4 @@
-"""Prints the table and draws the plot of runs."""
+"""Makes the table and the plot of runs."""
 
 from statistics import mean
 
@@ -53,7 +53,7 @@ def table(runs):
                      for line in lines)
     loads = [run["load"] for run in runs]
     said = sum(run["said"] for run in runs if run["leadIn"] == runs[0]["leadIn"] and run["round"] == 0)
-    text += (f"\n\n{len(runs)} runs, {said} words a round; mean over rounds ± half of what they span; other "
+    text += (f"\n\n{len(runs)} runs, {said} words a round; mean over rounds ± half of their range; other "
              f"load of the computer {min(loads):.1f} to {max(loads):.1f} processes")
     if any(run["simulated"] for run in runs):
         text += "\nThe recogniser alone, on simulated time."

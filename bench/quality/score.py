@@ -2,7 +2,7 @@
 
 from dataclasses import dataclass, field
 
-# Spellings of the same word, in the form that is compared: without case, punctuation and blanks.
+# Spellings of the same word, without case and punctuation, and the words that they are compared as.
 SAME = {
     "alright": "all right",
     "gonna": "going to",
@@ -35,7 +35,8 @@ class Comparison:
 
 
 def compare(said, recognised):
-    """Minimises inserted, missing and changed words. Two words written as one are right."""
+    """Minimises inserted, missing and changed words. Two words written as one, or one as two, are
+    right."""
     a, b = comparable(said), comparable(recognised)
 
     def steps(i, j):
@@ -67,6 +68,6 @@ def compare(said, recognised):
 
 
 def percentile(values, share):
-    """The smallest value that at least this share of the values do not exceed."""
+    """The smallest value that at least `share` percent of the values do not exceed."""
     ordered = sorted(values)
     return ordered[max(0, -(-len(ordered) * share // 100) - 1)] if ordered else None

@@ -135,7 +135,7 @@ def aligner():
 
 
 def aligned(sound, text):
-    """[(word, its end in seconds)] of a clip. Cached: it takes a fifth of the clip's length."""
+    """[(word, its end in seconds)] of a clip. Cached, as aligning takes a fifth of the clip's length."""
     key = hashlib.sha256(sound.tobytes() + text.encode() + repr(PRONUNCIATIONS).encode()).hexdigest()
     kept = HERE / "alignments" / f"{key}.json"
     if kept.is_file():

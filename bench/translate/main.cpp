@@ -2,7 +2,7 @@
 // through the engine alone, through the offline translation service, through the session's
 // translator, and as rows that a session commits. These ways take turns at each sentence, and take
 // turns at being the first, so that the load of the computer and the caches affect all equally.
-// The result is the shortest wall-clock time and the median processor time.
+// Of each sentence, the shortest wall-clock time and the median processor time count.
 //
 // Usage: bench-translate [ROUNDS]
 
@@ -178,7 +178,7 @@ struct Bench {
     }
 
     static void reportStages(const CommittedRows::Stages& stages) {
-        std::printf("of which, middle times: queue %.3f ms, availability %.3f ms, engine %.3f ms, "
+        std::printf("of which, medians: queue %.3f ms, availability %.3f ms, engine %.3f ms, "
                     "apply %.3f ms\n",
                     1e3 * median(stages.queue), 1e3 * median(stages.availability),
                     1e3 * median(stages.engine), 1e3 * median(stages.apply));

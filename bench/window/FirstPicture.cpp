@@ -49,7 +49,7 @@ struct Picture {
             xcb_query_tree_reply(server, xcb_query_tree(server, screen.root), nullptr), std::free);
         if (!tree)
             return false;
-        const std::uint32_t empty = pixel(0, 0);
+        const std::uint32_t empty = pixel(0, 0); // no window covers the corner
         for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) {
             const xcb_window_t window = xcb_query_tree_children(tree.get())[i];
             const Answer<xcb_get_geometry_reply_t> place(

@@ -116,7 +116,7 @@ int measureScrolling() {
     const double before = position();
     measure("Page Up", 200, [&] { return byKey(Qt::Key_PageUp); });
     if (before - position() < 200 * 100) { // at least 100 pixels each
-        std::fputs("bench-window: the list did not stay where it was scrolled to\n", stderr);
+        std::fputs("bench-window: Page Up did not scroll the list as far as expected\n", stderr);
         return 1;
     }
     measure("Page Up and End", 50, [&] {
@@ -136,7 +136,7 @@ double ownMegabytes() {
     return 0;
 }
 
-/// Shows 720 sentences of twelve words, an hour of fast speech.
+/// Shows 720 sentences of twelve words: an hour of speech at 144 words a minute.
 int measureHour() {
     QtHost host;
     StagedWindow window(host, 0);

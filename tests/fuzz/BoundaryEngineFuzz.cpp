@@ -38,17 +38,17 @@ void checkPartial(HeuristicBoundaryEngine& engine, std::string_view text,
     Texts fixedAndLeading = decision.hardPieces;
     fixedAndLeading.insert(fixedAndLeading.end(), decision.leading.begin(), decision.leading.end());
     fuzz::require(decision.softPieces == clausesWithout(text, fixedAndLeading, context),
-                  "other clauses than those of the text");
+                  "other clauses than those cut from scratch");
 
     const Texts all = pieces(text, context.clauseLevel, context);
-    fuzz::require(decision.tail == (all.empty() ? "" : all.back()), "another tail");
+    fuzz::require(decision.tail == (all.empty() ? "" : all.back()), "a wrong tail");
     if (all.empty())
         return;
     // Sentences frozen earlier come first.
     fuzz::require(fixedAndLeading.size() < all.size(), "more pieces than the text has");
     fuzz::require(std::equal(fixedAndLeading.begin(), fixedAndLeading.end(),
                              all.end() - 1 - std::ssize(fixedAndLeading)),
-                  "other pieces than those of the text");
+                  "other pieces than those cut from scratch");
     if (!context.freeze)
         fuzz::require(fixedAndLeading.size() + 1 == all.size(), "a piece lost");
 }

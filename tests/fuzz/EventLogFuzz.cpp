@@ -33,10 +33,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         fuzz::require(line.has_value(), "a record that was read but cannot be written");
         fuzz::require(line->find('\n') == std::string::npos, "a line feed inside a line");
         const auto again = ASREventRecord::fromLine(*line);
-        fuzz::require(again && again->line() == line, "a record that changes on the way");
+        fuzz::require(again && again->line() == line, "a record that is written otherwise");
         if (const auto event = records[i].asEvent())
             fuzz::require(ASREventRecord(records[i].t, *event).asEvent() == event,
-                          "an event that changes on the way");
+                          "an event that changes in a record");
     }
     return 0;
 }

@@ -50,18 +50,18 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const auto outcome = AppleFinalReconciler::reconcile(final, partial, mark);
     switch (outcome.record.decision) {
     case Decision::useFinal:
-        fuzz::require(outcome.text == final.text, "another text than the final's");
-        fuzz::require(outcome.shouldKeepFinalWordTimings, "timings lost");
+        fuzz::require(outcome.text == final.text, "a used final with another text");
+        fuzz::require(outcome.shouldKeepFinalWordTimings, "a used final without its word timings");
         break;
     case Decision::useLastPartial:
-        fuzz::require(partial && outcome.text == partial->text, "another text than the partial's");
-        fuzz::require(!outcome.shouldKeepFinalWordTimings, "timings of another text");
+        fuzz::require(partial && outcome.text == partial->text, "a used partial with another text");
+        fuzz::require(!outcome.shouldKeepFinalWordTimings, "a partial with a final's timings");
         break;
     case Decision::dropSuppressedFinal:
-        fuzz::require(outcome.text.empty(), "text of a dropped final");
+        fuzz::require(outcome.text.empty(), "a dropped final with a text");
         break;
     }
-    fuzz::require(!outcome.record.reasons.empty(), "no reason");
+    fuzz::require(!outcome.record.reasons.empty(), "a decision without a reason");
     if (const auto similarity = outcome.record.finalLastPartialSimilarity)
         fuzz::require(*similarity >= 0 && *similarity <= 1, "a similarity out of range");
     return 0;

@@ -25,7 +25,7 @@ void tryWhole(RecordingIndex index) {
             index.put(recording);
     }
     fuzz::require(nlohmann::json::parse(index.encoded()) == after,
-                  "an entry that changes when nothing of it did");
+                  "an entry that changes when put back as it was");
 
     RecordingMetadata added;
     added.startedAt = 1e15;
@@ -33,7 +33,7 @@ void tryWhole(RecordingIndex index) {
     index.sort();
     const auto again = RecordingIndex::decoded(index.encoded());
     fuzz::require(again && again->recordings().size() == index.recordings().size(),
-                  "an index that reads back otherwise");
+                  "an index that loses entries when read again");
 }
 
 } // namespace
@@ -43,7 +43,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (auto index = RecordingIndex::decoded(input.rest()))
         tryWhole(std::move(*index));
     auto salvaged = RecordingIndex::salvaged(input.rest());
-    fuzz::require(!salvaged.hasNamelessElements(), "something else than an entry was salvaged");
+    fuzz::require(!salvaged.hasNamelessElements(), "a salvaged element that is no entry");
     tryWhole(std::move(salvaged));
     return 0;
 }

@@ -43,12 +43,13 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const auto output = CaptionReplay::run(log, config, caps);
     const auto rows = static_cast<std::int64_t>(output.segments.size());
     fuzz::require(output.lockCount + output.finalCount == rows, "a row that is not counted");
-    fuzz::require(static_cast<std::int64_t>(output.committedLines.size()) == rows, "a lost line");
+    fuzz::require(static_cast<std::int64_t>(output.committedLines.size()) == rows,
+                  "rows without lines");
     for (const auto& row : output.segments)
         fuzz::require(!row.sourceText.empty(), "an empty row");
     for (const std::string& line : output.liveLines)
         fuzz::require(!line.empty(), "an empty live line");
     fuzz::require(CaptionReplay::run(log, config, caps).transcript() == output.transcript(),
-                  "another transcript the second time");
+                  "a transcript that changes when repeated");
     return 0;
 }

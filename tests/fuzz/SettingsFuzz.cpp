@@ -22,7 +22,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::require(defaults.value(key) == SettingValue(std::int64_t{7}), "a setting that is lost");
     const std::string after = disk.contentsOf(path);
     if (!defaults.problem().empty()) {
-        fuzz::require(after == before, "a file that was not understood and is overwritten");
+        fuzz::require(after == before, "an unreadable file that is overwritten");
         return 0;
     }
     auto now = nlohmann::json::parse(after);

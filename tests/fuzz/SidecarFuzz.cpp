@@ -13,7 +13,7 @@ void tryTimeline(std::string_view text) {
     if (!timeline)
         return;
     fuzz::require(HistoryWordTimeline::decoded(timeline->encoded()) == timeline,
-                  "a timeline that changes on the way");
+                  "a timeline that changes when written and read");
     const auto active = timeline->activeSentenceIndex(1);
     fuzz::require(!active || *active < timeline->sentenceStarts().size(),
                   "the index of a sentence that does not exist");
@@ -40,7 +40,7 @@ void tryJournal(std::string_view text) {
     }
     const auto again = SessionJournalContent::decoded(lines);
     fuzz::require(again.rows == journal.rows && again.unreadableLines == 0,
-                  "a row that changes on the way");
+                  "a row that changes when written and read");
 }
 
 } // namespace

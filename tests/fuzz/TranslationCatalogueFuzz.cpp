@@ -18,12 +18,12 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     for (const char* target : {"fr", "ja", "th", ""}) {
         const TranslationPair pair{"en", target};
         const std::optional<AvailableModel> model = catalogue->model(pair);
-        fuzz::require(model.has_value() == catalogue->lists(pair), "a pair without files");
+        fuzz::require(model.has_value() == catalogue->lists(pair), "a list unlike its models");
         if (!model)
             continue;
         StoredModel stored;
         for (const FileToFetch& file : model->files) {
-            fuzz::require(file.sha256.size() == 64 && file.isZstd, "a file that nobody can check");
+            fuzz::require(file.sha256.size() == 64 && file.isZstd, "a file without a checksum");
             fuzz::require(file.url.starts_with("https://files/"), "a file from somewhere else");
             stored.files.push_back({file.name, 0, file.sha256});
         }

@@ -14,10 +14,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (!header)
         return 0;
     fuzz::require(header->dataOffset >= WAVHeader::size && header->dataOffset <= bytes.size(),
-                  "sound outside of the file");
-    fuzz::require(header->bytesPerSecond() > 0, "a file without time");
+                  "sound that begins outside of the file");
+    fuzz::require(header->bytesPerSecond() > 0, "a header with no bytes per second");
     WAVHeader plain = *header;
     plain.dataOffset = WAVHeader::size;
-    fuzz::require(WAVHeader::decoded(plain.encoded()) == plain, "a header that changes on the way");
+    fuzz::require(WAVHeader::decoded(plain.encoded()) == plain, "a header that reads otherwise");
     return 0;
 }
