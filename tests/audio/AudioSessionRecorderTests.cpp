@@ -111,8 +111,7 @@ TEST_F(AudioSessionRecorderTests, WritesMonoPCMAndKeepsTheCatalogUpToDate) {
     EXPECT_EQ(samples(), (std::vector<std::int16_t>{23170, 0, -32767, 5792, 0, 32767}));
     EXPECT_EQ(header(), (WAVHeader{.sampleRate = 48000, .dataSize = 12}));
     EXPECT_EQ(finished, entries.back());
-    EXPECT_EQ(finished->endedAt, finished->startedAt + 3)
-        << "setting the wall clock back does not move the end";
+    EXPECT_EQ(finished->endedAt, finished->startedAt + 3) << "setting the clock does not move it";
     EXPECT_EQ(finished->duration, 6.0 / 48000);
     EXPECT_EQ(finished->byteCount, 56);
     EXPECT_EQ(finished->sampleRate, 48000);
@@ -131,21 +130,18 @@ TEST_F(AudioSessionRecorderTests, AllButTheLastTwoMegabytesSurviveAnything) {
         recorder->start();
         for (std::size_t written = block; written < 5'000'000; written += block) {
             append(std::vector<float>(block / 2, 0.5F), 48000);
-            ASSERT_LE(written, header().dataSize + 2'000'000) << "a kill loses at most 2 MB";
+            ASSERT_LE(written, header().dataSize + 2'000'000) << "a kill loses too much";
             simulation::FaultyFileSystem afterwards(disk);
             afterwards.losePower(loss);
-            ASSERT_LE(written, loudBytes(afterwards) + 2'000'000)
-                << "a power failure loses at most 2 MB";
+            ASSERT_LE(written, loudBytes(afterwards) + 2'000'000) << "a power cut loses too much";
         }
-        EXPECT_GE(entries.size(), failingEntries + 1)
-            << "a failed catalog entry is saved while recording continues";
+        EXPECT_GE(entries.size(), failingEntries + 1) << "a failed entry is saved again";
         host.advanceBy(1);
         spawn(Executor::main(host), recorder->synchronize());
         host.runUntilIdle();
         simulation::FaultyFileSystem asleep(disk);
         asleep.losePower(loss);
-        ASSERT_EQ(loudBytes(asleep), header().dataSize)
-            << "synchronized sound survives a power failure";
+        ASSERT_EQ(loudBytes(asleep), header().dataSize) << "synchronized sound is safe";
         finish();
         simulation::FaultyFileSystem afterwards(disk);
         afterwards.losePower(loss);
@@ -251,8 +247,7 @@ TEST_F(AudioSessionRecorderTests, AFullDiskEndsTheRecordingAndNotTheSession) {
     recorder->start();
     append({0.5F});
     EXPECT_EQ(finish()->duration, 1.0 / 16000);
-    EXPECT_EQ(told, (std::vector<std::string>{"started", "finished"}))
-        << "the next recording works once there is space";
+    EXPECT_EQ(told, (std::vector<std::string>{"started", "finished"})) << "there is space again";
 }
 
 TEST_F(AudioSessionRecorderTests, AStartThatIsNotPermittedThrows) {

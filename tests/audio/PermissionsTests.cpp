@@ -128,8 +128,7 @@ TEST_F(PermissionsTests, TheGatePassesOrSaysWhatIsRefused) {
             EXPECT_EQ(server.requests.back().sourceID, step.source.deviceID().value_or("mic"));
         }
         PermissionsManager again(host, server, own, system(step.speech, step.answer));
-        EXPECT_EQ(*again.microphone, step.microphoneAfter)
-            << "the next start reads the stored status";
+        EXPECT_EQ(*again.microphone, step.microphoneAfter) << "the status is stored";
     }
 }
 

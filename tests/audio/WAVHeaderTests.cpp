@@ -15,8 +15,7 @@ TEST(WAVHeaderTests, EncodesTheUsualHeaderAndDecodesIt) {
         EXPECT_EQ(WAVHeader::decoded(header.encoded()), header);
     }
     const WAVHeader huge{.sampleRate = 48000, .dataSize = 5'000'000'000};
-    EXPECT_EQ(WAVHeader::decoded(huge.encoded())->dataSize, 0xFFFFFFFFU)
-        << "a size beyond 32 bits becomes the maximum";
+    EXPECT_EQ(WAVHeader::decoded(huge.encoded())->dataSize, 0xFFFFFFFFU) << "a size has 32 bits";
     EXPECT_EQ(huge.encoded().substr(4, 4), "\xFF\xFF\xFF\xFF");
 }
 
