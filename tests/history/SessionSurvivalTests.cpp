@@ -255,11 +255,11 @@ TEST(SessionSurvivalTests, WhatWasReportedSavedSurvivesALossOfPower) {
             computer.disk.losePower(loss);
             computer.restart();
             computer.expectConsistentHistory();
-            // Three rows come in the five seconds that may be lost; one more is tolerated.
+            // Three rows come in the five seconds that may be lost.
             if (computer.rowsOnDisk > 0)
                 computer.expectSession(
                     computer.isFinished ? Computer::rows * Computer::rowBytes : 0,
-                    computer.isSaved ? Computer::rows : std::max(0, computer.rowsOnDisk - 4));
+                    computer.isSaved ? Computer::rows : std::max(0, computer.rowsOnDisk - 3));
         }
     }
 }
