@@ -74,7 +74,7 @@ Task<int> showSettings(Program& program, const TerminalOptions& options) {
         if (!options.json)
             printText("");
     }
-    // An unreadable file is ignored and never overwritten; the user should know.
+    // If the file is unreadable, the values above are the defaults.
     if (const std::string problem = program.storedDefaults.problem(); !problem.empty())
         printProblem(localized("The settings cannot be read: %@.", {problem}));
     co_return static_cast<int>(ExitStatus::ok);

@@ -15,7 +15,7 @@ constexpr std::string_view shownAgain = "\033[0m\033[?25h\r\n";
 
 std::atomic<int> guarded = noTerminal;
 std::atomic<bool> paused = false;
-std::atomic<int> keysOf = noTerminal; ///< the terminal whose keys are taken
+std::atomic<int> keysOf = noTerminal; ///< the terminal in single-key mode
 termios keyboard{};                   ///< the settings of `keysOf` before its keys were taken
 
 } // namespace
@@ -33,7 +33,7 @@ bool isInForeground(int descriptor) noexcept {
 }
 
 void takeKeys(int descriptor) {
-    // SIGTTOU stops a background process that changes the terminal.
+    // Only in the foreground: SIGTTOU would stop a background process that changes the terminal.
     if (keysOf != noTerminal || !isInForeground(descriptor) ||
         ::tcgetattr(descriptor, &keyboard) != 0)
         return;

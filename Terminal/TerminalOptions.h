@@ -19,7 +19,7 @@ struct FileSource {
     static constexpr const char* standardInput = "/dev/stdin";
 
     std::filesystem::path path;
-    bool fast = false; ///< plays as fast as the recogniser, not in real time
+    bool fast = false; ///< plays as fast as the recogniser can follow
 };
 
 // The commands of `tessarune-terminal`.
@@ -70,8 +70,8 @@ struct TerminalOptions {
     bool json = false;
     bool quiet = false;
 
-    /// Parses the command line. Prints help, the version or a problem, and returns the exit status
-    /// if there is nothing to run.
+    /// Parses the command line. If there is nothing to run, prints help, the version or a problem
+    /// instead, and returns the exit status.
     static std::variant<TerminalOptions, int> parse(int argc, const char* const* argv,
                                                     std::ostream& out, std::ostream& err);
 };

@@ -20,11 +20,12 @@ class RecordingRepair {
     /// The repairs to report to the user, once.
     struct Report {
         std::vector<UUID> recoveredSessions; ///< interrupted sessions that were repaired
-        /// Imports whose transcription has not begun or was not possible, and imports whose
-        /// transcription or translation was interrupted by a regular end of the program.
+        /// Imports without a transcript, and imports whose transcription or translation was
+        /// interrupted by a regular end of the program.
         std::vector<RecordingMetadata> untranscribedImports;
-        /// Imports that were being transcribed or translated when the program ended unexpectedly;
-        /// they may be the cause. They are reported once and do not become `untranscribedImports`.
+        /// Imports that were being transcribed or translated when the program ended unexpectedly,
+        /// and may be the reason for that. They are reported once and do not become
+        /// `untranscribedImports`.
         std::vector<RecordingMetadata> brokenOffImports;
         std::optional<RecordingCatalog::IndexRebuild> rebuiltIndex;
         std::size_t removedWithoutSound =

@@ -16,8 +16,8 @@
 namespace tessarune {
 
 /// Keeps the committed rows of a running session in the file "Transcripts/<UUID>.live.ndjson", one
-/// line per row and per change of a row, so that a crash does not lose them. The next launch makes
-/// the transcripts from it (RecordingRepair, SessionJournalContent).
+/// line per row and per change of a row, so that a crash does not lose them. After a crash,
+/// the next launch writes the missing transcripts from it (RecordingRepair, SessionJournalContent).
 ///
 /// Main queue; the writing is done on the queue "Tessarune.SessionJournal". A line survives a crash
 /// of the program once the queue has written it. A loss of power loses at most the lines of the
@@ -33,11 +33,12 @@ class SessionJournal {
     SessionJournal(const SessionJournal&) = delete;
     SessionJournal& operator=(const SessionJournal&) = delete;
 
-    /// Changes the start time of the recording, also for earlier lines.
+    /// Appends a new start time of the recording. It also counts for the rows before it.
     void noteRecordingStart(double recordingStartedAt);
 
-    /// Appends a committed row, or its new state after it was translated or corrected. The last
-    /// line of a row counts; if it has no word events, the earlier ones remain valid.
+    /// Appends a committed row, or its new state after it was translated or corrected. If a
+    /// row has several lines, the last one counts. If that one has no word events, the row keeps
+    /// those that it had.
     void append(const CaptionSegment& row, std::span<const WordEvent> words = {});
 
     /// Flushes all queued lines to the disk, so that they survive a loss of power. Resumes on the

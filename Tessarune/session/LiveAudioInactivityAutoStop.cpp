@@ -53,7 +53,8 @@ void LiveAudioInactivityAutoStop::tick() {
 void LiveAudioInactivityAutoStop::excludeSleep() {
     const double late = host_.now() - lastCheckAt_ - secondsBetweenChecks;
     lastCheckAt_ = host_.now();
-    // A busy computer also delays a check, but not by more than an interval.
+    // A check that is late by more than an interval means sleep. A busy computer is assumed to
+    // delay it less.
     if (late > secondsBetweenChecks && lastActivityAt_)
         *lastActivityAt_ += late;
 }

@@ -12,13 +12,15 @@ namespace tessarune {
 struct AppleSpeechAnalyzerSummaryRecord : SpeechResultSummary {
     std::int64_t schemaVersion = 1;
     std::string kind = "appleSpeechAnalyzerSummary";
-    std::int64_t confidenceRunCount = 0;
+    std::int64_t confidenceRunCount = 0; ///< pieces of the text that have a confidence
     std::optional<double> minConfidence;
     std::optional<double> avgConfidence;
     std::int64_t alternativeCount = 0;
+    /// The result's times in the sound, mapped to the clock.
     std::optional<double> mappedStartEpochSeconds;
     std::optional<double> mappedEndEpochSeconds;
     double latestAudioTimeSeconds = 0;
+    // The transcriber's state before it processed the result.
     std::int64_t revisionBeforeTessaruneProcessing = 0;
     bool pendingPartialBeforeTessaruneProcessing = false;
 

@@ -114,8 +114,8 @@ std::string prepare(std::string_view text) {
         if (!found)
             continue;
         const std::size_t start = mark - stem.size();
-        // In "shouldn't've", the word before the second apostrophe is the "t" that was already
-        // replaced with the first one.
+        // In "shouldn't've", the stem of the second apostrophe is the "t", which was already
+        // replaced as the ending of the first. Nothing of the stem is left to copy then.
         if (start >= done)
             expanded.append(plain, done, start + found->lettersKept - done);
         expanded += found->ending;
@@ -140,7 +140,7 @@ std::optional<std::string> normalizeToken(std::string_view token) {
     }
     if (!hasLetter)
         return std::nullopt;
-    // Only letters and these three ASCII characters are in `kept`, so searching bytes is right.
+    // A search for bytes is right: no byte of a non-ASCII letter equals one of these.
     const auto first = kept.find_first_not_of(" -'");
     std::string trimmed = kept.substr(first, kept.find_last_not_of(" -'") - first + 1);
     if (Text::length(trimmed) == 1 && trimmed != "i" && trimmed != "a")

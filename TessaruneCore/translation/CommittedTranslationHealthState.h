@@ -21,10 +21,10 @@ enum class CommittedTranslationFailureAction {
 
 std::string_view name(CommittedTranslationFailureAction action);
 
-/// Counts the failures of one language pair's units and maps each to an action. Of
-/// consecutive recoverable failures, the third reloads the pair, the fifth and later ones are shown
-/// to the user, and the others are silent. A failure that the user must resolve is shown at once
-/// and resets the count.
+/// Counts the failures of one language pair's units and maps each to an action. Of consecutive
+/// recoverable failures, the third reloads the pair, the fifth and later ones are shown to the
+/// user, and the others are silent. A failure that the user must resolve is shown at once and
+/// resets the count.
 struct CommittedTranslationHealthState {
     std::int64_t consecutiveFailedUnits = 0;
     std::unordered_set<UUID> unresolvedUnitIDs;
@@ -34,8 +34,8 @@ struct CommittedTranslationHealthState {
     void recordSuccess(const UUID& unitID);
     CommittedTranslationFailureAction recordFailure(const UUID& unitID,
                                                     CommittedTranslationFailureSeverity severity);
-    /// Forgets that these units failed. Keeps `consecutiveFailedUnits`, because no unit has
-    /// succeeded yet.
+    /// Forgets that these units failed, because they will be tried again. Keeps
+    /// `consecutiveFailedUnits`.
     void resolveFailures(const std::unordered_set<UUID>& unitIDs);
     void reset();
 

@@ -91,10 +91,12 @@ void printLatency(const ResultLatency& latency) {
     std::printf("\nfrom the recogniser's result to the core's change (%zu guesses, %zu finals)\n",
                 latency.guesses.total.size(), latency.finals.total.size());
     std::printf("  %-22s %11s %11s    %s\n", "", "median", "99 %", "intended");
-    printLine("guess to event", latency.guesses.toEvent, "55 ms, for guesses to be thinned out");
-    printLine("event to change", latency.guesses.toChange, "0 to 60 ms, for flushes to be spaced");
+    printLine("guess to event", latency.guesses.toEvent,
+              "55 ms, in which newer guesses replace older ones");
+    printLine("event to change", latency.guesses.toChange,
+              "0 to 60 ms, the least time between two changes");
     printLine("guess to change", latency.guesses.total, "");
-    printLine("final to change", latency.finals.total, "nothing");
+    printLine("final to change", latency.finals.total, "no wait");
 }
 
 struct Bench {
@@ -174,7 +176,9 @@ int measureFile(const Options& options) {
 
 int main(int argc, char** argv) {
     tessarune::Options options;
-    CLI::App app("What live captions cost beside the recogniser, and how long a result takes.");
+    CLI::App app(
+        "What live captions cost in addition to the recogniser, and how long a result takes to "
+        "reach them.");
     app.add_option("FILE", options.file, "speech, played at real speed")
         ->required()
         ->check(CLI::ExistingFile);

@@ -21,8 +21,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 constexpr auto longestWait = std::chrono::seconds(30);
 constexpr auto lookAgain = std::chrono::milliseconds(1);
-constexpr auto restAfterwards = std::chrono::seconds(1); // until the memory no longer changes
-constexpr int smallestWidth = 100;                       // of a window that counts
+constexpr auto restAfterwards = std::chrono::seconds(1); // lets the memory settle
+constexpr int smallestWidth = 100;                       // of a window; narrower ones are ignored
 
 template <typename Reply>
 using Answer = std::unique_ptr<Reply, decltype(&std::free)>;
@@ -68,7 +68,7 @@ struct Picture {
     const xcb_screen_t& screen;
 };
 
-/// The processor time of all threads of the process so far.
+/// The processor time of the process's present threads so far.
 double processorSecondsOf(pid_t process) {
     double nanoseconds = 0;
     const auto threads = "/proc/" + std::to_string(process) + "/task";

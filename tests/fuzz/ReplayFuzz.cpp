@@ -10,7 +10,7 @@ namespace {
 using namespace tessarune;
 
 std::vector<ASREventRecord> records(fuzz::Input& input) {
-    // Each event is two bytes, for its kind and its delay, and a line with its text.
+    // An event is a byte for its kind, a byte for its delay, and its text up to a line feed.
     static const double pauses[] = {0.0, 0.03125, 0.0625, 0.25, 0.625, 1.0, 4.0, 4.5};
     std::vector<ASREventRecord> log;
     double t = input.flag() ? 1000 : 0;

@@ -30,7 +30,8 @@ WordEvent heard(std::optional<double> start, std::optional<double> end,
     return event;
 }
 
-/// "start-end: word times (kind of the sentence, of the timeline)"
+/// "start-end: word times (timing kind of the sentence, timing kind of the timeline)", for the
+/// first sentence
 std::string summary(const Timeline& timeline) {
     const auto& sentence = timeline.sentences.at(0);
     std::string text = Text::shortest(sentence.start) + "-" + Text::shortest(sentence.end) + ":";
@@ -82,8 +83,9 @@ TEST(HistoryWordTimelineTests, BuildsTimesFromWordsRowsOrTheirArrival) {
     check("arrival times of words", "other", row("a b c", 1, 9),
           {heard(none, none, base + 4), heard(0, none, base - 1), heard(none, none)},
           "1.0-9.0: 4.0 0.0 9.0 (asrSegment, asrFirstSeen)");
-    check("arrival times where the engine times words", "apple-en", row("a b", 1, 9),
-          {heard(none, none, base + 4)}, "1.0-9.0: 1.0 9.0 (audioSegment, segmentInterpolated)");
+    check("arrival times are ignored if the engine reports word times", "apple-en",
+          row("a b", 1, 9), {heard(none, none, base + 4)},
+          "1.0-9.0: 1.0 9.0 (audioSegment, segmentInterpolated)");
     EXPECT_FALSE(Timeline::build(none, "apple-en", std::vector{row("a", 0, 1)}, {}));
     EXPECT_FALSE(Timeline::build(base, "apple-en", std::vector{row(" \n", 0, 1)}, {}));
 }

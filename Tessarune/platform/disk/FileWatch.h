@@ -13,8 +13,8 @@ namespace tessarune {
 /// need not exist; its folder must.
 class FileWatch {
   public:
-    /// `onChange` is called on the main queue; simultaneous changes may cause a single call. It is
-    /// never called after the destructor, which must run on the main queue, too. Throws
+    /// `onChange` is called on the main queue; simultaneous changes may cause a single call. The
+    /// destructor, too, must run on the main queue; after it, `onChange` is never called. Throws
     /// std::system_error if the folder cannot be watched.
     FileWatch(const std::filesystem::path& file, Host& host, std::function<void()> onChange);
     ~FileWatch();

@@ -19,7 +19,7 @@ namespace {
 constexpr int utilityNiceness = 10;
 
 void describeThread(const std::string& label, QueuePriority priority) {
-    // The kernel keeps 15 bytes. Labels have a common beginning and differ at the end.
+    // A thread's name has at most 15 bytes. Labels begin alike, so their last bytes are used.
     const std::size_t kept = std::min<std::size_t>(label.size(), 15);
     pthread_setname_np(pthread_self(), label.substr(label.size() - kept).c_str());
     if (priority == QueuePriority::utility) {

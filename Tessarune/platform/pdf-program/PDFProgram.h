@@ -4,10 +4,11 @@
 
 #include <string>
 
-/// The program "tessarune-pdf", which is installed in the folder of the programs that run it.
+/// Runs the program "tessarune-pdf", which must be in the same folder as the running program.
 namespace tessarune::PDFProgram {
 
-/// Lays out a document in another process and waits for it. Returns the PDF file. Any thread.
+/// Lays out a document in another process and waits for it. Returns the bytes of the PDF. Any
+/// thread.
 /// Throws std::runtime_error with a text for the user if the program is missing or fails.
 std::string pdf(const HistoryTranscriptPDFDocument& document);
 

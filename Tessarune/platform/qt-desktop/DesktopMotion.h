@@ -13,7 +13,8 @@
 namespace tessarune {
 
 /// Whether the user has asked the desktop for less motion, as the desktop's settings portal reports
-/// it. False without a portal. Main thread, with the application object.
+/// it. False without a portal. On the main thread, while the application object
+/// exists.
 class DesktopMotion : public QObject {
     Q_OBJECT
 
@@ -32,7 +33,7 @@ class DesktopMotion : public QObject {
     void apply(const QString& group, const QString& key, const QDBusVariant& value);
 
     QDBusConnection bus_;
-    std::set<std::string, std::less<>> changed_;  // keys whose change was signalled
+    std::set<std::string, std::less<>> changed_;  // keys that a signal has set
     std::set<std::string, std::less<>> reducing_; // keys whose value means reduced motion
 };
 

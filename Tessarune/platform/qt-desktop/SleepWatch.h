@@ -9,7 +9,8 @@ namespace tessarune {
 
 /// Reports when the computer is about to sleep or shut down, and when it wakes, as announced by the
 /// system's login manager. Delays sleep and shutdown until the program is ready, for a few seconds
-/// at most. Does nothing without such a manager. Main thread, with the application object.
+/// at most. Does nothing without such a manager. On the main thread, while the application object
+/// exists.
 class SleepWatch : public QObject {
     Q_OBJECT
 

@@ -10,8 +10,8 @@ namespace tessarune {
 
 /// Reports when the desktop can show items in a tray: soon after the program's start, or later if
 /// the desktop's panel starts after the program. A tray of the older kind, which embeds X11
-/// windows, is reported only if it starts after the program. Main thread, with the application
-/// object.
+/// windows, is reported only if it starts after the program. On the main thread, while the
+/// application object exists.
 ///
 /// Qt checks for a tray only once in the life of the process, so do not ask Qt for one before this
 /// class or X11Desktop::hasTray has found it.

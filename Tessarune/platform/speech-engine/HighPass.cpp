@@ -5,7 +5,8 @@
 
 namespace tessarune {
 
-/// The bilinear transform of s² / (s² + √2 s + 1).
+/// Derives the coefficients by the bilinear transform from the analog Butterworth high-pass
+/// s² / (s² + √2 s + 1), whose cutoff is 1. `k` moves the cutoff.
 HighPass::HighPass(double cutoff, double sampleRate) {
     const double k = std::tan(std::numbers::pi * cutoff / sampleRate);
     const double norm = 1 / (1 + std::numbers::sqrt2 * k + k * k);

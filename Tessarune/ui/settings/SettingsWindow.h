@@ -22,14 +22,14 @@ namespace tessarune {
 /// The window with the user's settings. Main thread; needs the application object.
 class SettingsWindow {
   public:
-    /// Loads the window without showing it. Ends the program if the window's own files cannot be
-    /// loaded, which the user cannot repair.
+    /// Loads the window without showing it. Ends the program if the window's own QML files cannot
+    /// be loaded, because the user cannot repair that.
     explicit SettingsWindow(SettingsWindowEnvironment environment);
     ~SettingsWindow();
     SettingsWindow(const SettingsWindow&) = delete;
 
-    /// Shows the window, raised and active, with the pane of this name; for any other name, with
-    /// the pane that was shown last.
+    /// Shows the window, raised and active, with the pane named `pane`. If no pane has this name,
+    /// with the pane that was shown last.
     void show(const std::string& pane = {});
     QQuickWindow& window() { return *window_; }
     const DiagnosticsRunsModel& runs() const { return runs_; }

@@ -28,7 +28,7 @@ Canvas {
     height: width
     onColorChanged: requestPaint()
     onNameChanged: requestPaint()
-    onVisibleChanged: requestPaint() // a hidden item may not have been painted
+    onVisibleChanged: requestPaint() // changes of a hidden item are perhaps not painted yet
     onPaint: {
         const context = getContext("2d");
         context.reset();
