@@ -5,6 +5,7 @@
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 
+#include <algorithm>
 #include <system_error>
 
 namespace tessarune {
@@ -77,10 +78,17 @@ std::string RecordingCatalog::readingProblem() {
             return localized("The list of recordings, %@, is missing. The next recorded session "
                              "rebuilds it from the recordings.",
                              {paths_.recordingIndex().string()});
-        if (const std::size_t damaged = loaded.index.damagedEntries(); damaged > 0)
-            return localized("%lld entries of the list of recordings, %@, are damaged. The next "
-                             "recorded session restores them if it finds their copies.",
-                             {std::to_string(damaged), paths_.recordingIndex().string()});
+        if (const auto damaged = loaded.index.damagedEntries(); !damaged.empty()) {
+            const auto found = forgotten(loaded.index).recordings();
+            const auto restorable =
+                std::ranges::count_if(found, [&](const RecordingMetadata& recording) {
+                    return damaged.contains(recording.id);
+                });
+            if (restorable > 0)
+                return localized("%lld entries of the list of recordings, %@, are damaged. The "
+                                 "next recorded session restores them from their copies.",
+                                 {std::to_string(restorable), paths_.recordingIndex().string()});
+        }
         // Throws if the folder cannot be read; its recordings would look as if they were missing.
         files_.list(paths_.recordings());
     } catch (const std::exception& error) {

@@ -125,20 +125,25 @@ void RecordingCatalog::cleanupOrphanTranscripts() {
     }
 }
 
-/// Adds recordings that an index lacks because it is older, for example because it comes from a
-/// backup, or because their entries are damaged. The recordings must be finished, and the copies of
-/// their entries and their sound must exist. Returns all ids that are known then.
-std::set<UUID> RecordingCatalog::relistForgotten(const RecordingIndex& listed) {
+/// The recordings that an index lacks because it is older, for example because it comes from a
+/// backup, or because their entries are damaged. They are finished, and the copies of their entries
+/// and their sound exist.
+RecordingIndex RecordingCatalog::forgotten(const RecordingIndex& listed) {
     std::set<UUID> known;
     for (const RecordingMetadata& recording : listed.recordings())
         known.insert(recording.id);
     RecordingIndex forgotten = RecordingIndex::salvaged({}, entriesBesideTranscripts(known));
-    known = listed.ids();
     findMovedSound(forgotten);
     forgotten.removeIf([&](const RecordingMetadata& recording) {
         return !recording.endedAt || !files_.exists(recording.filePath);
     });
-    const auto found = forgotten.recordings();
+    return forgotten;
+}
+
+/// Lists forgotten recordings again. Returns all ids that are known then.
+std::set<UUID> RecordingCatalog::relistForgotten(const RecordingIndex& listed) {
+    std::set<UUID> known = listed.ids();
+    const auto found = forgotten(listed).recordings();
     if (found.empty())
         return known;
     mutateIndex([&](RecordingIndex& index) {

@@ -219,6 +219,7 @@ class RecordingCatalog {
     std::filesystem::path asidePath() const;
     bool isAside(const std::string& name) const;
     std::vector<std::string> entriesBesideTranscripts(const std::set<UUID>& known = {});
+    RecordingIndex forgotten(const RecordingIndex& listed);
     std::set<UUID> relistForgotten(const RecordingIndex& listed);
 
     void removeOwned(const RecordingMetadata& recording, Runs runs);

@@ -199,10 +199,14 @@ std::set<UUID> RecordingIndex::ids() const {
     return all;
 }
 
-std::size_t RecordingIndex::damagedEntries() const {
-    return static_cast<std::size_t>(std::ranges::count_if(elements_, [](const Element& element) {
-        return !element.recording && idOf(*element.source);
-    }));
+std::set<UUID> RecordingIndex::damagedEntries() const {
+    std::set<UUID> damaged;
+    for (const Element& element : elements_) {
+        const auto id = element.recording ? std::nullopt : idOf(*element.source);
+        if (id && !find(*id))
+            damaged.insert(*id);
+    }
+    return damaged;
 }
 
 bool RecordingIndex::hasNamelessElements() const {
@@ -211,9 +215,13 @@ bool RecordingIndex::hasNamelessElements() const {
 }
 
 void RecordingIndex::put(const RecordingMetadata& recording) {
-    const auto same = std::find_if(elements_.begin(), elements_.end(), [&](const Element& element) {
-        return idOf(*element.source) == recording.id; // a damaged entry, too
+    auto same = std::find_if(elements_.begin(), elements_.end(), [&](const Element& element) {
+        return element.recording && element.recording->id == recording.id;
     });
+    if (same == elements_.end()) // perhaps its entry is damaged
+        same = std::find_if(elements_.begin(), elements_.end(), [&](const Element& element) {
+            return !element.recording && idOf(*element.source) == recording.id;
+        });
     Element changed = same == elements_.end() ? Element() : *same;
     Json object = changed.source ? *changed.source : Json::object();
     write(object, changed.recording, recording);

@@ -35,8 +35,9 @@ class RecordingIndex {
 
     /// The ids of all elements, even of those that are not entries.
     std::set<UUID> ids() const;
-    /// The number of elements that have an id but are not valid entries.
-    std::size_t damagedEntries() const;
+    /// The ids of elements that are not valid entries, unless another element is a valid entry with
+    /// this id.
+    std::set<UUID> damagedEntries() const;
     /// Whether there are elements without a readable id.
     bool hasNamelessElements() const;
 

@@ -100,7 +100,10 @@ SessionJournal::SessionJournal(Host& host, FileSystem& files, TessaruneFileLogge
 }
 
 SessionJournal::~SessionJournal() {
-    queue_->sync([&] { writer_.reset(); });
+    queue_->sync([&] {
+        writer_->putOnDisk(); // the flush that is due will not come
+        writer_.reset();
+    });
 }
 
 void SessionJournal::noteRecordingStart(double recordingStartedAt) {

@@ -421,6 +421,10 @@ TEST_F(RecordingCatalogTests, LaunchRepairsCorrectTheIndexAndRemoveOrphans) {
     EXPECT_NE(catalog.readingProblem(), "");
     catalog.cleanupOrphanTranscripts();
     EXPECT_EQ(disk.contentsOf("/data/recordings.json"), good);
+    EXPECT_EQ(catalog.readingProblem(), "");
+    disk.remove(catalog.entryURL(spoken)); // nothing can restore this one
+    setIndex(std::regex_replace(good, std::regex(R"("[^"]*spoken.wav")"), "5"));
+    EXPECT_EQ(catalog.readingProblem(), "");
 }
 
 TEST_F(RecordingCatalogTests, FindsTheRunsOfARecordingNewestFirst) {

@@ -32,9 +32,9 @@ class UsageModel final : public ListedRows<UsagePeriod> {
     Q_PROPERTY(QStringList totals READ totals NOTIFY changed)
     /// The value at the top of the chart.
     Q_PROPERTY(QString scale READ scale NOTIFY changed)
-    /// Shown in place of the chart; empty while there is one, and until the catalog has been read.
     /// A message if the words of some recordings are not counted; empty if all are.
     Q_PROPERTY(QString uncounted READ uncounted NOTIFY changed)
+    /// Shown in place of the chart; empty while there is one, and until the catalog has been read.
     Q_PROPERTY(QString emptyTitle READ emptyTitle NOTIFY changed)
     Q_PROPERTY(QString emptyText READ emptyText NOTIFY changed)
 
