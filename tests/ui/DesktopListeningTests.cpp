@@ -28,6 +28,9 @@ class DesktopListeningTests : public ::testing::Test {
         listening.end();
         listening.stop(script);
         EXPECT_TRUE(runUntil([&] { return !session.store().isStopping(); }));
+        bool hasEnded = false; // the engine must not be loading when the process exits
+        spawn(Executor::main(host), endRefinement(application.refinement, hasEnded));
+        EXPECT_TRUE(runUntil([&] { return hasEnded; }));
         setLocalizationTable({}); // which the application sets
     }
 
@@ -41,6 +44,11 @@ class DesktopListeningTests : public ::testing::Test {
     std::filesystem::path toneFile(const char* name, double seconds) const {
         std::ofstream(folder / name) << testing::wavBytes(testing::tone(seconds, 16000), 16000);
         return folder / name;
+    }
+    static Task<void> endRefinement(HistoryRefinementService& refinement, bool& hasEnded) {
+        Task<void> ending = refinement.end();
+        co_await ending;
+        hasEnded = true;
     }
     const SessionView& view() { return session.store().view(); }
     /// What all controls show: whether a press stops.
