@@ -47,8 +47,12 @@ class WindowProgram : public ::testing::Test {
                          std::vector<std::string>{"-displayfd", "1", "-screen", "0", "1280x800x24"},
                          folder_.path(), environment_);
         environment_.push_back("DISPLAY=:" + firstLine(*display_));
-        manager_.emplace("/usr/bin/openbox", std::vector<std::string>(), folder_.path(),
-                         environment_);
+        // On a busy computer the manager sometimes ends at its start.
+        for (bool isManaged = false; !isManaged;) {
+            manager_.emplace("/usr/bin/openbox", std::vector<std::string>(), folder_.path(),
+                             environment_);
+            isManaged = within(2, [&] { return !pointer({"get_desktop"}).empty(); });
+        }
         bus_.emplace("/usr/bin/dbus-daemon",
                      std::vector<std::string>{"--session", "--nofork", "--print-address=1"},
                      folder_.path(), environment_);
