@@ -1,5 +1,6 @@
 #include "Tessarune/audio/AudioSessionRecorder.h"
 
+#include "Tessarune/audio/RecordedPCM.h"
 #include "Tessarune/audio/WAVHeader.h"
 #include "TessaruneCore/host/RunOn.h"
 #include "TessaruneCore/text/DateText.h"
@@ -25,34 +26,6 @@ std::system_error diskFull(const std::filesystem::path& path) {
 bool isDiskFull(const std::system_error& error) {
     return error.code() == std::errc::no_space_on_device ||
            error.code() == std::error_condition(EDQUOT, std::generic_category());
-}
-
-/// Mixes all channels to one. Dividing by the square root of their number keeps the loudness of
-/// independent channels.
-std::vector<float> downmixed(const AudioBuffer& buffer) {
-    const auto channels = static_cast<std::size_t>(std::max(buffer.format.channels, 0));
-    std::vector<float> mono(buffer.frames());
-    const float scale = 1.0F / std::sqrt(static_cast<float>(channels));
-    for (std::size_t frame = 0; frame < mono.size(); ++frame) {
-        float sum = 0;
-        for (std::size_t channel = 0; channel < channels; ++channel)
-            sum += buffer.samples[frame * channels + channel];
-        mono[frame] = sum * scale;
-    }
-    return mono;
-}
-
-std::string pcmS16LEData(const std::vector<float>& mono) {
-    constexpr float fullScale = 32767;
-    std::string pcm;
-    pcm.reserve(mono.size() * bytesPerSample);
-    for (const float sample : mono) {
-        const float clamped = std::isnan(sample) ? 0.0F : std::clamp(sample, -1.0F, 1.0F);
-        const auto value = static_cast<std::int16_t>(std::lround(clamped * fullScale));
-        pcm += static_cast<char>(value & 0xFF);
-        pcm += static_cast<char>(value >> 8 & 0xFF);
-    }
-    return pcm;
 }
 
 } // namespace
