@@ -23,8 +23,8 @@ bool isInForeground(int descriptor) noexcept;
 /// begins a new line. Any thread, and signal handlers.
 void restore() noexcept;
 
-/// Drawing is paused while the program is stopped, or about to stop or end. Whoever draws checks
-/// `isPaused` first. Any thread.
+/// Drawing is paused while the program is stopped, or about to stop or end. Check `isPaused`
+/// before drawing. Any thread.
 void setPaused(bool paused) noexcept;
 bool isPaused() noexcept;
 

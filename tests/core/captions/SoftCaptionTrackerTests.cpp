@@ -45,7 +45,7 @@ TEST(SoftCaptionTrackerTests, ShowsAClauseThatStaysUnchangedAtItsPosition) {
           {1, {"a", "b"}, {"a", "b"}, true},
           {1.1, {"x", "b"}, {"b"}, true},
           {1.5, {"x", "b"}, {"x", "b"}, true}}},
-        {"a clause that disappears starts anew",
+        {"a clause that disappears restarts its time",
          0.3,
          {{0, {"a", "b"}, {}, false},
           {0.1, {"a"}, {}, false},
