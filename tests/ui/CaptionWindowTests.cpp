@@ -182,6 +182,10 @@ TEST_F(CaptionWindowTests, TheKeysOfTheSettingsRunTheAvailableCommands) {
     const bool wasOnTop = *captions.settings.keepOnTop;
     EXPECT_EQ(press(Qt::Key_Space, Qt::NoModifier), Asked{}) << "Space presses the focused button";
     EXPECT_NE(*captions.settings.keepOnTop, wasOnTop);
+    EXPECT_EQ(press(Qt::Key_Return, Qt::NoModifier), Asked{});
+    QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, "\r", true);
+    QCoreApplication::sendEvent(&window, &repeated);
+    EXPECT_EQ(*captions.settings.keepOnTop, wasOnTop) << "a held key presses once";
     window.contentItem()->forceActiveFocus();
     captions.settings.shortcutClear.keyCode = 117;       // Delete
     captions.settings.shortcutClear.modifiers = 0xA0000; // Alt and Shift

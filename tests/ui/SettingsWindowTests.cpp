@@ -80,7 +80,9 @@ TEST_F(SettingsWindowTests, AKeyPressIsStoredAndAChangeByAnotherProgramIsShown) 
     QQuickItem* const toggle = control("保存录音和文字");
     ASSERT_NE(toggle, nullptr);
     toggle->forceActiveFocus(Qt::TabFocusReason);
-    QTest::keyClick(&window(), Qt::Key_Space);
+    QTest::keyPress(&window(), Qt::Key_Enter);
+    QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Enter, Qt::NoModifier, "\r", true);
+    QCoreApplication::sendEvent(&window(), &repeated);
     EXPECT_EQ(settings.store.value("recordWhileCaptioning"), std::optional<SettingValue>(false));
     EXPECT_FALSE(control("无损录音")->isEnabled()); // there is no recording that it applies to
 

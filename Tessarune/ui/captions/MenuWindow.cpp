@@ -103,7 +103,7 @@ bool MenuWindow::handleKey(QEvent& event) {
     const bool isEntry = key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space;
     const bool isEdge = key == Qt::Key_Home || key == Qt::Key_End;
     if (!isEntry && !isEdge && key != Qt::Key_Up && key != Qt::Key_Down && key != Qt::Key_Escape &&
-        key != Qt::Key_Tab)
+        key != Qt::Key_Tab && key != Qt::Key_Backtab)
         return false;
     event.accept();
     if (event.type() == QEvent::ShortcutOverride)

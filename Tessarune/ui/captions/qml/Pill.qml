@@ -88,11 +88,17 @@ Rectangle {
             Accessible.name: root.action
             Accessible.ignored: root.action === ""
             Accessible.onPressAction: root.activated()
-            Keys.onReturnPressed: root.activated()
-            Keys.onEnterPressed: root.activated()
+            Keys.onReturnPressed: event => press(event)
+            Keys.onEnterPressed: event => press(event)
+            Keys.onSpacePressed: event => press(event)
             // With the focus here, Space presses this button and is not the window's shortcut.
             Keys.onShortcutOverride: event => event.accepted = event.key === Qt.Key_Space
-            Keys.onSpacePressed: event => { if (!event.isAutoRepeat) root.activated(); }
+
+            // A held key presses once.
+            function press(event: KeyEvent) {
+                if (!event.isAutoRepeat)
+                    root.activated();
+            }
 
             MouseArea {
                 id: area

@@ -15,9 +15,15 @@ Rectangle {
     Accessible.role: Accessible.Button
     Accessible.name: name
     Accessible.onPressAction: activated()
-    Keys.onReturnPressed: activated()
-    Keys.onEnterPressed: activated()
+    Keys.onReturnPressed: event => press(event)
+    Keys.onEnterPressed: event => press(event)
+    Keys.onSpacePressed: event => press(event)
     // With the focus here, Space presses this button and is not the window's shortcut.
     Keys.onShortcutOverride: event => event.accepted = event.key === Qt.Key_Space
-    Keys.onSpacePressed: event => { if (!event.isAutoRepeat) activated(); }
+
+    // A held key presses once.
+    function press(event: KeyEvent) {
+        if (!event.isAutoRepeat)
+            activated();
+    }
 }

@@ -19,7 +19,7 @@ T.ComboBox {
     Accessible.role: Accessible.ComboBox
     Accessible.name: name
     Accessible.onPressAction: if (enabled) popup.open()
-    Keys.onReturnPressed: popup.open()
+    Keys.forwardTo: PressKeys { onPressed: root.popup.open() }
 
     contentItem: Text {
         text: root.currentIndex < 0 ? root.otherText : root.displayText

@@ -14,7 +14,7 @@ T.AbstractButton {
     Accessible.checked: checked
     Accessible.onPressAction: if (enabled) clicked()
     Accessible.onToggleAction: if (enabled) clicked()
-    Keys.onReturnPressed: clicked()
+    Keys.forwardTo: PressKeys { onPressed: root.clicked() }
 
     background: Rectangle {
         anchors.centerIn: parent

@@ -20,7 +20,7 @@ T.Button {
     Accessible.name: name
     Accessible.description: value
     Accessible.onPressAction: if (enabled) clicked()
-    Keys.onReturnPressed: clicked()
+    Keys.forwardTo: PressKeys { onPressed: root.clicked() }
     onClicked: popup.open()
 
     contentItem: Item {
@@ -58,6 +58,8 @@ T.Button {
         margins: 8
         padding: Math.round(Theme.body * 0.8)
         focus: true
+        // The field is set here: with a binding, a text that was typed and left would stay.
+        onAboutToShow: field.text = root.value
         onOpened: field.forceActiveFocus()
 
         background: Rectangle {
@@ -87,7 +89,7 @@ T.Button {
                         Accessible.role: Accessible.Button
                         Accessible.name: modelData
                         Accessible.onPressAction: if (enabled) clicked()
-                        Keys.onReturnPressed: clicked()
+                        Keys.forwardTo: PressKeys { onPressed: preset.clicked() }
                         onClicked: {
                             root.chosen(modelData);
                             popup.close();
@@ -108,7 +110,6 @@ T.Button {
 
                 width: parent.width
                 name: root.hint
-                text: root.value
                 maximumLength: 7
                 validator: RegularExpressionValidator { regularExpression: /#[0-9A-Fa-f]{6}/ }
                 onAccepted: {

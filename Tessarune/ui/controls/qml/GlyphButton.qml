@@ -17,7 +17,7 @@ T.Button {
     Accessible.role: Accessible.Button
     Accessible.name: name
     Accessible.onPressAction: if (enabled) clicked()
-    Keys.onReturnPressed: clicked()
+    Keys.forwardTo: PressKeys { onPressed: root.clicked() }
 
     contentItem: Item {
         Glyph {

@@ -18,8 +18,7 @@ T.Button {
     Accessible.role: Accessible.Button
     Accessible.name: text
     Accessible.onPressAction: if (enabled) clicked()
-    Keys.onReturnPressed: clicked()
-    Keys.onEnterPressed: clicked()
+    Keys.forwardTo: PressKeys { onPressed: root.clicked() }
 
     contentItem: Text {
         text: root.text

@@ -13,7 +13,7 @@ T.Switch {
     Accessible.name: text
     Accessible.onPressAction: flip()
     Accessible.onToggleAction: flip()
-    Keys.onReturnPressed: flip()
+    Keys.forwardTo: PressKeys { onPressed: root.flip() }
 
     function flip() {
         if (!enabled)

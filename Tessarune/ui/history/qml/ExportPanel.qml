@@ -51,7 +51,7 @@ Popover {
                     Accessible.checked: checked
                     Accessible.onPressAction: if (enabled) clicked()
                     Accessible.onToggleAction: if (enabled) clicked()
-                    Keys.onReturnPressed: clicked()
+                    Keys.forwardTo: PressKeys { onPressed: format.clicked() }
                     onClicked: root.model.format = modelData.name
 
                     contentItem: Text {

@@ -43,7 +43,7 @@ Rectangle {
                 Accessible.checked: checked
                 Accessible.onPressAction: if (enabled) clicked()
                 Accessible.onToggleAction: if (enabled) clicked()
-                Keys.onReturnPressed: clicked()
+                Keys.forwardTo: PressKeys { onPressed: choice.clicked() }
                 onClicked: root.chosen(index)
 
                 contentItem: Text {

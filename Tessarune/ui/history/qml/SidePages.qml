@@ -22,7 +22,7 @@ Row {
         Accessible.name: text
         Accessible.selected: checked
         Accessible.onPressAction: if (enabled) clicked()
-        Keys.onReturnPressed: clicked()
+        Keys.forwardTo: PressKeys { onPressed: button.clicked() }
 
         contentItem: Item {
             Row {

@@ -16,7 +16,7 @@ T.AbstractButton {
     Accessible.checked: checked
     Accessible.onPressAction: if (enabled) clicked()
     Accessible.onToggleAction: if (enabled) clicked()
-    Keys.onReturnPressed: clicked()
+    Keys.forwardTo: PressKeys { onPressed: root.clicked() }
 
     contentItem: Column {
         leftPadding: Math.round(Theme.body)
