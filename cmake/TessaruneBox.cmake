@@ -46,8 +46,8 @@ endfunction()
 
 # tessarune_program(<target>)
 #
-# For a program that users get. In a release build, moves its debug information to <target>.debug in
-# the same folder, where debuggers look for it.
+# For a program that is installed. In a release build, moves the program's debug information to
+# <target>.debug in the same folder, where debuggers look for it.
 function(tessarune_program target)
   if(NOT CMAKE_BUILD_TYPE STREQUAL "RelWithDebInfo")
     return()

@@ -14,13 +14,14 @@ add_library(tessarune-options INTERFACE)
 target_compile_options(tessarune-options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  # GCC 12 reports the first three inside its own standard library once coroutines and -O2 meet. The
-  # last one warns of types in unnamed namespaces, because a unity build includes their sources.
+  # GCC 12 gives the first three warnings inside its own standard library when it compiles
+  # coroutines with -O2. It gives the last one for types in unnamed namespaces, because a unity
+  # build includes their source files.
   target_compile_options(tessarune-options INTERFACE
     -Wno-maybe-uninitialized -Wno-dangling-pointer -Wno-restrict -Wno-subobject-linkage)
   # An initializer that names members leaves the others at their defaults on purpose.
   target_compile_options(tessarune-options INTERFACE -Wno-missing-field-initializers)
-  # GoogleTest's macros prevent what this one warns of.
+  # GoogleTest's macros prevent the mistake that this warning is about.
   target_compile_options(tessarune-options INTERFACE -Wno-dangling-else)
 else()
   # -Wthread-safety checks the annotations of TessaruneCore/host/Mutex.h. GCC gets no -Wconversion,
@@ -36,13 +37,13 @@ if(TESSARUNE_SANITIZE)
   add_compile_definitions(TESSARUNE_SANITIZED)
   add_link_options(-fsanitize=${TESSARUNE_SANITIZE})
   if(TESSARUNE_SANITIZE MATCHES "undefined")
-    # The address sanitizer catches null pointers anyway; checks of each member's alignment would double the
-    # size of the objects.
+    # The address sanitizer finds null pointers anyway. The alignment checks of each member would
+    # double the size of the object files.
     add_compile_options(-fno-sanitize=null,alignment,object-size -fno-sanitize-recover=undefined)
   endif()
 endif()
 
-# The daily build links three dozen programs, for which GNU's linker takes four times as long.
+# A build links three dozen programs. GNU's linker takes four times as long for them as lld.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   include(CheckLinkerFlag)
   check_linker_flag(CXX -fuse-ld=lld TESSARUNE_HAS_LLD)

@@ -19,7 +19,7 @@ function(tessarune_qml target name)
     list(APPEND commands COMMAND Qt6::qmlcachegen --bare --only-bytecode ${resource}
       --resource-path "/${name}/${base}.qml" -o "${folder}/${base}.cpp" "${file}")
   endforeach()
-  set(loader "${name}_qmlcache_loader.cpp") # by this suffix the tool recognises a loader
+  set(loader "${name}_qmlcache_loader.cpp") # qmlcachegen recognises a loader by this suffix
   file(CONFIGURE OUTPUT "${folder}/paths.rsp" CONTENT "${paths}")
   file(CONFIGURE OUTPUT "${folder}/${name}.cpp" CONTENT "${includes}#include \"${loader}\"\n")
   add_custom_command(OUTPUT "${folder}/${loader}" ${commands}
@@ -28,7 +28,7 @@ function(tessarune_qml target name)
     DEPENDS ${files} ${name}.qrc
     COMMENT "Compiling the QML files of ${target}" VERBATIM)
   target_sources(${target} PRIVATE "${folder}/${name}.cpp")
-  # The code is generated: no warnings.
+  # No warnings, because the code is generated.
   set_source_files_properties("${folder}/${name}.cpp" PROPERTIES
     OBJECT_DEPENDS "${folder}/${loader}" COMPILE_OPTIONS -w SKIP_AUTOGEN ON)
 endfunction()

@@ -11,7 +11,7 @@
 namespace tessarune {
 
 /// The common part of the captures of system audio and of a microphone: a capture stream on its own
-/// queue, started and stopped from any thread. Derived classes define how its sound is used and how
+/// queue, started and stopped from any thread. Derived classes define how the sound is used and how
 /// a failure is reported.
 ///
 /// Host and server must outlive it.
@@ -28,8 +28,8 @@ class AudioCapture : public std::enable_shared_from_this<AudioCapture> {
     AudioCapture(Host& host, SoundServer& server, AudioSource source, std::string_view queueLabel);
 
     /// Begins a capture, after ending one that is still running. Resumes on the main queue. Throws
-    /// what `prepare` and `fail` throw, or MediaFileError if the server plays a file, and then
-    /// leaves nothing open.
+    /// what `prepare` and `fail` throw, or MediaFileError if the server plays a file; nothing is
+    /// open after a failure.
     Task<void> begin();
     /// Queues the end of the capture and returns at once.
     void endLater();
@@ -38,7 +38,7 @@ class AudioCapture : public std::enable_shared_from_this<AudioCapture> {
 
     // Hooks, all on the queue.
 
-    /// Called once the server is connected. `device` is the source's device, `nullopt` if absent.
+    /// Called when the server is connected. `device` is the source's device, `nullopt` if absent.
     /// Throws if the device is absent or unsuitable.
     virtual void prepare(const std::optional<CaptureStream::Source>& device) = 0;
     virtual void didOpen() {}
@@ -48,7 +48,7 @@ class AudioCapture : public std::enable_shared_from_this<AudioCapture> {
     virtual void handleInput(AudioBufferPtr buffer) = 0;
     virtual void handleEvent(const CaptureEvent& event) = 0;
 
-    /// Levels are computed for each eighth buffer, about twelve times a second.
+    /// A level is computed for every eighth buffer, about twelve times a second.
     static constexpr int buffersPerLevel = 8;
     /// The root mean square over all channels and frames: 0 for an empty buffer, 1 for full scale.
     static double rms(const AudioBuffer& buffer);
@@ -56,7 +56,7 @@ class AudioCapture : public std::enable_shared_from_this<AudioCapture> {
     const AudioSource& source() const { return source_; }
     Host& host() const { return host_; }
     SerialQueue& queue() const { return *queue_; }
-    /// A number that changes with each start and end. On the queue.
+    /// A number that changes with each start and end. Call it on the queue.
     int startCount() const { return startCount_; }
 
   private:

@@ -160,7 +160,8 @@ void AudioSessionRecorder::startOnQueue() {
 }
 
 /// The path of a new recording. Avoids the names of other recordings, because two sessions may
-/// start in the same second if the clock is set back. A file without an entry is replaced.
+/// start in the same second if the clock is set back. A file of the same name that has no entry in
+/// the catalog is replaced.
 std::filesystem::path AudioSessionRecorder::unusedPath(double wallClock) const {
     const std::string stamp = DateText::formatted(wallClock, "yyyyMMdd-HHmmss", "en_US_POSIX");
     std::string name = stamp;
@@ -204,7 +205,7 @@ void AudioSessionRecorder::openFile(const RecordingMetadata& item) {
         fileHandle_.reset();
         try {
             files_.remove(item.filePath);
-        } catch (const std::system_error&) { // the first failure is reported
+        } catch (const std::system_error&) { // only the first failure is reported
         }
         throw;
     }
@@ -236,8 +237,8 @@ void AudioSessionRecorder::appendOnQueue(const AudioBuffer& buffer, double arriv
         onFirstSample({item_->id, arrivedAt - writtenSeconds()});
 }
 
-/// Takes the file's sample rate from the first buffer. Patches the header at once: after a crash
-/// before the first regular patch, the file must not play at the wrong speed.
+/// Takes the file's sample rate from the first buffer. Patches the header at once, so that the file
+/// plays at the right speed even after a crash before the first regular patch.
 void AudioSessionRecorder::observeFormat(const AudioBuffer& buffer) {
     observedSampleRate_ = buffer.format.sampleRate;
     if (headerSampleRate() != sampleRate) {
@@ -250,7 +251,8 @@ void AudioSessionRecorder::observeFormat(const AudioBuffer& buffer) {
     appendSilenceOnQueue(std::exchange(pendingSilence_, 0));
 }
 
-/// Converts sound of another rate, from a device that took over during the session.
+/// Returns the sound at the file's rate. Its own rate differs if another device took over during
+/// the session.
 std::vector<float> AudioSessionRecorder::convertedToFileRate(std::vector<float> mono, double rate) {
     const bool sameAsFile = rate == observedSampleRate_;
     std::vector<float> result;
@@ -318,8 +320,8 @@ void AudioSessionRecorder::write(std::uint64_t bytes, const std::function<void()
 }
 
 /// At regular intervals, flushes everything written so far, so that it survives a crash or a power
-/// failure, and checks the free space. If the catalog could not save the recording's entry, retries
-/// that as well, because a crash loses a recording without an entry.
+/// failure, and checks the free space. If the catalog could not save the recording's entry, tries
+/// again to save it, because a recording without an entry is lost in a crash.
 void AudioSessionRecorder::flushIfDue() {
     if (dataByteCount_ < nextHeaderFlushBytes_)
         return;
@@ -355,7 +357,7 @@ int AudioSessionRecorder::headerSampleRate() const {
     return observedSampleRate_ > 0 ? static_cast<int>(observedSampleRate_) : sampleRate;
 }
 
-/// The size of sound in the file.
+/// The bytes that sound of this length takes in the file.
 std::uint64_t AudioSessionRecorder::pcmBytes(double seconds) const {
     return static_cast<std::uint64_t>(std::llround(seconds * headerSampleRate())) * bytesPerSample;
 }

@@ -24,10 +24,10 @@ namespace tessarune {
 /// them.
 ///
 /// `start` waits for the writer's queue; `append`, `appendSilence` and `stop` return at once. All
-/// may be called from any thread; callbacks run on the queue and are set before `start`. A failing
-/// disk never ends the session: `onError` reports it, and unwritten sound becomes silence. After
-/// repeated failures, or when the disk is nearly full, the recording ends, and the part that was
-/// written stays. A recorder is reused for the next session.
+/// may be called from any thread. Set the callbacks before `start`; they run on the queue. A
+/// failing disk never ends the session: `onError` reports it, and unwritten sound becomes silence.
+/// After repeated failures, or when the disk is nearly full, the recording ends, and the part that
+/// was written stays. A recorder serves one session after another.
 class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRecorder> {
   public:
     /// The operations of the catalog that the recorder needs. The catalog is in a higher layer.
@@ -49,12 +49,12 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
 
     static constexpr int maxConsecutiveWriteFailures = 3;
     static constexpr std::uint64_t headerFlushIntervalBytes = 2'000'000;
-    /// The sound after which a failed flush is retried: a few seconds.
+    /// A failed flush is retried after this much more sound, a few seconds.
     static constexpr std::uint64_t headerRetryIntervalBytes = 200'000;
     /// Recording stops when the disk has less free space than this, to leave room for the
     /// transcripts.
     static constexpr std::uint64_t reservedDiskBytes = 16'000'000;
-    /// The sound that may be queued for a slow disk: a few minutes. Further sound becomes silence.
+    /// At most this much sound waits for a slow disk, a few minutes. Further sound becomes silence.
     static constexpr std::size_t maximumWaitingBytes = 64'000'000;
     /// The maximum length of silence that fills a gap.
     static constexpr double longestSilenceSeconds = 24 * 3600;
@@ -72,7 +72,8 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     AudioSessionRecorder& operator=(const AudioSessionRecorder&) = delete;
 
     std::function<void(const RecordingMetadata&)> onStarted;
-    /// Called once per recording, when its first sound is in the file; never without sound.
+    /// Called once per recording, when its first sound is in the file. Not called if the recording
+    /// stays without sound.
     std::function<void(const FirstSample&)> onFirstSample;
     std::function<void(const RecordingMetadata&)> onFinished;
     std::function<void(const std::string&)> onError; ///< a text for the user
@@ -82,7 +83,8 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     /// `onError` reports that, and `onStarted` is not called.
     void start();
 
-    /// Writes sound. The first buffer decides the file's sample rate; others are converted to it.
+    /// Writes sound. The first buffer decides the file's sample rate; later buffers are converted
+    /// to this rate.
     void append(AudioBufferPtr buffer);
 
     /// Adds silence for sound that the capture lost, so that later times stay correct.

@@ -25,11 +25,11 @@ std::optional<CaptureStream::Source> monitorOf(const SoundOutput* output) {
     return CaptureStream::Source{output->monitorID, output->name, {output->format.sampleRate, 1}};
 }
 
-/// How often late sound is checked, and the maximum number of checks.
+/// The seconds between two checks of late sound, and the maximum number of checks.
 constexpr double paceCheckSeconds = 0.25;
 constexpr int maximumPaceChecks = 20;
-/// If a check for a stall is later than this, the program itself was suspended, and its sound may
-/// still be queued.
+/// If a check for a stall runs late by more than this, the program itself was suspended, and the
+/// server may still have sound for it.
 constexpr double lateCheckSeconds = 0.5;
 
 SoundServerError noSound() {
@@ -38,8 +38,8 @@ SoundServerError noSound() {
 
 } // namespace
 
-/// The state of a capture. Pending operations share it and may outlive the capture: if `attempt_`
-/// has changed, a late answer is obsolete.
+/// The state of a capture. Pending operations share it and may outlive the capture. The answer to a
+/// request is obsolete if `attempt_` has changed in the meantime.
 class CaptureStream::Keeper : public std::enable_shared_from_this<Keeper> {
   public:
     Keeper(SoundServer& server, Executor executor, AudioSource source, Handlers handlers)
@@ -91,7 +91,7 @@ class CaptureStream::Keeper : public std::enable_shared_from_this<Keeper> {
     double stallCheckAt_ = 0;
     LateSound late_;
     int paceChecks_ = 0;
-    bool isInterrupted_ = false;   // an interruption was reported, and its end was not
+    bool isInterrupted_ = false;   // an interruption was reported, but not yet its end
     bool isFirstOfStream_ = false; // the next buffer is the first of `stream_`
     bool tookOver_ = false;        // `stream_` is not the first stream of the capture
     double retrySeconds_ = 0;
@@ -237,12 +237,12 @@ void CaptureStream::Keeper::deliver(AudioBufferPtr buffer) {
 }
 
 /// Called before a buffer that may follow a gap. Ignores a short gap unless an interruption was
-/// reported. A gap within one stream is short below `stallSeconds`, a gap between two streams below
-/// `smallestGapSeconds`.
+/// reported. Short means less than `stallSeconds` for a gap within one stream, and less than
+/// `smallestGapSeconds` for a gap between two streams.
 void CaptureStream::Keeper::reportGap(double seconds, bool tookOver) {
     if (!isInterrupted_ && seconds < (tookOver ? smallestGapSeconds : stallSeconds))
         return;
-    // If the sound was lost while the program was suspended, no stall was detected, and the
+    // No stall is detected while the program is suspended. If the sound was lost in that time, the
     // interruption is reported only now.
     if (!tookOver)
         interrupt(noSound());

@@ -49,14 +49,15 @@ class CaptureStream {
         AudioFormat format; ///< the format that the stream will deliver
     };
 
-    /// Longer than the two seconds for which an idle output may sleep.
+    /// An output that was suspended while idle delivers its first sound after up to two seconds,
+    /// which must not count as a stall.
     static constexpr double stallSeconds = 2.5;
-    /// A smaller gap is ignored when a device replaces another that was still delivering, and sound
-    /// that is less late than this counts as on time again.
+    /// If a device replaces another that was still delivering, a smaller gap is ignored. Late sound
+    /// counts as on time again when its lateness falls below this.
     static constexpr double smallestGapSeconds = 0.25;
-    /// The timeout for reopening grows with each failed attempt. A server that is busy moving
-    /// streams may never answer one request but answer the next at once; a slow device needs more
-    /// time. The first opening has the longest timeout.
+    /// The timeout for reopening starts short, because a server that is busy moving streams may
+    /// never answer one request but answers the next at once. It grows with each failed attempt,
+    /// because a slow device needs more time. The first opening has the longest timeout.
     static constexpr double shortestOpenSeconds = 1.0;
     static constexpr double longestOpenSeconds = 5.0;
     static constexpr double shortestRetrySeconds = 0.25;

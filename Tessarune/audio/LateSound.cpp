@@ -7,8 +7,8 @@ namespace tessarune {
 
 namespace {
 
-/// The maximum drift between a device's clock and the computer's, per second; lateness up to this
-/// is not lost sound.
+/// The maximum drift between a device's clock and the computer's, in seconds per second. Drift
+/// makes sound late although none is lost.
 constexpr double maximumDrift = 0.001;
 /// A smaller gap is ignored.
 constexpr double smallestGap = 0.25;

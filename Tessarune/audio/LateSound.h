@@ -9,11 +9,12 @@ namespace tessarune {
 
 /// Distinguishes lost sound from late sound.
 ///
-/// The arrived frames say when the next buffer is due; its delay after that is its lateness. While
-/// the program is suspended, the server may queue sound: it then arrives quickly, and the lateness
-/// disappears within moments. If sound arrives at its normal pace and is still late, its lateness
-/// is the length of the lost sound. Late sound is held here until this is known, so that the gap is
-/// reported at the right place. A value; times are host times.
+/// The number of frames that have arrived tells when the next buffer is due. How much later the
+/// buffer arrives is its lateness. While the program is suspended, the server may queue sound.
+/// Queued sound then arrives quickly, and the lateness disappears within moments. If sound arrives
+/// at its normal pace and stays late, the lateness is the length of the lost sound. Late sound is
+/// held here until it is known whether sound was lost, so that the gap is reported at the right
+/// place. A value; times are host times.
 class LateSound {
   public:
     struct Piece {
@@ -43,10 +44,10 @@ class LateSound {
         double late;
     };
 
-    std::optional<double> end_; ///< end of the arrived sound, by its frames
+    std::optional<double> end_; ///< when the arrived sound ends, calculated from its frames
     std::vector<Held> held_;
     double checkedAt_ = 0;
-    double secondsSinceCheck_ = 0; ///< of arrived sound
+    double secondsSinceCheck_ = 0; ///< seconds of sound that have arrived since `checkedAt_`
 };
 
 } // namespace tessarune

@@ -19,7 +19,7 @@ class MediaFileError : public std::runtime_error {
         cannotOpen,   ///< missing, a folder, no permission
         notMedia,     ///< an unknown container
         noAudioTrack, ///< a film without sound, a picture
-        unsupported,  ///< a known track without a decoder here, or with impossible properties
+        unsupported,  ///< an audio track without a decoder, or with impossible properties
         damaged,      ///< only the beginning of the file can be decoded, or its end is missing
         cannotCreate, ///< the destination cannot be opened or started
         writeFailed,
@@ -38,8 +38,8 @@ class MediaFileError : public std::runtime_error {
 ///
 /// Used by one thread at a time; reading and seeking wait for the disk. Memory does not grow with
 /// the file. Skips small damage as players do. Throws `damaged` if nothing more can be decoded. If
-/// the file is shorter than its header states, it first gives all the sound that there is, and then
-/// throws `damaged`.
+/// the file is shorter than its header states, `read` first returns all the sound that there is and
+/// then throws `damaged`.
 class MediaFile {
   public:
     /// The maximum length of a block from `read`.
@@ -66,8 +66,8 @@ class MediaFile {
 /// Opens the first audio track of a file. Throws MediaFileError.
 using OpenMediaFile = std::function<std::unique_ptr<MediaFile>(const std::filesystem::path& path)>;
 
-/// Like `OpenMediaFile`, but waits for the writer of a pipe. "-" is the standard input. A stop
-/// request ends the wait, during opening and reading, with `cancelled`.
+/// Like `OpenMediaFile`, but waits for the writer of a pipe. The path "-" is the standard input. A
+/// stop request ends a wait in opening or reading: the operation throws `cancelled`.
 using OpenAwaitedMediaFile = std::function<std::unique_ptr<MediaFile>(
     const std::filesystem::path& path, std::stop_token stop)>;
 

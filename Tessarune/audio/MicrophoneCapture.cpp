@@ -12,7 +12,8 @@ namespace tessarune {
 
 namespace {
 
-/// Speech at a usual distance fills only a small part of the scale; this gain makes it visible.
+/// Speech at a usual distance fills only a small part of the scale; this gain makes the level
+/// visible.
 constexpr double levelGain = 6.0;
 
 LocalizedError notSelectable() {
@@ -90,7 +91,7 @@ void MicrophoneCapture::handleEvent(const CaptureEvent& event) {
 AudioBufferPtr MicrophoneCapture::converted(AudioBufferPtr buffer) {
     try {
         if (!converter_ || converterInput_ != buffer->format) {
-            // Another device, with another format, took over.
+            // A device with another format took over, or the last conversion failed.
             converter_ = makeConverter_(buffer->format, *targetFormat_);
             converterInput_ = buffer->format;
         }

@@ -10,7 +10,7 @@
 
 namespace tessarune {
 
-/// Captures a microphone: the one with the given id, or the default one as it changes.
+/// Captures the microphone with the given id or, without an id, always the current default one.
 ///
 /// `start` and `stop` may be called from any thread; the callbacks run on the capture's own queue
 /// and are set before `start`. The host and the server must outlive it.
@@ -25,13 +25,13 @@ class MicrophoneCapture final : public AudioCapture {
            std::optional<std::string> deviceID = std::nullopt);
 
     std::function<void(AudioBufferPtr)> onBuffer;
-    /// The linear level of each eighth buffer, 0 to 1.
+    /// The linear level of every eighth buffer, 0 to 1.
     std::function<void(double)> onLevel;
     std::function<void(const CaptureEvent&)> onEvent;
 
-    /// With a sample rate, buffers have one channel at that rate; otherwise, the device's format.
-    /// Resumes on the main queue. Throws LocalizedError of `errorDomain`, or SoundServerError if
-    /// the server refuses the stream.
+    /// With a sample rate, buffers have one channel at that rate; otherwise, they have the device's
+    /// format. Resumes on the main queue. Throws LocalizedError of `errorDomain`, or
+    /// SoundServerError if the server refuses the stream.
     Task<void> start(std::optional<double> sampleRate);
     /// Resumes on the main queue; no callback runs after that.
     Task<void> stop() { return end(); }

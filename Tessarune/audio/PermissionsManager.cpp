@@ -45,8 +45,9 @@ Task<void> askForSpeech(PermissionsManager& manager, std::weak_ptr<bool> alive) 
 
 namespace SystemAudioPermissionProber {
 
-/// Listens to the default output for `timeout` seconds, independent of any running capture: granted
-/// if anything arrived, denied if nothing did, unknown if no stream could be opened.
+/// Listens to the default output for `timeout` seconds, independent of any running capture. Returns
+/// `granted` if anything arrived, `denied` if nothing did, and `unknown` if no stream could be
+/// opened.
 Task<Status> run(Host& host, SoundServer& server, double timeout) {
     const Executor main = Executor::main(host);
     auto gotAudio = std::make_shared<bool>(false);

@@ -15,8 +15,8 @@ namespace tessarune {
 /// The user's permissions for system audio, microphone and speech, as far as they are known. Stored
 /// in the user defaults. One object for the program, main queue only.
 ///
-/// Desktops do not ask for permission to record system audio, so its status comes from sound that
-/// arrives or is missing, in a session or during the probe.
+/// Desktops do not ask for permission to record system audio. The status of this permission depends
+/// on whether sound arrives in a session or during the probe.
 class PermissionsManager {
   public:
     enum class Status { granted, denied, unknown };
@@ -35,7 +35,7 @@ class PermissionsManager {
 
     /// Publishes and stores the value if it has changed.
     void latch(Key key, Status value);
-    /// Like `latch`, but an unknown value changes nothing.
+    /// Like `latch`, but does nothing if the value is `unknown`.
     void merge(Key key, Status system);
     /// Queries the system for speech and microphone. System audio keeps its value.
     void refresh();
@@ -43,7 +43,7 @@ class PermissionsManager {
     void bootstrap();
 
     SystemAuthorization::Status speechAuthorization() const { return system_.speechStatus(); }
-    /// Ask for the permission, store the answer and return it. Resume on the main queue.
+    /// Both ask for the permission, store the answer and return it. They resume on the main queue.
     Task<bool> requestSpeech();
     Task<bool> requestMicrophone(AudioSource source = AudioSource::microphone());
     /// Listens to system audio for `timeout` seconds and stores whether any sound arrived, or

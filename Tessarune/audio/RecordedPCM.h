@@ -13,7 +13,8 @@ namespace tessarune {
 /// independent channels.
 std::vector<float> downmixed(const AudioBuffer& buffer);
 
-/// Samples from -1 to 1 as little-endian 16-bit integers. Others are clipped; NaN becomes 0.
+/// Converts samples from -1 to 1 to little-endian 16-bit integers. Clips samples beyond this range;
+/// NaN becomes 0.
 std::string pcmS16LEData(const std::vector<float>& mono);
 
 } // namespace tessarune

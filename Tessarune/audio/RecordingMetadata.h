@@ -13,7 +13,7 @@ namespace tessarune {
 struct RecordingMetadata {
     UUID id;
     double startedAt = 0;          ///< wall clock, seconds since 1970; whole seconds in the index
-    std::optional<double> endedAt; ///< absent during the session; after a crash, until the repair
+    std::optional<double> endedAt; ///< absent during the session, and from a crash to the repair
     std::string filePath;          ///< the audio file, absolute
     double duration = 0;           ///< seconds of audio
     std::int64_t byteCount = 0;    ///< of the audio file
@@ -21,16 +21,16 @@ struct RecordingMetadata {
     std::optional<std::string> audioFormat;
     std::optional<std::int64_t> sampleRate;
     std::optional<std::int64_t> channelCount;
-    std::optional<std::string> note; ///< the user's; never empty
+    std::optional<std::string> note; ///< written by the user; never empty
     /// Whether the recording is still to become an M4A; if its compression fails or is interrupted,
     /// a later launch of the program tries again. Absent means no.
     std::optional<bool> awaitsCompression;
 
-    /// `Host::now` at `startedAt`: the base of times during the recording, which stay correct if
-    /// the wall clock is set. Never stored; absent in entries from the disk.
+    /// `Host::now` at `startedAt`. Times during the recording count from this moment, so they stay
+    /// correct if the wall clock is set. Never stored; absent in entries from the disk.
     std::optional<double> monotonicStart;
 
-    /// Whether it was imported: its format is a bare extension.
+    /// Whether the recording was imported; `audioFormat` is then a file name extension.
     bool isImport() const { return audioFormat && audioFormat->find('/') == std::string::npos; }
 
     bool operator==(const RecordingMetadata&) const = default;

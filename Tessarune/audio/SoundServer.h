@@ -55,7 +55,7 @@ struct SoundDevices {
     std::string defaultInputID;
     std::string defaultOutputID;
 
-    /// Null if there is no such device, and if the default input is the monitor of an output.
+    /// Null if there is no such device, or if the default input is the monitor of an output.
     const SoundInput* defaultInput() const { return find(inputs, defaultInputID); }
     const SoundOutput* defaultOutput() const { return find(outputs, defaultOutputID); }
     const SoundInput* input(const std::string& id) const { return find(inputs, id); }
@@ -81,7 +81,7 @@ enum class SoundServerState {
 
 struct RecordRequest {
     std::string sourceID;      ///< an input's id or an output's `monitorID`
-    int channels = 0;          ///< 0: the source's own number; the rate is always its own
+    int channels = 0;          ///< 0: the source's number; the rate is always the source's
     std::string name;          ///< shown by the desktop's mixer
     double timeoutSeconds = 5; ///< how long the server may take to open the stream
 };
@@ -124,7 +124,7 @@ class PlaybackStream {
     virtual Task<void> write(AudioBufferPtr buffer) = 0;
     /// Resumes when everything written has been heard.
     virtual Task<void> drain() = 0;
-    /// A paused stream accepts a few tenths of a second of sound and then blocks writes.
+    /// A paused stream accepts a few tenths of a second of sound and then makes `write` wait.
     virtual void setPaused(bool paused) = 0;
     /// Discards the sound that was written but not heard yet; a running task ends. A few hundredths
     /// of a second in the output itself may still be heard.
@@ -160,7 +160,8 @@ class SoundServer {
     [[nodiscard]] virtual Subscription observe(Executor executor,
                                                std::function<void()> onChange) = 0;
 
-    /// Opens a stream that delivers at once. Without a connection, fails instead of waiting for it.
+    /// Opens a stream that delivers at once. Fails if there is no connection; does not wait for
+    /// one.
     virtual Task<std::unique_ptr<RecordStream>>
     openRecordStream(RecordRequest request, RecordHandlers handlers, Executor executor) = 0;
 

@@ -9,15 +9,15 @@ namespace tessarune {
 
 class SystemAudioCapture;
 
-/// Receives the sound and events of a `SystemAudioCapture`. Each operation names its queue; on the
-/// capture queue, return soon.
+/// Receives the sound and events of a `SystemAudioCapture`. The comment of each operation names the
+/// queue on which it is called. Operations on the capture queue must return soon.
 class SystemAudioCaptureDelegate {
   public:
     virtual ~SystemAudioCaptureDelegate() = default;
 
     /// One buffer, in order. Capture queue.
     virtual void systemAudioCapture(SystemAudioCapture& capture, AudioBufferPtr didOutput) = 0;
-    /// The level of the first buffer and of each eighth one: 0 to 1. Capture queue.
+    /// The level of the first buffer and of every eighth one: 0 to 1. Capture queue.
     virtual void systemAudioCaptureDidMeasure(SystemAudioCapture& capture, double level) = 0;
     /// Nothing has arrived since the start. Main queue, at most once per start.
     virtual void systemAudioCaptureDidStaySilent(SystemAudioCapture& capture) = 0;

@@ -20,10 +20,10 @@ struct SystemAuthorization {
     /// Asks for the permission to use this microphone.
     std::function<Task<bool>(AudioSource)> requestMicrophone;
 
-    /// For a desktop that has no permission for speech and whose sound server controls microphones:
-    /// the request opens a short record stream on the microphone, and access is denied if the
-    /// server refuses it for lack of permission. A missing device or server is not a refusal. A
-    /// refusal is valid until the next request.
+    /// For a desktop that has no permission for speech and whose sound server controls microphones.
+    /// A request for a microphone opens a record stream for a moment. The status becomes `denied`
+    /// if the server refuses the stream for lack of permission; a missing device or server is not a
+    /// refusal. The status stays until the next request.
     static SystemAuthorization ofServer(Host& host, SoundServer& server);
 };
 

@@ -10,7 +10,7 @@ namespace {
 constexpr std::uint16_t pcmFormat = 1;
 constexpr std::uint16_t bitsPerSample = 16;
 constexpr std::uint32_t formatChunkSize = 16;
-/// Beyond any real sound: a header that claims more is wrong.
+/// No real sound exceeds these two limits; a header that claims more is wrong.
 constexpr std::uint32_t highestSampleRate = 768000;
 constexpr std::uint16_t maximumChannels = 64;
 constexpr std::uint64_t largestSize = std::numeric_limits<std::uint32_t>::max();

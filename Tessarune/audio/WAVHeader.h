@@ -10,7 +10,8 @@ namespace tessarune {
 /// The beginning of a RIFF WAVE file of 16-bit PCM. A plain value; reading tolerates any bytes.
 struct WAVHeader {
     static constexpr std::size_t size = 44; ///< size of the result of `encoded`
-    /// How many bytes of a file to pass to `decoded`: headers of other programs are longer.
+    /// How many bytes of a file to pass to `decoded`. Headers by other programs may be longer than
+    /// `size`.
     static constexpr std::size_t sizeToRead = 65536;
 
     std::uint32_t sampleRate = 0;

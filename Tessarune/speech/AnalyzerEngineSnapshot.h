@@ -15,7 +15,7 @@ struct AnalyzerEngineSnapshot {
     double audioEpoch = 0;      ///< host time of audio time 0; 0 before the first sound
     double latestAudioTime = 0; ///< seconds of sound fed so far
     double segmentStart = 0;    ///< host time at which the running utterance began
-    std::int64_t revision = 0;  ///< partials in the running utterance
+    std::int64_t revision = 0;  ///< number of partials so far in the running utterance
     std::vector<std::string> requestedSpeechOptions;
     AudioTimeline timeline; ///< the gaps in the sound
 

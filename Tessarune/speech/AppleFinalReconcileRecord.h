@@ -57,8 +57,8 @@ struct AppleFinalReconcileDecisionRecord {
     std::optional<double> finalToLastPartialWordRatio;
     bool alternativeTranscriptionsRequested = false;
     bool shouldKeepFinalWordTimings = false;
-    /// The mark of `AppleFinalReconciler`: for `useLastPartial` the new one, if any; for
-    /// `dropSuppressedFinal` the one at the decision; absent for `useFinal`.
+    /// The mark of `AppleFinalReconciler`: for `useLastPartial` the mark that the decision sets, if
+    /// any; for `dropSuppressedFinal` the mark that was set before, if any; absent for `useFinal`.
     std::optional<double> suppressedFinalsUntilAudioTime;
 
     bool operator==(const AppleFinalReconcileDecisionRecord&) const = default;

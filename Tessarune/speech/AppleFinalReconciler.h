@@ -10,11 +10,11 @@
 
 /// Decides between a final result of the recogniser and the last partial before it.
 ///
-/// A final is usually better than the partials that it replaces. If it collapses to a few words or
-/// to junk, the last partial, which the user has been reading, replaces it. If that partial covers
-/// more sound than the final, the decision also sets a mark: the audio time up to which the next
-/// finals are dropped, because the partial already contains their words. The caller keeps the mark
-/// between calls.
+/// A final is usually better than the partials that it replaces. If the final collapses to a few
+/// words or to junk, it is replaced by the last partial, which the user has been reading. If that
+/// partial covers more sound than the final, the decision also sets a mark: the audio time up to
+/// which the next finals are dropped, because the partial already contains their words. The caller
+/// keeps the mark between calls.
 ///
 /// Pure functions, safe from any thread. None can fail.
 namespace tessarune::AppleFinalReconciler {
@@ -29,10 +29,11 @@ std::string normalized(std::string_view text);
 std::size_t usefulScalarCount(std::string_view text);
 /// Whether the text has more than white space, but no letter, mark or digit.
 bool isPunctuationOnly(std::string_view text);
-/// The share of code points other than letters, marks and digits among those that are not white
-/// space; 0 for an empty or blank text.
+/// The share of punctuation and symbols (no letters, marks or digits) among the code points that
+/// are not white space; 0 for an empty or blank text.
 double punctuationRatio(std::string_view text);
-/// Whether two adjacent code points are neither white space nor letters, marks or digits.
+/// Whether the text has two adjacent code points that are neither white space nor letters, marks or
+/// digits.
 bool hasLongPunctuationRun(std::string_view text);
 /// Whether the first three words of the normalized text are the same.
 bool hasRepeatedOpeningToken(std::string_view text);

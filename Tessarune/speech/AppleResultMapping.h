@@ -24,7 +24,7 @@ struct RunTiming {
 /// The summary of the runs of one result.
 struct RunAggregate {
     std::int64_t runCount = 0;
-    std::int64_t timedRunCount = 0; ///< both times present and finite
+    std::int64_t timedRunCount = 0; ///< runs whose two times are present and finite
     std::optional<double> audioStart;
     std::optional<double> audioEnd;
     std::int64_t confidenceRunCount = 0;

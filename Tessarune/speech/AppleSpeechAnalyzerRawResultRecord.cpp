@@ -6,8 +6,8 @@ namespace tessarune {
 
 using Record = AppleSpeechAnalyzerRawResultRecord;
 
-// The JSON library finds these functions by argument-dependent lookup, which ignores anonymous
-// namespaces.
+// The functions are not in the anonymous namespace, because the JSON library finds them by
+// argument-dependent lookup, which ignores anonymous namespaces.
 
 static void to_json(nlohmann::ordered_json& json, const Record::MirrorChild& child) {
     json = JSON::Object()

@@ -16,7 +16,7 @@ struct AppleSpeechAnalyzerSummaryRecord : SpeechResultSummary {
     std::optional<double> minConfidence;
     std::optional<double> avgConfidence;
     std::int64_t alternativeCount = 0;
-    /// The result's times in the sound, mapped to the clock.
+    /// The result's audio times, converted to host times.
     std::optional<double> mappedStartEpochSeconds;
     std::optional<double> mappedEndEpochSeconds;
     double latestAudioTimeSeconds = 0;

@@ -15,7 +15,7 @@ using PerfStats = std::map<std::string, double>;
 /// callbacks of the concrete type.
 ///
 /// The owner of the session calls `start`, `stop`, `finishDrainingAndStop` and `reset`, one at a
-/// time; the capture thread calls `append` and `skip` at any time, and any thread calls
+/// time. The capture thread calls `append` and `skip` at any time. Any thread may call
 /// `requestFinalization` and `perfStats`.
 class AudioTranscriber {
   public:

@@ -6,8 +6,8 @@
 
 namespace tessarune {
 
-/// A mutex that is never nested: a thread holds at most one SoleLock at a time, so they cannot
-/// deadlock. Builds with assertions abort if a thread that holds one locks another.
+/// A mutex that is never nested: a thread holds at most one SoleLock at a time, so these locks
+/// cannot deadlock. Builds with assertions abort if a thread that holds one locks another.
 class CAPABILITY("mutex") SoleLock {
   public:
     void lock() ACQUIRES_LOCK() {

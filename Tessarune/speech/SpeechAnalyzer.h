@@ -40,7 +40,7 @@ class SpeechAnalyzer {
     /// Asks for final results up to an audio time.
     virtual Task<void> finalize(double through) = 0;
 
-    /// Allows the analyzer to drop what it keeps of the sound before an audio time, to free memory.
+    /// Allows the analyzer to forget the sound before an audio time, to free memory.
     virtual Task<void> cancelAnalysis(double before) = 0;
 
     /// Waits until all input is read and all results are delivered, then ends the results.
@@ -62,8 +62,9 @@ struct SpeechEngine {
     /// Seconds of sound that the running analyzer has taken but not processed: its delay. Any
     /// thread.
     std::function<double()> unheardSeconds = [] { return 0.0; };
-    /// An analyzer for one recording, with its own model: "automatic" for the best installed one
-    /// that fits this computer, or a name. Null if the engine has no file mode.
+    /// An analyzer for one recording, with its own model. `model` is the model's name, or
+    /// "automatic" for the best installed model that fits this computer. The function is null if
+    /// the engine has no file mode.
     std::function<std::shared_ptr<SpeechFileAnalyzer>(SpeechTranscriberOptions, std::string model)>
         makeFileAnalyzer = nullptr;
 };

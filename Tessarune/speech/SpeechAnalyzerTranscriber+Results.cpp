@@ -167,7 +167,7 @@ void SpeechAnalyzerTranscriber::applyDecision(const AppleFinalReconcileDecisionR
         break;
     case Decision::dropSuppressedFinal:
         ++state_.perf.perfAppleReconcileDropSuppressed;
-        // The finals have reached the end of the partial that replaces them.
+        // The finals have reached the end of the partial that replaced them.
         if (mark && isFinite(end) && *mark - markToleranceSeconds <= *end)
             mark.reset();
         break;

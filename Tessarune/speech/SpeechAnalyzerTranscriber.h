@@ -70,14 +70,14 @@ class SpeechAnalyzerTranscriber final
     using InputContinuation = AsyncStream<AnalyzerInput>;
     using OneShotAsyncBool = OneShot<bool>;
 
-    // An early final leaves a safety tail, the newest sound, open. The next one can be requested
-    // after a minimum step of audio time or of wall time.
+    // An early final leaves the newest sound (a safety tail) open. The next early final can be
+    // requested after a minimum step of audio time or of host time.
     static constexpr double finalizeSafetyTailSeconds = 0.45;
     static constexpr double finalizeMinCutoffSeconds = 0.2;
     static constexpr double finalizeMinAudioStepSeconds = 0.9;
     static constexpr double finalizeMinWallStepSeconds = 1.2;
-    // Old sound is dropped up to a safety tail before the audio time that a request names, in
-    // minimum steps.
+    // A request to drop old sound names an audio time. The sound is dropped up to a safety tail
+    // before this time, if that is at least a minimum step more than at the last request.
     static constexpr double cancelSafetyTailSeconds = 1.5;
     static constexpr double cancelMinCutoffSeconds = 0.5;
     static constexpr double cancelMinAudioStepSeconds = 4.0;
@@ -93,7 +93,7 @@ class SpeechAnalyzerTranscriber final
         std::optional<TaskHandle> resultsTask;
         std::optional<AudioFormat> analyzerFormat;
         double segmentStart = 0;   ///< host time at which the running utterance began
-        std::int64_t revision = 0; ///< partials in the running utterance
+        std::int64_t revision = 0; ///< number of partials so far in the running utterance
         std::int64_t rawResultSequence = 0;
         bool didReportFullInput = false;
         std::int64_t generation = 0; ///< incremented at the start and the end of each session

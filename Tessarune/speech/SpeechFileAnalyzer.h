@@ -12,8 +12,8 @@ namespace tessarune {
 
 /// Interface: the on-device recogniser in file mode. The caller passes the sound of a recording in
 /// blocks, at its own pace. Within a block, the recogniser may use later sound to recognise earlier
-/// words. It runs at a lower priority than everything that the user waits for. Times are seconds of
-/// the recording, counted from 0.
+/// words. The recogniser runs at a lower priority than everything that the user waits for. Times
+/// are seconds of the recording, counted from 0.
 ///
 /// The operations are awaited one at a time and resume on the main queue. A failure is an exception
 /// derived from std::exception with a text for the user; after it the analyzer is unusable.

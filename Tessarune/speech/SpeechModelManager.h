@@ -16,7 +16,7 @@ struct SpeechModelState {
     std::uint64_t bytes = 0; ///< on the disk, or the approximate size of the download
     bool isInstalled = false;
     bool isRemovable = false; ///< also false for a model that came with the program
-    std::string damage;       ///< found in an installed model; empty if intact
+    std::string damage;       ///< the problem with an installed model's files; empty if none
 
     bool operator==(const SpeechModelState&) const = default;
 };
