@@ -22,9 +22,10 @@ void append(CaptionCore::Rows& rows, const CaptionSegment& row) {
 
 } // namespace
 
-/// Returns the words of each sentence with their times, and how often the sentence changed. Counts
-/// the words as committed, so that the next call continues after them. `churn` has the change
-/// counts of leading sentences; `audioTimings` has the words of the entire utterance or is null.
+/// Returns the words of each sentence with their times, and how often the sentence changed. Adds
+/// the words to the tracker's count of committed words, at which the next call continues. `churn`
+/// has the change counts of leading sentences; `audioTimings` has the words of the entire utterance
+/// or is null.
 std::vector<CaptionCore::SegmentMeta>
 CaptionCore::consumeMeta(const Sentences& sentences, const std::vector<std::int64_t>& churn,
                          const std::vector<ASRWordTiming>* audioTimings) {
@@ -95,8 +96,8 @@ CaptionCore::Rows CaptionCore::commitSentences(const Sentences& sentences, Freez
     return added;
 }
 
-/// The length of the longest prefix of `keys` that equals the keys of the last committed rows, if
-/// `mayMatch` accepts these rows.
+/// The length of the longest prefix of `keys` that equals the keys of as many rows at the end of
+/// the committed ones. `mayMatch` must accept these rows.
 template <typename MayMatch>
 std::size_t CaptionCore::overlapPrefixCount(const Sentences& keys, MayMatch mayMatch) const {
     const Rows& rows = *committedSegments;

@@ -97,7 +97,7 @@ void CaptionCore::ingestFinal(const ASREvent::Final& final) {
         report(onBoundaryDecision, {BoundaryObservation::Phase::final, now_(), text, decision});
 
     tracker_.alignWords(text, final.end);
-    // Timings of another number of words cannot be assigned to the words of the text.
+    // If there are more or fewer timings than words, they cannot be assigned to the words.
     const bool timingsFit = final.words && final.words->size() == Text::countOfBlankSeparated(text);
     const auto meta = consumeMeta(decision.hardPieces, tracker_.leadingChangeCounts,
                                   timingsFit ? &*final.words : nullptr);
@@ -196,7 +196,8 @@ CaptionSegment CaptionCore::freshPartial(double startedAt) const {
 }
 
 std::int64_t CaptionCore::nextRevision() const {
-    // A recogniser's revision is adopted unchecked, so it may already be the largest possible one.
+    // A recogniser's revision is adopted unchecked, so `revision_` may already be the largest
+    // possible number.
     return revision_ == std::numeric_limits<std::int64_t>::max() ? revision_ : revision_ + 1;
 }
 

@@ -50,8 +50,8 @@ class CaptionCore {
         bool clauseLevel;                 ///< committed pieces may end at clause punctuation
         bool softClauseLevel = true;      ///< find the clauses of the open sentence
         double freezeStableSeconds = 0.6; ///< a sentence unchanged for this long is frozen
-        /// How long a committed row suppresses its repetition by a freeze or a seal. Finals
-        /// have no such limit.
+        /// How long a committed row suppresses its repetition by a freeze or a seal. A frozen row
+        /// suppresses its repetition by a final without a limit of time.
         double duplicateCommitWindowSeconds = 4.0;
         bool softCaptionEnabled = true;
         double softCaptionStableSeconds = 0.3; ///< a clause unchanged for this long is shown

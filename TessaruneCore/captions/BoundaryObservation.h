@@ -7,8 +7,9 @@
 
 namespace tessarune {
 
-/// A boundary decision that the core reports: it has pieces, and it is that of a final, froze a
-/// sentence or changed the leading sentences.
+/// A boundary decision with pieces or leading sentences, as the core reports it. Of the decisions
+/// about partials, the core reports only those that freeze a sentence or change the leading
+/// sentences.
 struct BoundaryObservation {
     enum class Phase { partial, final };
 

@@ -19,8 +19,8 @@ std::string reasonsOf(const BoundaryDecision& decision) {
     return Text::joined(values, ", ");
 }
 
-/// The last piece of the first list that has any: hard pieces, soft pieces, leading sentences.
-/// Without pieces, the tail.
+/// The last text of the first of these lists that is not empty: hard pieces, soft pieces, leading
+/// sentences. If all are empty, the tail.
 std::string_view newestText(const BoundaryDecision& decision) {
     for (const auto* pieces : {&decision.hardPieces, &decision.softPieces, &decision.leading}) {
         if (!pieces->empty())

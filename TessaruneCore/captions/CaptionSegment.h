@@ -33,9 +33,10 @@ struct CaptionSegment {
     std::optional<std::string> translationError;
     std::optional<UUID> translationUnitID;          ///< the committed unit that this row belongs to
     std::optional<UUID> translationResultSegmentID; ///< the row that carries the unit's translation
-    std::optional<std::int64_t> translationUnitIndex; ///< of this row among the unit's rows, from 0
+    std::optional<std::int64_t> translationUnitIndex; ///< the row's index in the unit, from 0
     std::optional<std::int64_t> translationUnitCount; ///< the number of the unit's rows
-    /// The core's revision when the row was last written; 0 in leading sentences, also once sealed.
+    /// The core's revision when the row was last written. A leading sentence has 0, and keeps it
+    /// when it is sealed.
     std::int64_t revision = 0;
     CaptionSegmentState state = CaptionSegmentState::partial;
     FreezeKind freezeKind = FreezeKind::none;

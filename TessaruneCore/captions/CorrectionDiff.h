@@ -17,11 +17,11 @@ struct WordCounts {
     bool operator==(const WordCounts&) const = default;
 };
 
-/// Counts kept words as the longest common subsequence of the normalised words.
+/// The common words are the longest common subsequence of the normalised words.
 WordCounts wordCounts(std::string_view shown, std::string_view final);
 
-/// The blank-separated words in lower case, reduced to letters and numbers; empty ones are dropped.
-/// Words are normalised (NFC): canonically equivalent words are the same bytes.
+/// The blank-separated words in lower case, reduced to letters and numbers. Words without any are
+/// dropped. The words are in NFC, so canonically equivalent words have the same bytes.
 std::vector<std::string> normalizedWords(std::string_view text);
 
 } // namespace tessarune::CorrectionDiff

@@ -19,7 +19,7 @@ struct SoftCaptionObservation {
     double stableSeconds = 0;        ///< the setting at that time
     std::int64_t candidateCount = 0; ///< soft pieces of the decision
     std::int64_t visibleCount = 0;   ///< rows visible after this step
-    bool changed = false;            ///< the visible set changed; a reset dropped any clause
+    bool changed = false; ///< the visible rows changed or, for a reset, any clause was dropped
     std::optional<std::string> resetReason;
     std::string sample; ///< at most 120 characters plus "..."
 

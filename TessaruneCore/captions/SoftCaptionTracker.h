@@ -37,8 +37,8 @@ struct SoftCaptionTracker {
     bool isEmpty() const { return rows.empty() && visibleSnapshot.empty(); }
     void clear();
 
-    /// Advances to the newest candidates. `newID` creates the identities of new rows; `revision` is
-    /// stored in the segments.
+    /// Updates the rows to the newest candidates. `newID` creates the identities of new rows;
+    /// `revision` is stored in the segments.
     Advance advance(const std::vector<std::string>& candidates, bool enabled, double stableSeconds,
                     double now, std::int64_t revision, const UUIDSource& newID);
 

@@ -13,7 +13,7 @@ enum class DiagnosticsLevel { off = 0, core = 1, standard = 2, verbose = 3, trac
 constexpr bool writesCoreSessionRun(DiagnosticsLevel level) {
     return level > DiagnosticsLevel::off;
 }
-/// Whether that run is a full one.
+/// Whether a session's diagnostics run is a full one.
 constexpr bool writesSessionDiagnostics(DiagnosticsLevel level) {
     return level > DiagnosticsLevel::core;
 }
@@ -21,8 +21,8 @@ constexpr bool writesSessionDiagnostics(DiagnosticsLevel level) {
 constexpr bool writesRoutineBreadcrumbs(DiagnosticsLevel level) {
     return level > DiagnosticsLevel::standard;
 }
-/// Whether the level stands for full raw results of the recogniser. The setting
-/// `appleAnalyzerDiagnosticsMode` decides whether a run keeps them.
+/// Whether the level's description promises the recogniser's full raw results. Whether a run keeps
+/// them depends only on the setting `appleAnalyzerDiagnosticsMode`.
 constexpr bool expandsAppleRaw(DiagnosticsLevel level) {
     return level > DiagnosticsLevel::verbose;
 }

@@ -93,7 +93,7 @@ bool LineLogWriter::waitForReader() {
     pollfd pipe{file_, POLLOUT, 0};
     while (!isClosing_ || waitsLeft_ > 0) {
         if (::poll(&pipe, 1, waitMilliseconds) != 0)
-            return true; // the caller's next write reports an error
+            return true; // if this is due to an error, the caller's next write fails
         if (isClosing_)
             --waitsLeft_;
     }

@@ -49,7 +49,8 @@ class LineLogWriter {
     /// Writes what is queued, then closes the file. Idempotent.
     void close();
 
-    /// Whether a line was lost because too many were queued or writing failed. Call after `close`.
+    /// Whether a line was lost because too many were queued, or because its encoding or writing
+    /// failed. Call after `close`.
     bool hasLostLines() const { return hasLostLines_; }
 
   private:

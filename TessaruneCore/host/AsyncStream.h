@@ -39,7 +39,7 @@ class AsyncStream {
     /// Ends the stream; queued elements are still delivered.
     void finish() const { end(nullptr); }
 
-    /// Like `finish`, but `next` then throws `failure` once.
+    /// Like `finish`, but after the queued elements, `next` throws `failure` once.
     void fail(std::exception_ptr failure) const { end(std::move(failure)); }
 
     bool isFinished() const {

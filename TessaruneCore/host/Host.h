@@ -35,7 +35,8 @@ class DelayedCall {
 /// Runs blocks one after the other in the order in which they were queued.
 ///
 /// Any thread may call; the blocks run on the queue's own thread. The destructor runs all queued
-/// blocks first. The queues of a `SimulatedHost` differ in both.
+/// blocks first. The queues of a `SimulatedHost` differ: their blocks run on the caller's thread,
+/// and their destructors run none.
 class SerialQueue {
   public:
     virtual ~SerialQueue() = default;

@@ -3,9 +3,11 @@
 namespace tessarune {
 
 Task<bool> runOnWithin(Executor worker, double seconds, Block work, Executor back) {
-    // The exception of the work, null if it succeeded; `nullopt` if it takes too long.
+    // The exception of the work, or null if the work succeeded; `nullopt` if the work takes too
+    // long.
     const OneShot<std::optional<std::exception_ptr>> ended(back);
-    // The block keeps its queue alive: the queue's destructor would wait for work that hangs.
+    // The block keeps its own queue alive, because the queue's destructor would wait for work that
+    // hangs.
     const auto queueOwner = std::make_shared<Executor>(worker);
     worker.run([work = std::move(work), ended, queueOwner]() mutable {
         std::exception_ptr failure;

@@ -10,7 +10,7 @@
 namespace tessarune {
 
 /// `co_await runOn(worker, [&] { … }, back)`: runs `work` on `worker` and resumes on `back` with
-/// its result or its exception.
+/// the result or the exception of `work`.
 ///
 /// `work` captures by reference; the awaiting coroutine keeps the captured objects alive. The work
 /// begins when the returned task is awaited.

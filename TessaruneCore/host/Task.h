@@ -11,7 +11,7 @@
 
 namespace tessarune {
 
-/// An asynchronous step that reads top to bottom.
+/// An asynchronous step whose code reads from top to bottom.
 ///
 /// A task does nothing until it is awaited (or given to `spawn`), runs on the awaiting thread until
 /// its first suspension, and passes its result or its exception to the awaiting coroutine. It owns
@@ -151,7 +151,7 @@ Detached runDetached(Task<void> task, OneShot<bool> finished, Host& host);
 } // namespace taskDetail
 
 /// A handle of a spawned task: it can request a stop, and its end can be awaited. Copies refer to
-/// the same task; dropping the handle neither stops nor detaches anything.
+/// the same task; dropping the handle does not affect the task.
 class TaskHandle {
   public:
     TaskHandle(std::stop_source stop, OneShot<bool> finished)

@@ -12,8 +12,8 @@ namespace tessarune {
 /// were added: `onWillChange` before the value changes, `onDidChange` after. Every assignment is a
 /// change, even of an equal value; compare first to avoid a notification.
 ///
-/// Confined to one thread. An observer may add and remove observers, from the next notification on,
-/// but not change the value.
+/// Confined to one thread. An observer may add and remove observers; this takes effect from the
+/// next notification on. An observer must not change the value.
 template <typename T>
 class Published {
   public:
@@ -43,7 +43,7 @@ class Published {
         notify(didChange_);
     }
 
-    // These are const, so read-only users can observe, too.
+    // These are const, so that a user who may only read the value can observe it, too.
 
     Token onWillChange(Observer observer) const { return add(willChange_, std::move(observer)); }
     Token onDidChange(Observer observer) const { return add(didChange_, std::move(observer)); }

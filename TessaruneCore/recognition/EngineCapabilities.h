@@ -20,7 +20,7 @@ struct EngineCapabilities {
     /// The recogniser ends utterances by itself, so sentences are normally not frozen early.
     bool selfSegments = false;
     bool streamsWordByWord = false;                         ///< partials grow word by word
-    bool providesWordTimestamps = false;                    ///< finals carry words
+    bool providesWordTimestamps = false;                    ///< finals carry timed words
     bool isOnline = false;                                  ///< sound is sent to a server
     std::optional<std::int64_t> preferredCaptureSampleRate; ///< in Hz
     BoundaryUnit boundaryUnit = BoundaryUnit::words;

@@ -18,7 +18,8 @@ const std::vector<RecognitionOption>& recognitionOptions();
 const std::vector<RecognitionOption>& visibleRecognitionOptions();
 
 std::optional<RecognitionOption> recognitionOption(std::string_view id);
-/// `id` if it is listed, else the default; settings may hold an id of another version.
+/// `id` if it is listed, else the default. Settings may hold an id from another version of the
+/// program.
 std::string normalizedRecognitionOptionID(std::string_view id);
 
 } // namespace tessarune::ModelCatalog

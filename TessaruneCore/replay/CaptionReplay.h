@@ -31,7 +31,7 @@ struct Output {
 using Observer =
     std::function<void(const CaptionCore& core, CaptionCore::Activity activity, double t)>;
 
-/// Replays `records`, which are sorted by time; skips those that are not events.
+/// Replays `records`, which are sorted by time. Skips records that are not events.
 Output run(const std::vector<ASREventRecord>& records, const CaptionCore::Config& config,
            const EngineCapabilities& caps, const Observer& observer = {});
 

@@ -40,7 +40,7 @@ std::optional<BoundaryReason> pieceReason(std::string_view piece, const Boundary
 }
 
 /// Searches a few keys linearly, which is faster than building a set. Uses a set for many keys; a
-/// text without punctuation can have so many.
+/// long text without punctuation, which is cut by length, can have many.
 class KeySet {
   public:
     explicit KeySet(std::span<const std::string> keys) : keys_(keys) {

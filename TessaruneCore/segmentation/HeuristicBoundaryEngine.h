@@ -13,8 +13,8 @@
 namespace tessarune {
 
 /// Cuts by punctuation and length (`SentenceSegmenter`) and freezes what stays unchanged
-/// (`SentencePipeline`). A partial costs one pass over its text; keys are computed only for pieces
-/// that changed since the previous partial.
+/// (`SentencePipeline`). A partial costs one pass over its text; stability keys are computed only
+/// for pieces that changed since the previous partial.
 class HeuristicBoundaryEngine final : public BoundaryEngine {
   public:
     explicit HeuristicBoundaryEngine(double freezeStableSeconds = 0.6)
@@ -33,7 +33,7 @@ class HeuristicBoundaryEngine final : public BoundaryEngine {
     SentenceCuts cuts_;
     StabilityKeyList clauseKeys_; ///< of the last partial's clauses
     StabilityKeyList
-        leadingKeys_; ///< of the last partial's leading sentences; only if freezing is off
+        leadingKeys_; ///< of the last partial's leading sentences; used only while freezing is off
 };
 
 } // namespace tessarune

@@ -23,7 +23,7 @@ constexpr std::array<std::string_view, 48> commonAbbreviations = {
     "sr",  "st",  "sun", "thu", "thur", "thurs", "tue",  "tues", "u.k",  "u.s", "vs",  "wed"};
 static_assert(std::is_sorted(commonAbbreviations.begin(), commonAbbreviations.end()));
 
-/// In characters, of the abbreviations without a dot inside.
+/// The number of characters in the longest abbreviation without a dot inside.
 constexpr std::size_t longestAbbreviation = 5;
 
 /// Characters of an ASCII text: one per byte.
@@ -50,7 +50,8 @@ struct SplitCharacters {
     }
 };
 
-/// At least two parts between the dots, each of at most three characters: "a.k.a", "3.14".
+/// Whether the dots divide the word into at least two parts, each of at most three characters:
+/// "a.k.a", "3.14".
 bool isDottedShortForm(std::string_view word) {
     std::size_t parts = 0;
     std::size_t length = 0;
@@ -76,7 +77,8 @@ bool isInitial(std::string_view word) {
                        [](char32_t codePoint) { return Text::isLetter(codePoint); });
 }
 
-/// Whether the dot before `end` belongs to its word. The word starts at or after `start`.
+/// Whether the dot before `end` belongs to its word and ends no sentence. The word starts at or
+/// after `start`.
 template <typename Characters>
 bool isProtectedAbbreviation(const Characters& characters, std::size_t start, std::size_t end) {
     std::size_t first = end;
@@ -172,7 +174,8 @@ void SentenceCuts::cut(std::string_view text, const std::vector<std::string_view
     finish(rules.limit);
 }
 
-/// Replaces the previous text and returns how many leading bytes the two share.
+/// Replaces the previous text. Returns how many leading bytes the two texts share, or 0 if the
+/// previous cuts were made in another way.
 std::size_t SentenceCuts::replaceText(std::string_view text, const Rules& rules) {
     const bool isASCII = Text::isASCII(text);
     const bool comparable = isASCII == isASCII_ && rules.sentences == sentences_.wanted &&

@@ -27,14 +27,14 @@ class SentenceCuts {
     struct Rules {
         bool sentences = true;  ///< compute the list of sentences
         bool clauses = false;   ///< compute the list of clauses
-        std::int64_t limit = 0; ///< length of the parts of a long remainder; below 1: stays whole
+        std::int64_t limit = 0; ///< units per part of a long remainder; below 1: it stays whole
         BoundaryUnit boundaryUnit = BoundaryUnit::words;
     };
 
     void cut(std::string_view text, const Rules& rules);
 
-    /// Like `cut`, for a trimmed text that is already split into characters. Uses neither the fast
-    /// path for ASCII nor the previous text; tests compare `cut` with it.
+    /// The same for a trimmed text that is already split into characters, without the fast path for
+    /// ASCII and without reuse of the previous cuts. Tests compare the two.
     void cut(std::string_view text, const std::vector<std::string_view>& characters,
              const Rules& rules);
 
@@ -78,7 +78,7 @@ class SentenceCuts {
     BoundaryUnit unit_ = BoundaryUnit::words;
     Level sentences_;
     Level clauses_;
-    std::vector<std::size_t> ends_{0}; ///< 0, then each character's end; not for ASCII
+    std::vector<std::size_t> ends_{0}; ///< 0, then where each character ends; not for ASCII
     std::vector<SentencePunctuation::Traits> traits_; ///< of each character; not for ASCII
     std::list<std::string> joined_; ///< pieces that are not substrings of the text
 };

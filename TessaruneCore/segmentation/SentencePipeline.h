@@ -13,9 +13,9 @@
 namespace tessarune {
 
 /// Decides which sentences of a growing partial are stable. A sentence that stays unchanged at its
-/// position for `freezeStableSeconds` is frozen before the recogniser's final, but not before the
-/// sentences in front of it, and never reopened. Changes of case, spacing or punctuation alone do
-/// not count.
+/// position for `freezeStableSeconds` is frozen without waiting for the recogniser's final, and is
+/// never reopened. Sentences freeze in reading order. Changes of case, spacing or punctuation alone
+/// do not count.
 ///
 /// Confined to its owner's thread. Times are seconds on the caller's clock; if that clock runs
 /// backwards, freezing is delayed.

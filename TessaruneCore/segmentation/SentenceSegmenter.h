@@ -21,7 +21,7 @@ namespace SentenceSegmenter {
 inline constexpr std::int64_t minClauseWords = 3;
 /// The default limit for a remainder without punctuation, in words.
 inline constexpr std::int64_t maxUnpunctuatedWords = 28;
-/// The limit for languages that are counted in characters; their recognisers declare it.
+/// The limit for Chinese, in characters. `EngineCapabilities::localized` sets it.
 inline constexpr std::int64_t maxUnpunctuatedCharacters = 48;
 /// A remainder is cut only if it exceeds the limit by more than this, so that no short fragment
 /// remains.
@@ -30,9 +30,9 @@ inline constexpr std::int64_t minTailCharactersAfterLongSplit = 12;
 
 /// The pieces in reading order, trimmed and not empty. The last one may be unfinished.
 ///
-/// `clauseLevel` also cuts at commas and semicolons. `boundaryUnit` is the unit of the limit;
-/// characters count only if the text has a Han ideograph, else words do. A limit below 1 leaves the
-/// remainder whole.
+/// `clauseLevel` also cuts at commas and semicolons. `boundaryUnit` is the unit of the limit, but a
+/// text without a Han ideograph is always measured in words. A limit below 1 leaves the remainder
+/// whole.
 std::vector<std::string> pieces(std::string_view text, bool clauseLevel = false,
                                 std::int64_t limit = maxUnpunctuatedWords,
                                 BoundaryUnit boundaryUnit = BoundaryUnit::words);

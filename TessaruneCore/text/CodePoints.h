@@ -10,8 +10,8 @@ namespace tessarune::Text {
 /// The general case of `decode`.
 char32_t decodeMultibyte(std::string_view text, std::size_t& at);
 
-/// Whether the next code point certainly has three bytes, as Han and kana do. E0 and ED are left
-/// out, because they restrict the byte that follows.
+/// Whether the next code point certainly has three bytes, as Han and kana do. Always false for the
+/// first bytes E0 and ED, because not every second byte is valid after them.
 inline bool surelyHasThreeBytes(std::string_view text, std::size_t at) {
     const auto byte = [&](std::size_t offset) {
         return static_cast<unsigned char>(text[at + offset]);

@@ -11,7 +11,7 @@ namespace tessarune::DateText {
 namespace {
 
 /// Returns a cached formatter, because creating one takes twenty times as long as using it, and
-/// lists format thousands of times. Null if it cannot be created.
+/// lists format thousands of dates. Null if it cannot be created.
 const icu::SimpleDateFormat* formatOf(std::string_view pattern, std::string_view locale) {
     constexpr std::size_t maximumFormats = 16;
     thread_local std::map<std::pair<std::string, std::string>,

@@ -23,7 +23,7 @@ int daysInMonth(int year, int month) {
     return month == 2 && isLeapYear(year) ? 29 : days[static_cast<std::size_t>(month - 1)];
 }
 
-/// Days from 1970-01-01 to January 1st of a year of 1 or later.
+/// Days from 1970-01-01 to January 1st of `year`, which is at least 1.
 std::int64_t daysBeforeYear(int year) {
     constexpr std::int64_t daysTo1970 = 719162;
     const std::int64_t fullYears = year - 1;

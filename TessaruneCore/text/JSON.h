@@ -12,8 +12,8 @@
 #include <vector>
 
 /// The program's JSON operations, on top of a library. A value is used by one thread at a time.
-/// Include this in sources only, because the library's header adds a second to each translation
-/// unit.
+/// Include this in sources only, because the library's header adds a second to the compilation of
+/// each source.
 namespace tessarune::JSON {
 
 using Value = nlohmann::json;           ///< keys sorted
@@ -62,9 +62,9 @@ struct Date {
     double seconds = 0; ///< since 1970
 };
 
-// Each of these reads a value of one type and returns false if `value` has another type, or a text
-// that is not an identifier or a date. An integer may be written as a double without a fraction, up
-// to 2^53.
+// Each of these reads a value of one type. Returns false if `value` has another type, or if its
+// text is not the required identifier or date. An integer may be written as a double without a
+// fraction, up to 2^53.
 bool read(const Value& value, std::string& text);
 bool read(const Value& value, bool& flag);
 bool read(const Value& value, double& number);

@@ -5,9 +5,9 @@
 
 namespace tessarune {
 
-/// The category for the operating system's error numbers, for messages that a user may read. Those
-/// of common errors are in the user's language; all others are the system's own texts. Compares
-/// with `std::errc` as the generic category does. Any thread.
+/// The category for the operating system's error numbers, for messages that a user may read. The
+/// messages of common errors are in the user's language; all others are the system's own texts.
+/// Compares with `std::errc` as the generic category does. Any thread.
 const std::error_category& systemErrors();
 
 /// The message for an error number.

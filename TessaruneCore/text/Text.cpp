@@ -36,10 +36,10 @@ bool surelyEndsAt(std::string_view text, std::size_t at) {
     return isPlain(before) && isPlainOrEnd(text, at) && !(before == '\r' && text[at] == '\n');
 }
 
-/// Whether the first difference of two texts proves that they are not equivalent. It also proves
-/// that `b` is not a prefix of `a`, unless `a` begins with the bytes of `b`. The bytes before the
-/// difference are equal, and the code points at the difference are such a proof if they do not
-/// combine with their neighbours.
+/// Whether the first difference of two texts proves that they are not equivalent. The bytes before
+/// the difference are equal, and the code points at it are a proof if they do not combine with
+/// their neighbours. Such a difference also proves that `b` is not a prefix of `a`, unless `a`
+/// begins with the bytes of `b`.
 bool surelyDiffer(std::string_view a, std::string_view b) {
     auto at = static_cast<std::size_t>(std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first -
                                        a.begin());
@@ -80,8 +80,8 @@ std::size_t CharacterWalker::endOfJoinedRun() const {
             return end;
         std::size_t next = end;
         const char32_t after = decode(text_, next);
-        // A plain code point joins the one before it only after a leading jamo, a prepended mark or
-        // a CR.
+        // A plain code point joins the one before it only if that is a leading jamo, a prepended
+        // mark or a CR.
         const auto kind =
             u_getIntPropertyValue(static_cast<UChar32>(before), UCHAR_GRAPHEME_CLUSTER_BREAK);
         if (isPlain(after) && kind != U_GCB_PREPEND && kind != U_GCB_L && kind != U_GCB_CR)
@@ -168,8 +168,8 @@ std::string canonical(std::string_view text) {
 }
 
 std::string lowercased(std::string_view text) {
-    constexpr char32_t capitalSigma = 0x03A3;   // what it becomes depends on its neighbours
-    constexpr char32_t dottedCapitalI = 0x0130; // becomes two code points
+    constexpr char32_t capitalSigma = 0x03A3;   // its lower case depends on its neighbours
+    constexpr char32_t dottedCapitalI = 0x0130; // its lower case has two code points
     std::string result;
     result.reserve(text.size());
     for (std::size_t at = 0; at < text.size();) {

@@ -87,7 +87,8 @@ void append(std::string& text, char32_t codePoint);
 bool isValidUTF8(std::string_view bytes);
 /// Removes an incomplete code point at the end, as a truncated file has it.
 std::string_view withoutCutCharacter(std::string_view bytes);
-/// Whether all bytes are below 128. Then each byte is a character, except that CR LF is one.
+/// Whether all bytes are below 128. Then each byte is a character, except that CR LF is a single
+/// character.
 bool isASCII(std::string_view text);
 
 // Numbers

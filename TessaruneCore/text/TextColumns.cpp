@@ -96,7 +96,8 @@ class Line {
     std::string text_;
     std::size_t cells_ = 0;
     std::size_t breakAt_ = 0;
-    std::size_t breakBefore_ = 0; ///< `breakAt_` before the last wide character that is not a mark
+    /// The value that `breakAt_` had before the last wide character that is not a mark.
+    std::size_t breakBefore_ = 0;
 };
 
 } // namespace

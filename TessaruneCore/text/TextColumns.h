@@ -25,8 +25,8 @@ std::string fitted(std::string_view text, std::size_t width);
 /// `text` padded with trailing blanks to at least `width` cells.
 std::string padded(std::string_view text, std::size_t width);
 
-/// Makes `text` safe for display. U+FFFD replaces control characters, which a terminal obeys,
-/// directional controls, which can reverse the text after them, line and paragraph separators, and
+/// Makes `text` safe for display. U+FFFD replaces control characters (a terminal obeys them),
+/// directional controls (they can reverse the text after them), line and paragraph separators, and
 /// invalid UTF-8 bytes. Line feeds and tabs stay.
 std::string printable(std::string_view text);
 

@@ -12,7 +12,7 @@
 namespace tessarune::CommittedTranslationUnitPlanner {
 
 /// The next unit, starting at the first pending row; `nullopt` if no row is pending or the unit
-/// should still grow. `forceTail` accepts an unfinished group. The caller marks the members and
+/// should still grow. `forceTail` accepts an unfinished unit. The caller marks the members and
 /// calls again.
 std::optional<CommittedTranslationUnit> nextPendingUnit(std::span<const CaptionSegment> segments,
                                                         bool forceTail = false,

@@ -8,7 +8,7 @@
 
 namespace tessarune {
 
-/// One translation result for the display, which then updates only the rows of its unit.
+/// One translation result for the display, which then updates only the rows of the unit.
 struct LiveCaptionDisplayTranslationPatch {
     UUID translationUnitID;
     std::vector<UUID> segmentIDs;              ///< the unit's rows, in order

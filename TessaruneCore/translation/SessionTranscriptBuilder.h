@@ -9,7 +9,7 @@
 #include <vector>
 
 /// Turns the caption state of a session into plain text. A session's text is spread over three
-/// lists and the open row; these functions join them without repeating anything. Pure, safe from
+/// lists and the open row; these functions join the texts without repeating any. Pure, safe from
 /// any thread.
 namespace tessarune::SessionTranscriptBuilder {
 

@@ -24,7 +24,7 @@ struct RetryBlockedStatus {
 };
 
 bool hasFailures(std::span<const CaptionSegment> segments);
-/// Whether any row has no translation, be it pending or failed.
+/// Whether any row has no translation, because it is pending or has failed.
 bool hasIncomplete(std::span<const CaptionSegment> segments);
 std::size_t pendingCount(std::span<const CaptionSegment> segments);
 /// The number of rows that carry the text of a unit; the unit's other rows are not counted.

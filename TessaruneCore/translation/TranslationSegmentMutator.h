@@ -10,8 +10,8 @@
 #include <string_view>
 #include <vector>
 
-/// Writes the outcome of a translation unit into caption rows: one row gets the unit's text, the
-/// other members are only marked as parts of the unit. Changes translation fields only. Pure
+/// Writes the outcome of a translation unit into caption rows: one row gets the unit's translation,
+/// the other members are only marked as parts of the unit. Changes translation fields only. Pure
 /// functions on the given rows, safe from any thread.
 namespace tessarune::TranslationSegmentMutator {
 
@@ -29,8 +29,9 @@ void clearErrors(std::span<CaptionSegment> segments);
 bool clearErrors(std::span<CaptionSegment> segments,
                  const std::function<bool(const CaptionSegment& segment)>& matching);
 
-/// Writes the unit's text to the row `resultSegmentID` and "" to the other members, which marks
-/// them as done without showing the text twice. Returns whether a field of a row changed.
+/// Writes the unit's translation to the row `resultSegmentID`. Writes "" to the other members,
+/// which marks them as done without showing the translation twice. Returns whether a field of a row
+/// changed.
 bool applySuccess(const UUID& translationUnitID, const std::vector<UUID>& segmentIDs,
                   const UUID& resultSegmentID, std::string_view translatedText,
                   std::span<CaptionSegment> segments);

@@ -52,8 +52,8 @@ bool isSameLanguageTarget(std::string_view target, std::string_view source = def
 /// Always true: the source language may be tested as a target, too.
 bool canRunAppleTranslationTest(std::string_view target);
 
-/// Converts a text in simplified Chinese to simplified characters, because the service sometimes
-/// returns traditional ones. Texts in other languages stay as they are.
+/// If the target is simplified Chinese, converts the text to simplified characters, because the
+/// service sometimes returns traditional ones. Texts for other targets stay as they are.
 std::string normalizedTranslatedText(std::string_view text, std::string_view target);
 
 bool isAppleBackend(std::string_view name);

@@ -28,8 +28,8 @@ class Translator {
     /// Never fails.
     virtual Task<TranslationAvailabilityStatus> availabilityStatus(std::string source,
                                                                    std::string target) = 0;
-    /// Loads what the pair needs, and downloads it first if the translator may; does nothing for a
-    /// pair that is ready.
+    /// Loads what the pair needs, and downloads it first if the translator is allowed to. Does
+    /// nothing for a pair that is ready.
     virtual Task<void> prepareLanguages(std::string source, std::string target) = 0;
     /// Drops all state of the pair and prepares it again.
     virtual Task<void> rebuildLanguagePair(std::string source, std::string target) = 0;

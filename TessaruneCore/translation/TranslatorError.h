@@ -8,8 +8,8 @@
 
 namespace tessarune {
 
-/// The failure of a `Translator`, made by one of the three functions below. Every error of the
-/// service behind it is mapped to one of these.
+/// The failure of a `Translator`, made by one of the three functions below. A translator maps every
+/// error of its translation service to one of these.
 class TranslatorError : public LocalizedError {
   public:
     /// The service does not support this language pair.
