@@ -11,7 +11,7 @@
 namespace tessarune {
 
 /// Thrown if the index cannot be used. If `isDamaged`, it is damaged or of another version and must
-/// be rebuilt. Otherwise it is kept, because the reason may be temporary (a full disk, another
+/// be rebuilt. Otherwise it is kept, because the failure may be temporary (a full disk, another
 /// program that writes).
 struct SearchIndexFailed : std::runtime_error {
     SearchIndexFailed(const std::string& what, bool isDamage)

@@ -39,9 +39,11 @@ class SearchIndexKeeper {
     bool eraseSome();
 
     struct State {
-        std::size_t done = 0;       ///< of `all`: read, unreadable, or given up by a failure
-        std::size_t all = 0;        ///< recordings that the last check found outdated
-        std::size_t unreadable = 0; ///< of `done`; the index keeps their old texts, if any
+        /// How many of `all` were read, were unreadable, or were skipped after a failure.
+        std::size_t done = 0;
+        std::size_t all = 0; ///< recordings that the last check found outdated
+        /// How many of `done` were unreadable. The index keeps their old texts, if any.
+        std::size_t unreadable = 0;
         bool isComplete() const { return done == all; }
     };
     State state() const;

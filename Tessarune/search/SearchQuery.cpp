@@ -24,7 +24,7 @@ bool occursAt(const SearchQuery::Phrase& phrase, const std::vector<SearchToken>&
     return true;
 }
 
-/// The index of the phrase's first token; the number of tokens if it does not occur.
+/// The index in `tokens` at which the phrase begins; `tokens.size()` if it does not occur.
 std::size_t indexOf(const SearchQuery::Phrase& phrase, const std::vector<SearchToken>& tokens) {
     std::size_t at = 0;
     while (at < tokens.size() && !occursAt(phrase, tokens, at))

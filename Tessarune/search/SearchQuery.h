@@ -29,7 +29,7 @@ struct SearchQuery {
 
     bool isEmpty() const { return phrases.empty(); }
 
-    /// Whether each phrase occurs in one of the texts, for texts that are not indexed.
+    /// Whether each phrase occurs in at least one of the texts. Needs no index.
     bool matches(const std::vector<std::string_view>& texts) const;
 
     /// The first occurrence of any of the phrases, as a view into `text`; `nullopt` if there is
@@ -47,8 +47,8 @@ struct SearchExcerpt {
 
     bool operator==(const SearchExcerpt&) const = default;
 
-    /// Returns up to `context` characters on either side of the first match, with "…" if the line
-    /// is longer; `nullopt` if the text has none of the phrases.
+    /// Returns up to `context` characters on either side of the first match; "…" replaces the rest
+    /// of the line. `nullopt` if the text has none of the phrases.
     static std::optional<SearchExcerpt> of(const SearchQuery& query, std::string_view text,
                                            std::size_t context = 40);
 };

@@ -41,7 +41,7 @@ class TranscriptSearch {
         /// first search.
         bool isComplete = true;
         std::size_t unreadable = 0; ///< recordings whose texts could not be read
-        /// A later search replaced this one while it was queued; `recordings` is empty.
+        /// A later search was started while this one was queued; `recordings` is empty.
         bool wasSuperseded = false;
     };
     /// For a search as the user types: answers from the current index and then continues indexing.

@@ -12,13 +12,13 @@
 namespace tessarune {
 
 /// Makes this process the only writer of a data folder while the object lives; the lock also ends
-/// with the process, even if it crashes. A program takes the lock before it uses the catalog and
-/// keeps it; a program that only lists recordings needs none.
+/// with the process, even if it crashes. A program takes the lock before it uses the catalog, and
+/// keeps the lock; a program that only lists recordings needs none.
 class DataFolderLock {
   public:
-    /// The process that holds the lock, as it has noted itself in the lock file. Until it has done
-    /// so, for a moment after `take`, these are the values of the previous holder, if there was
-    /// one.
+    /// The process that holds the lock, as noted in the lock file. A new holder writes this note
+    /// a moment after it has taken the lock; until then, these are the values of the previous
+    /// holder, if there was one.
     struct Holder {
         int processID = 0;   ///< 0 if the file is empty or cannot be read
         std::string program; ///< the program's name, as passed to `take`

@@ -17,7 +17,8 @@ namespace tessarune::DiskFailure {
 /// Returns the folder of the file if it is not writable, otherwise an empty path. Keeps `errno`.
 std::filesystem::path readOnlyFolderOf(const std::filesystem::path& path);
 
-/// Throws if the folder is not writable. For a missing folder, its nearest existing parent counts.
+/// Throws if the folder is not writable. If the folder is missing, checks its nearest existing
+/// parent instead.
 void requireWritable(std::filesystem::path folder);
 
 } // namespace tessarune::DiskFailure

@@ -36,8 +36,8 @@ class JSONUserDefaults final : public UserDefaults {
     /// Called after a change of a setting has changed `problem`; may be empty.
     std::function<void()> onProblem;
     /// Renames an unreadable file, so that the next change creates a new one. Returns the new path;
-    /// empty if the file is readable or the renaming failed, in which case `problem` has the
-    /// reason.
+    /// empty if the file is readable or cannot be renamed. `problem` has the reason of a failed
+    /// renaming.
     std::filesystem::path keepAside();
 
   private:
@@ -49,7 +49,7 @@ class JSONUserDefaults final : public UserDefaults {
     FileSystem& files_;
     std::filesystem::path file_;
     std::unique_ptr<Content> content_;
-    bool isFileUnreadable_ = false; // the file is not written then
+    bool isFileUnreadable_ = false; // while true, the file is not written
     std::string problem_;
     std::function<void()> onChange_;
     std::unique_ptr<FileWatch> watch_; // destroyed first: its callback uses the other members

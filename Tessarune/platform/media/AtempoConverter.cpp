@@ -12,7 +12,8 @@ namespace {
 
 using namespace ffmpeg;
 
-/// Above this rate the filter skips samples instead of blending them; two filters in a row do not.
+/// Above this rate the filter skips samples instead of blending them. Then two filters in a row are
+/// used, each with a lower rate.
 constexpr double maximumRateOfOneFilter = 2.0;
 
 struct FilterGraphDeleter {

@@ -4,8 +4,8 @@
 
 namespace tessarune {
 
-/// Makes a converter that uses FFmpeg's filter `atempo`; a `MakeTempoChanger`. Throws
-/// AudioConversionError for unsupported formats and rates.
+/// Implements `MakeTempoChanger` with FFmpeg's filter `atempo`. Throws AudioConversionError for
+/// unsupported formats and rates.
 std::unique_ptr<AudioConverter> makeAtempoConverter(AudioFormat format, double rate);
 
 } // namespace tessarune

@@ -21,7 +21,7 @@ namespace {
 using namespace ffmpeg;
 using Kind = MediaFileError::Kind;
 
-/// More than any real sound has; a header that states more is wrong.
+/// Limits that no real sound exceeds; a header that states more is wrong.
 constexpr int maximumSampleRate = 768000;
 constexpr int maximumChannels = 64;
 /// If more than this many packets in a row cannot be decoded, the file is damaged.
@@ -314,7 +314,7 @@ class FFmpegMediaFile final : public MediaFile {
 
     std::filesystem::path path_;
     FileInput input_;
-    std::optional<double> statedSeconds_; ///< as of the opening; the file may be cut later
+    std::optional<double> statedSeconds_; ///< read when the file was opened; it may be cut later
     Codec codec_;
     Packet packet_;
     Frame frame_;

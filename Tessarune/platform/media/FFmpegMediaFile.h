@@ -4,10 +4,10 @@
 
 namespace tessarune {
 
-/// Opens any sound file that FFmpeg's libraries can read; an `OpenMediaFile`.
+/// Implements `OpenMediaFile` for every sound file that FFmpeg's libraries can read.
 std::unique_ptr<MediaFile> openFFmpegMediaFile(const std::filesystem::path& path);
 
-/// Also opens pipes; `stop` ends a wait for their data. An `OpenAwaitedMediaFile`.
+/// Implements `OpenAwaitedMediaFile`. Also opens pipes; `stop` ends a wait for their data.
 std::unique_ptr<MediaFile> openAwaitedFFmpegMediaFile(const std::filesystem::path& path,
                                                       std::stop_token stop);
 

@@ -25,7 +25,7 @@ using Kind = MediaFileError::Kind;
 
 constexpr double progressStep = 0.005;
 
-/// Flushes a file, or a folder with the flag O_DIRECTORY: the file must not get its final name
+/// Flushes a file, or a folder if `flags` has O_DIRECTORY. A file must not get its final name
 /// before its bytes are on the disk, and must not lose that name afterwards.
 void synchronize(const std::filesystem::path& path, int flags) {
     const int file =

@@ -4,11 +4,11 @@
 
 namespace tessarune {
 
-/// Encodes with FFmpeg's libraries; a `CreateM4A`. Until it is finished, the file is named
+/// Implements `CreateM4A` with FFmpeg's libraries. Until it is finished, the file is named
 /// "<to>.part".
 std::unique_ptr<M4AFile> createM4A(const std::filesystem::path& to, AudioFormat from);
 
-/// Encodes an existing file in the same way; a `TranscodeToM4A`.
+/// Implements `TranscodeToM4A`: encodes an existing file in the same way.
 void transcodeToM4A(const std::filesystem::path& from, const std::filesystem::path& to,
                     const MediaProgress& progress, std::stop_token stop);
 

@@ -4,8 +4,8 @@
 
 namespace tessarune {
 
-/// Makes a converter that uses libswresample; a `MakeAudioConverter`. Throws AudioConversionError
-/// for unsupported formats.
+/// Implements `MakeAudioConverter` with libswresample. Throws AudioConversionError for unsupported
+/// formats.
 std::unique_ptr<AudioConverter> makeSwresampleConverter(AudioFormat from, AudioFormat to);
 
 } // namespace tessarune

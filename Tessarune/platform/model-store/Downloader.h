@@ -23,7 +23,7 @@ struct DownloadStopped : DownloadFailed {
     DownloadStopped() : DownloadFailed(localized("The download was stopped.")) {}
 };
 
-/// A failed attempt that is followed by another.
+/// A failed attempt after which the download is tried again.
 struct DownloadTrouble {
     std::string name;   ///< of the file
     std::string reason; ///< for the user
@@ -35,7 +35,7 @@ struct DownloadPolicy {
     double stallSeconds = 20;
     /// A download fails after more than this many attempts in a row without new bytes.
     int fruitlessTries = 6;
-    /// The pause before the first retry; each further one without new bytes is twice as long.
+    /// The pause before the first retry. It doubles after each further attempt without new bytes.
     double firstPauseSeconds = 1;
     double longestPauseSeconds = 60;
     /// Disk space that must remain free.

@@ -93,7 +93,7 @@ struct ModelInstaller::Shared {
     Executor main;
     ModelStore& store;
     Downloader downloader;
-    /// Queues for the downloads, which block them; created on first use.
+    /// Queues for the downloads; created on first use. A download blocks its queue.
     std::vector<std::shared_ptr<SerialQueue>> lanes;
     std::shared_ptr<SerialQueue> checks; ///< for checksums of existing files; created on first use
     std::map<Key, std::shared_ptr<Job>> jobs;
@@ -239,7 +239,7 @@ struct ModelInstaller::Shared {
             std::rethrow_exception(job->failure);
     }
 
-    /// Fetches the remaining files one after the other. Other lanes do the same.
+    /// Fetches one file after the other, each time the next that no lane has taken.
     static Task<void> fetchOnLane(Pointer self, JobPointer job, Executor lane) {
         while (job->nextFile < job->model.files.size() && !job->failure) {
             const std::size_t index = job->nextFile++;

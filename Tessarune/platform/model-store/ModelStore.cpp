@@ -28,7 +28,7 @@ void parseRecord(const std::string& text, StoredModel& model) {
         throw std::runtime_error("a record of another version");
     model.details = json.at("details").get<std::map<std::string, std::string>>();
     for (const auto& entry : json.at("files")) {
-        // By reference, because a conversion would accept even -1.5.
+        // The size is read by reference, because a conversion would accept even -1.5.
         ModelFile file{entry.at("name").get<std::string>(),
                        entry.at("bytes").get_ref<const std::uint64_t&>(),
                        entry.at("sha256").get<std::string>()};

@@ -30,8 +30,8 @@ UnpackingOutcome unpackZstd(const std::filesystem::path& packed, AppendFile& out
     std::vector<char> inBuffer(ZSTD_DStreamInSize());
     std::vector<char> outBuffer(ZSTD_DStreamOutSize());
     std::uint64_t written = 0;
-    std::size_t wanted = 1; // bytes that the library expects next; 0 at the end of a frame. An
-                            // empty file is incomplete.
+    std::size_t wanted = 1; // bytes that the library expects next; 0 at the end of a frame. Not
+                            // 0 at first, because an empty file is incomplete.
     while (in.read(inBuffer.data(), static_cast<std::streamsize>(inBuffer.size())),
            in.gcount() > 0) {
         ZSTD_inBuffer input{inBuffer.data(), static_cast<std::size_t>(in.gcount()), 0};

@@ -8,8 +8,7 @@
 namespace tessarune::PDFProgram {
 
 /// Lays out a document in another process and waits for it. Returns the bytes of the PDF. Any
-/// thread.
-/// Throws std::runtime_error with a text for the user if the program is missing or fails.
+/// thread. Throws std::runtime_error with a text for the user if the program is missing or fails.
 std::string pdf(const HistoryTranscriptPDFDocument& document);
 
 } // namespace tessarune::PDFProgram

@@ -16,7 +16,7 @@
 
 namespace tessarune {
 
-/// Draws text into a PDF of QPdfWriter so that selected text is the written text.
+/// Draws text into a PDF of QPdfWriter so that a reader can select and copy exactly this text.
 ///
 /// QPdfWriter maps each glyph to a character that the font has for it. If the font uses one glyph
 /// for two characters, such as a radical and a Chinese character, the mapped character can be the

@@ -9,12 +9,12 @@
 namespace tessarune {
 
 /// A private sound server with one silent output, independent of any other server: for computers
-/// without one, and for tests.
+/// without a sound server, and for tests.
 ///
 /// It keeps its files in a temporary folder and needs neither a D-Bus session nor a display; it may
-/// run as root. Its processes end with the object. They also end with the thread that created it,
-/// so that a killed program leaves none behind; for this reason, create the object on a thread that
-/// lives as long as the server is needed.
+/// run as root. Its processes end with the object. They also end with the thread that created the
+/// object, so that a killed program leaves none behind; for this reason, create the object on a
+/// thread that lives as long as the server is needed.
 class PrivateSoundServer {
   public:
     enum class Kind { pulseAudio, pipeWire };

@@ -14,8 +14,8 @@ namespace tessarune {
 /// The connection to the server, its thread, and the state that the server reports.
 ///
 /// After the first success the connection is maintained: when it breaks, it is retried with growing
-/// pauses. It never starts a server: a user who has ended the server does not want it back, and a
-/// server without hardware would hide that the hardware is missing.
+/// pauses. It never starts a server: a user who has ended the server does not want it back, and on
+/// a computer without sound hardware, a new server's silent output would hide that it is missing.
 ///
 /// Any thread, unless noted; "the lock" is the lock of the loop. Owned by the sound server and its
 /// streams. The loop's thread must not destroy it.

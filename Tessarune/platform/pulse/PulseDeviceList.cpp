@@ -23,7 +23,7 @@ void PulseDeviceList::refresh(pa_context* context) {
     }
     arriving_ = {};
     hasFailed_ = false;
-    // The server answers in order, so the end of the sources ends the update.
+    // The server answers in order, so the end of the list of sources ends the refresh.
     isRefreshing_ = begin(pa_context_get_server_info(context, takeServer, this)) &&
                     begin(pa_context_get_sink_info_list(context, takeSink, this)) &&
                     begin(pa_context_get_source_info_list(context, takeSource, this));

@@ -264,8 +264,8 @@ double PulsePlaybackStream::heardSeconds() const {
     if (endReason_ || !stream_ || flushing_)
         return heard_;
     requestTiming();
-    // While this process was suspended, the server may have run out of sound: the position never
-    // passes the sound that was sent.
+    // The server may have run out of sound while this process was suspended. The position is
+    // therefore limited to the sound that was sent.
     const double sentSeconds = static_cast<double>(sent_) / format_.channels / format_.sampleRate;
     heard_ = std::clamp(streamSeconds() - origin_, 0.0, sentSeconds);
     return heard_;

@@ -84,7 +84,8 @@ PulseOutcome PulseRecordStream::create(const RecordRequest& request) {
         static_cast<std::uint32_t>(-1);
     attributes.fragsize = static_cast<std::uint32_t>(samplesPerBuffer_ * sizeof(float));
     // DONT_MOVE: otherwise the default input would replace a removed monitor and record the room
-    // instead of the computer. START_UNMUTED: a mute that a mixer remembers would record silence.
+    // instead of the computer. START_UNMUTED: otherwise the stream would record silence if a mixer
+    // remembers that it was muted.
     constexpr auto flags = static_cast<pa_stream_flags_t>(
         PA_STREAM_DONT_MOVE | PA_STREAM_ADJUST_LATENCY | PA_STREAM_START_UNMUTED);
     if (pa_stream_connect_record(stream_.get(), request.sourceID.c_str(), &attributes, flags) < 0)

@@ -12,7 +12,7 @@
 namespace tessarune {
 
 /// Owns the observers; dropping a subscription removes its observer. The server's thread must never
-/// destroy an observer, because that may destroy the observer's queue.
+/// destroy an observer, because it might then destroy the observer's queue and wait for its blocks.
 class PulseSoundServer::Observers : public std::enable_shared_from_this<Observers> {
   public:
     Subscription add(Executor executor, std::function<void()> onChange) {

@@ -13,8 +13,7 @@
 namespace tessarune {
 
 /// Whether the user has asked the desktop for less motion, as the desktop's settings portal reports
-/// it. False without a portal. On the main thread, while the application object
-/// exists.
+/// it. False without a portal. On the main thread, while the application object exists.
 class DesktopMotion : public QObject {
     Q_OBJECT
 

@@ -11,7 +11,7 @@ namespace tessarune {
 namespace {
 
 constexpr int answerTimeoutMS = 5000;
-/// How long to wait for a program that is ending, which saves first.
+/// How long to wait until the other program has ended; it saves first.
 constexpr int maximumEndMS = 15000;
 constexpr unsigned long retryPauseMS = 100;
 const QString endingError = QStringLiteral("app.tessarune.captions.Error.Ending");

@@ -12,9 +12,10 @@
 
 namespace tessarune {
 
-/// A request to the running program by one that was started later.
+/// A request to the running program by one that was started later. A request without actions and
+/// files asks the program to show its window.
 struct InstanceRequest {
-    std::vector<std::string> actions; ///< in order; no actions and no files: show the window
+    std::vector<std::string> actions; ///< in order
     std::vector<std::string> files;   ///< absolute paths, and addresses that name no local file
 };
 

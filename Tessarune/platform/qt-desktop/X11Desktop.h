@@ -16,7 +16,8 @@ bool canBeReached();
 bool keepsWindowsAbove();
 /// Whether there is a tray of the older kind, which embeds windows.
 bool hasTray();
-/// Whether `message` announces such a tray; the arguments are those of a native event filter.
+/// Whether `message` announces a tray of the older kind. The arguments are those of a native event
+/// filter.
 bool announcesTray(const QByteArray& kind, const void* message);
 
 } // namespace tessarune::X11Desktop

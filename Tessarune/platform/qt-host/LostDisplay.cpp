@@ -39,7 +39,7 @@ void doLastWork() {
     if (!pending().work)
         return;
     if (pending().isTaken.exchange(true)) {
-        QThread::msleep(longestWaitMS); // the work ends the process
+        QThread::msleep(longestWaitMS); // meanwhile the other thread ends the process
         return;
     }
     pending().work();
@@ -88,8 +88,8 @@ LostDisplay::LostDisplay(std::function<void()> lastWork) {
     pending().work = std::move(lastWork);
     pending().mainThread = pthread_self();
     previousHandler = qInstallMessageHandler(watchMessages);
-    // The fallback if Qt logs another message. It runs later, when some static objects may already
-    // be destroyed.
+    // The fallback if Qt's message has another text. It runs later, when some static objects may
+    // already be destroyed.
     static const int once = std::atexit(doLastWork);
     Q_UNUSED(once);
 }

@@ -9,7 +9,8 @@ namespace {
 
 /// Five periods of 50 Hz, or six of 60 Hz.
 constexpr double blockSeconds = 0.1;
-/// One period of 50 Hz, and three of 60 Hz, because one is not a whole number of samples.
+/// One period of 50 Hz, and three of 60 Hz, because one period of 60 Hz is not a whole number of
+/// samples.
 constexpr double delay50Seconds = 0.02;
 constexpr double delay60Seconds = 0.05;
 /// With these values, hum is gone after one or two seconds.

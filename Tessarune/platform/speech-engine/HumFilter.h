@@ -52,7 +52,7 @@ class HumFilter {
     Likeness by60_;
     Comb comb50_;
     Comb comb60_;
-    double loudest_ = 0;  ///< energy of the loudest block, which fades
+    double loudest_ = 0;  ///< energy of the loudest block; fades with time
     int humBlocks_ = 0;   ///< blocks with hum in a row
     int clearBlocks_ = 0; ///< pauses without hum since the last block with hum
     enum class Mains { none, hertz50, hertz60 } heard_ = Mains::none;

@@ -8,7 +8,7 @@
 
 namespace tessarune {
 
-/// Requests to close the open line at the next rest in the sound. One thread at a time.
+/// The requests to close the open line at the next rest in the sound. One thread at a time.
 class LineClosing {
   public:
     /// If no rest comes before `deadline` (seconds of the session), the engine closes the line

@@ -17,12 +17,12 @@ class MoonshineFileAnalyzer final : public SpeechFileAnalyzer {
         double lowestHertz; ///< a high-pass cutoff in Hz; 0: no filter
         bool removesHum;
         /// The number of complete lines after which the engine's stream is recreated to keep its
-        /// list short.
+        /// list of lines short.
         std::size_t linesBeforeRestart;
     };
 
     /// `model`: "automatic" for the best one, or a name. `worker` should be of utility priority;
-    /// the engine's own threads inherit its niceness when the model is loaded.
+    /// the engine's own threads inherit the niceness of the worker when it loads the model.
     MoonshineFileAnalyzer(Executor worker, std::shared_ptr<SpeechModels> models, std::string model,
                           SpeechTranscriberOptions options, Policy policy);
     ~MoonshineFileAnalyzer() override;

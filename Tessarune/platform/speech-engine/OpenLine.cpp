@@ -65,8 +65,8 @@ bool repeatsAt(const Words& words, std::size_t place) {
 } // namespace
 
 /// Merges the shown words with the guess of a pass. The guess at a complete line removes all shown
-/// words that it does not have, except hesitations within the line in whose place it has no other
-/// words.
+/// words that it lacks. Only hesitations before the last common word stay, if the guess has no
+/// words except hesitations in their place.
 class OpenLine::Merge {
   public:
     Merge(Words shown, const Words& guess, bool isComplete)
@@ -249,7 +249,7 @@ void OpenLine::follow(std::vector<SpeechRun> last, double through) {
 }
 
 /// A word that the last pass did not have still has the times of an earlier pass, which may overlap
-/// those of its neighbours: they are limited so that the words follow one another.
+/// the times of its neighbours. The times are limited so that the words follow one another.
 std::vector<SpeechRun> OpenLine::runsOf(const Words& words) const {
     std::vector<SpeechRun> runs;
     runs.reserve(words.size());
@@ -296,10 +296,10 @@ OpenLine::Words OpenLine::withoutRepeats(std::vector<SpeechRun> runs) {
 /// Finds the place in a guess at which the words of `front` end and those of `behind` begin: where
 /// both match best. A matching word counts 1; a changed or missing one counts -1, so that a
 /// frequent word much later is not taken for a settled one. An inserted word counts -1 in `behind`
-/// and -1.5 in `front`, because it rather belongs to the following text. A word of `front` that may
-/// be missing or changed counts as changed: this sometimes leaves out one word too many, which the
-/// next pass shows; if one too few were left out, a word would be shown twice. Hesitations do not
-/// count, because the engine does not always write them.
+/// and -1.5 in `front`, because it more likely belongs to the following text. If a word of `front`
+/// is either missing or changed, it counts as changed: this sometimes leaves out one word too many,
+/// which the next pass shows; if one too few were left out, a word would be shown twice.
+/// Hesitations do not count, because the engine does not always write them.
 OpenLine::Joint OpenLine::jointOf(const Words& front, bool beginsInside, const Words& behind,
                                   const Words& guess) {
     Joint joint =

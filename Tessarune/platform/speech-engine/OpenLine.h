@@ -36,7 +36,8 @@ class OpenLine {
   public:
     /// Takes the engine's current guess of all words of the line, one run per word without blanks,
     /// and the start of the line in seconds of the session. Returns the words that this pass
-    /// settles. If the next pass does not follow soon, all words are shown.
+    /// settles. If it settles none and the next pass does not follow soon, all words of the guess
+    /// are shown.
     std::vector<SpeechRun> look(std::vector<SpeechRun> words, double begin, bool looksAgainSoon);
 
     /// The shown words after the settled ones.
@@ -100,8 +101,8 @@ class OpenLine {
     std::vector<SpeechRun> settle(std::size_t count);
 
     Words last_; ///< the end of the previous line, until words of this line are settled
-    /// The first words, which no longer change. While `last_` is not empty, the repeated words of
-    /// the previous line.
+    /// The first words of the line, which no longer change; while `last_` is not empty, the words
+    /// that repeat the previous line.
     Words fixed_;
     std::size_t settled_ = 0; ///< how many of the fixed words are settled
     Words guess_;             ///< of the last pass, after the fixed words

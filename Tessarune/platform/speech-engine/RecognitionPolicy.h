@@ -26,7 +26,7 @@ struct RecognitionPolicy {
     /// The maximum seconds that `passCostFactor` leaves between the end of a pass and the start of
     /// the next.
     double longestIdle = 2.0;
-    /// With this many seconds of new sound, the next pass does not wait: a file that plays faster
+    /// With this many seconds of new sound, the next pass starts at once: a file that plays faster
     /// than real time arrives in such pieces.
     double enoughSound = 4.0;
     /// A clock that measures the cost of a pass. With the elapsed time alone, a suspension of the
@@ -37,7 +37,7 @@ struct RecognitionPolicy {
     /// A line shorter than this many seconds is not closed early: the engine closes it at the next
     /// pause, which is a better place.
     double shortestLineToClose = 5;
-    /// To close a line early, the maximum seconds to wait for a rest between two words.
+    /// The maximum seconds to wait for a rest between two words at which a line is closed early.
     double longestWaitForRest = 1.0;
     /// Live sound is continuous. After this many seconds without sound, the source is gone: the
     /// open line is closed, so that its text does not wait until the source returns.
@@ -46,10 +46,10 @@ struct RecognitionPolicy {
     /// cannot keep up skips sound, and its memory does not fill.
     double longestBacklog = 60;
     /// The number of complete lines after which the engine's stream is recreated to keep its list
-    /// short.
+    /// of lines short.
     std::size_t linesBeforeRestart = 300;
     /// The memory of this computer; 0 if unknown. A recording is transcribed with the largest model
-    /// that fits. The session does not use it.
+    /// that fits into it. The model for live sound does not depend on it.
     std::uint64_t memoryBytes = memoryBytesOfComputer();
 };
 

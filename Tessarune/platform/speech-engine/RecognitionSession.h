@@ -28,8 +28,8 @@ struct RecognitionBacklog {
 
 /// Feeds the sound of one session to the engine. All functions but `end` run on the given worker
 /// queue; the results go to a stream that is read elsewhere. The first failure of the engine ends
-/// that stream with the failure; later sound is dropped. Create it with `std::make_shared`:
-/// scheduled work does not keep the session alive. The host must outlive it.
+/// that stream with the failure; later sound is dropped. Create the session with
+/// `std::make_shared`, because scheduled work holds weak pointers to it. The host must outlive it.
 class RecognitionSession : public std::enable_shared_from_this<RecognitionSession> {
   public:
     RecognitionSession(Host& host, Executor worker, std::shared_ptr<SpeechModels> models,

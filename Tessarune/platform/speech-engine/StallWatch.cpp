@@ -6,7 +6,7 @@ namespace tessarune {
 
 namespace {
 
-/// A check that is later than this shows that the program itself was suspended.
+/// A check that is more than this many seconds late shows that the program itself was suspended.
 constexpr double lateSeconds = 1.0;
 /// The minimum delay of a check. Without it, a check that is slightly too early by rounding could
 /// be repeated forever.

@@ -10,8 +10,8 @@ namespace tessarune {
 
 namespace {
 
-/// The overlap in seconds above which a line repeats the last words of the previous line: the
-/// engine cuts long lines anywhere.
+/// A line that begins more than this many seconds before the end of the previous line may repeat
+/// its last words, because the engine cuts long lines anywhere.
 constexpr double overlapWithWords = 0.3;
 
 /// The engine sometimes writes a comma twice.

@@ -39,7 +39,7 @@ class SQLiteSearchIndex final : public SearchIndex {
     SQLiteDatabase::Statement find_;
 };
 
-/// Opens or creates an index; an `OpenSearchIndex`.
+/// Implements `OpenSearchIndex`.
 std::unique_ptr<SearchIndex> openSQLiteSearchIndex(const std::filesystem::path& path);
 
 } // namespace tessarune

@@ -6,8 +6,8 @@
 
 namespace tessarune {
 
-/// A pair of languages as the catalogue of models names them, with the conversion that its output
-/// needs.
+/// A pair of languages as the catalogue of models names them, and whether the model's output must
+/// be converted.
 struct TranslationPair {
     std::string source;
     std::string target;
@@ -24,8 +24,8 @@ struct TranslationPair {
 /// functions.
 namespace LanguagePairs {
 
-/// Returns the possible pairs, best first; none for an invalid identifier. Pairs that need a
-/// conversion come last.
+/// Returns the possible pairs, best first; none for an invalid identifier. Pairs that convert to
+/// traditional characters come last.
 std::vector<TranslationPair> candidates(std::string_view source, std::string_view target);
 
 } // namespace LanguagePairs

@@ -27,8 +27,8 @@ class TranslationEngine {
         std::filesystem::path targetVocabulary;
     };
 
-    /// The files must have been verified, because the engine does not detect all damage. The model
-    /// stays mapped. Throws TranslationEngineError.
+    /// The files must have been verified, because the engine does not detect all damage. The
+    /// model's file stays mapped into memory. Throws TranslationEngineError.
     explicit TranslationEngine(const Files& files);
     ~TranslationEngine();
     TranslationEngine(const TranslationEngine&) = delete;

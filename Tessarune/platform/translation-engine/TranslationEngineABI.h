@@ -36,8 +36,8 @@ struct Engine; ///< opaque
 extern "C" {
 
 /// Returns null on failure and sets `failure` to the reason; otherwise leaves `failure` unchanged.
-/// The model stays mapped: its file must not change while the engine lives. Detects a truncated
-/// model, but not all other damage.
+/// The model's file stays mapped into memory and must not change while the engine lives. Detects a
+/// truncated model, but not all other damage.
 Engine* tessarune_engine_load(BorrowedText model, BorrowedText sourceVocabulary,
                               BorrowedText targetVocabulary, OwnedText* failure);
 

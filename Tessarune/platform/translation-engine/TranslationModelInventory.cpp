@@ -186,7 +186,7 @@ struct TranslationModelInventory::Shared {
         const std::vector<TranslationPair> candidates =
             LanguagePairs::candidates(languages.source, languages.target);
         const auto known = catalogue();
-        // A pair whose output has to be converted is the last choice.
+        // A pair whose output must be converted to traditional characters is the last choice.
         for (const bool convertsToTraditional : {false, true}) {
             for (const TranslationPair& pair : candidates) {
                 if (pair.convertsToTraditional == convertsToTraditional && findIntact(pair))

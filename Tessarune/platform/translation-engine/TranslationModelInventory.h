@@ -31,8 +31,9 @@ class TranslationModelInventory final : public TranslationLanguages {
     TranslationModelInventory(const TranslationModelInventory&) = delete;
     TranslationModelInventory& operator=(const TranslationModelInventory&) = delete;
 
-    /// The best pair for these platform identifiers: an installed one, or else a listed one. Pairs
-    /// that need a conversion, installed or listed, come last. `nullopt` if there is none.
+    /// The best pair for these platform identifiers: an installed one, or else a listed one. A pair
+    /// that converts to traditional characters comes after all others, even if it is the only one
+    /// installed. `nullopt` if there is no pair.
     std::optional<TranslationPair> pairFor(std::string_view source, std::string_view target) const;
 
     /// Reads the disk, never the network.

@@ -81,8 +81,8 @@ fn guarded<T>(work: impl FnOnce() -> Result<T, String>) -> Result<T, String> {
         .unwrap_or_else(|_| Err(LAST_PANIC.with(|last| last.take())))
 }
 
-/// Fails if the processor lacks the instructions that the engine's arithmetic is compiled for; they
-/// would otherwise end the program with an illegal instruction.
+/// Fails if the processor lacks the instructions that the engine's arithmetic is compiled for.
+/// Without this check, the first such instruction would end the program.
 fn require_processor() -> Result<(), String> {
     #[cfg(target_arch = "x86_64")]
     if !std::arch::is_x86_feature_detected!("avx2") {
