@@ -22,8 +22,8 @@ class JSONUserDefaults final : public UserDefaults {
     ~JSONUserDefaults() override;
 
     /// Starts to report changes of the file to the observer, including those by this store. The
-    /// host must outlive the store. If the file's folder cannot be watched, logs that and reports
-    /// no changes.
+    /// host must outlive the store. If the file's folder cannot be watched, logs the failure and
+    /// reports no changes.
     void watch(Host& host);
 
     std::optional<SettingValue> value(std::string_view key) const override;

@@ -34,8 +34,8 @@ class MainQueue {
     /// Removes and returns the next block that may run now; delayed calls that are due come first.
     /// `nullopt` if there is none.
     std::optional<Block> takeNext();
-    /// Held while `arrived` is called. The loop holds it while it calls `secondsUntilNext`, and may
-    /// wait with it on a condition variable.
+    /// The lock, which is held while `arrived` is called. The loop takes it to call
+    /// `secondsUntilNext`, and may use it to wait on a condition variable.
     Mutex& mutex() RETURNS_LOCK(mutex_) { return mutex_; }
     /// Seconds until a block may run, 0 if one may run now; `nullopt` if nothing is queued.
     std::optional<double> secondsUntilNext() REQUIRES_LOCK(mutex_);

@@ -35,7 +35,7 @@ class ModelInstaller {
 
     /// Returns when the model is installed. Keeps an intact model. Replaces a damaged model once
     /// the download is complete. Removes a downloaded model that fails its trial. Throws exceptions
-    /// whose texts can be shown. After a request of `stop`, throws DownloadStopped; the download
+    /// whose texts can be shown. After a stop request, throws DownloadStopped; the download
     /// itself continues while another caller waits for it. `progress` is called on the main queue,
     /// a few times a second.
     Task<void> install(AvailableModel model, ProgressHandler progress, std::stop_token stop);

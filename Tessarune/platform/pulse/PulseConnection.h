@@ -15,7 +15,7 @@ namespace tessarune {
 ///
 /// After the first success the connection is maintained: when it breaks, it is retried with growing
 /// pauses. It never starts a server: a user who has ended the server does not want it back, and on
-/// a computer without sound hardware, a new server's silent output would hide that it is missing.
+/// a computer without sound hardware, the silent output of a new server would hide this fact.
 ///
 /// Any thread, unless noted; "the lock" is the lock of the loop. Owned by the sound server and its
 /// streams. The loop's thread must not destroy it.

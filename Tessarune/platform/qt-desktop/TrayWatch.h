@@ -24,7 +24,8 @@ class TrayWatch : public QObject, private QAbstractNativeEventFilter {
     TrayWatch(QDBusConnection bus, std::function<void()> onTray);
     ~TrayWatch() override;
 
-    /// Whether there is a tray of the newer kind now; X11Desktop::hasTray finds the older kind.
+    /// Whether there is a tray of the newer kind now, which is a service on the session bus.
+    /// X11Desktop::hasTray finds the older kind.
     bool isThere() const { return isThere_; }
 
   private Q_SLOTS:

@@ -25,7 +25,7 @@ class SpeechModelInventory final : public AssetInventory, public SpeechModelMana
                          std::function<std::string()> choice,
                          Library library = &MoonshineLibrary::shared);
 
-    /// Returns a request for the chosen model, null if an intact one is installed. If the choice is
+    /// Returns a request for the chosen model, null if it is installed and intact. If the choice is
     /// automatic, any intact model suffices; if there is none, requests the smallest.
     Task<std::shared_ptr<AssetInstallationRequest>>
     assetInstallationRequest(std::string localeIdentifier) override;

@@ -16,8 +16,8 @@ struct TranslationLimits {
     double translate = 20; ///< a sentence takes about a thousandth of this
 };
 
-/// Translates on this computer. Each language pair has one engine on its own thread, which is
-/// shared by the pair's sessions, loaded on first use and dropped with the last session. Only
+/// Translates on this computer. Each language pair has one engine on its own thread. The pair's
+/// sessions share the engine; it is loaded on first use and dropped with the last session. Only
 /// `prepareTranslation` uses the network.
 ///
 /// An engine that reaches a limit is abandoned: the operation fails with `alreadyCancelled`, its
