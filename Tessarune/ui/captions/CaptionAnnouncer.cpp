@@ -32,7 +32,7 @@ CaptionAnnouncer::CaptionAnnouncer(const CaptionWindowEnvironment& environment,
         [announceMessage](const CaptionNotice& notice) { announceMessage(notice.text); });
     observations_.followChanges(
         environment_.session.presentedError, [this, announceMessage](const std::string& text) {
-            // All other failures also become notices, which are announced above.
+            // Failures in other phases also become notices, which are announced above.
             if (*environment_.session.sessionPhase == LiveSessionPhase::failed)
                 announceMessage(text);
         });

@@ -97,7 +97,7 @@ std::vector<CaptionCommand> CaptionCommandsModel::commands() const {
 
 void CaptionCommandsModel::sourcesChanged() {
     show(commands(), std::equal_to<>());
-    announceChange(); // another source may be checked, which `show` does not compare
+    announceChange(); // for the check marks, which `show` does not compare
 }
 
 void CaptionCommandsModel::announceChange() {

@@ -59,8 +59,9 @@ void CaptionFollow::listShownOrHidden() {
     contentChanged();
 }
 
-/// Reports the frame to the driver and requests a drawing, which shows the driver that the window
-/// is alive. A window that is not exposed draws nothing, so its frames are not reported.
+/// Reports the frame to the driver and requests a drawing. If no drawing follows for a while, the
+/// driver requests another one. A window that is not exposed draws nothing, so its frames are not
+/// reported.
 void CaptionFollow::framePublished() {
     contentIsDue_ = true;
     if (!list_ || !list_->window() || !list_->window()->isExposed())

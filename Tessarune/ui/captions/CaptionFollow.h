@@ -24,7 +24,7 @@ class CaptionFollow : public QObject, public QQmlParserStatus, private CaptionLi
     Q_INTERFACES(QQmlParserStatus)
     Q_PROPERTY(tessarune::CaptionStageModel* stage MEMBER stage_ NOTIFY attachedChanged)
     Q_PROPERTY(QQuickItem* list READ list WRITE setList NOTIFY attachedChanged)
-    /// The height of the part of the list above its visible area.
+    /// By how much the list extends above its visible area.
     Q_PROPERTY(double hiddenHeight MEMBER hiddenHeight_ NOTIFY attachedChanged)
     Q_PROPERTY(bool reviewing READ reviewing NOTIFY reviewingChanged)
     Q_PROPERTY(double glide READ glide NOTIFY glideChanged)
@@ -93,7 +93,7 @@ class CaptionFollow : public QObject, public QQmlParserStatus, private CaptionLi
     double glide_ = 0;
     double newestHeight_ = 0;
     bool contentIsDue_ = false; // a caption frame was published since the window was last drawn
-    bool endIsDue_ = false;     // the end may have moved since the window was last drawn
+    bool endIsDue_ = false;     // the list's end may have moved since the last drawing
 };
 
 } // namespace tessarune

@@ -14,8 +14,9 @@ constexpr int pollMS = 80;
 constexpr double faintestSound = 0.05; // of the sound level, which is 0 to 1
 /// A speaker's pauses are shorter than this.
 constexpr double quietSeconds = 5;
-/// How often the delay of the captions is read, and from which delay on the user is told.
+/// The interval at which the delay of the captions is read.
 constexpr double delayPollSeconds = 1;
+/// A shorter delay is not shown.
 constexpr double noticeableDelaySeconds = 5;
 
 } // namespace

@@ -16,7 +16,7 @@ class CaptionHearingModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isListening READ isListening NOTIFY levelChanged)
     Q_PROPERTY(double level READ level NOTIFY levelChanged) ///< 0 to 1
-    /// The reason; empty if there is none, or if the status already explains it.
+    /// Why no new words are shown; empty if there is no reason, or if the status explains it.
     Q_PROPERTY(QString text READ text NOTIFY textChanged)
 
   public:

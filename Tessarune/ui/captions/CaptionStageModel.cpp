@@ -206,8 +206,8 @@ QString CaptionStageModel::translationStatus() const {
         TranslationSupport::targetLanguage(*environment_.settings.translationTargetLanguage);
     if (!language || !lacksModel_) {
         const std::string& text = frame().translationStatus.text;
-        // The message that a language is not ready is in that language and names another platform's
-        // translator, and the model may have been installed since.
+        // The message that the language's model is not ready is replaced: it is in the target
+        // language, names another platform's translator, and may be outdated.
         return QString::fromStdString(
             TranslationSupport::isLanguageResourceNotReadyDisplayMessage(text)
                 ? localized("Some captions are not translated yet.")

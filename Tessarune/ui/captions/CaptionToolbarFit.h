@@ -24,7 +24,7 @@ class CaptionToolbarFit : public QObject {
     Q_PROPERTY(bool showsToggleText READ showsToggleText NOTIFY changed)
     Q_PROPERTY(bool showsSourceText READ showsSourceText NOTIFY changed)
     Q_PROPERTY(QStringList buttons READ buttons NOTIFY buttonsChanged)
-    /// Whether a button opens the menu, which has the commands of the buttons without room.
+    /// Whether there is a button for the menu, because other buttons have no room.
     Q_PROPERTY(bool showsMore READ showsMore NOTIFY buttonsChanged)
 
   public:

@@ -107,7 +107,7 @@ QString CaptionToolbarModel::status() const {
         return QString::fromStdString(environment_.waitingText());
     if (*session().sessionPhase == LiveSessionPhase::failed && !session().presentedError->empty())
         return QString::fromStdString(*session().presentedError);
-    // During a stop, the last words clear the status of the session, which is still being saved.
+    // During a stop, the last words clear the status, although the session is still being saved.
     if (isStopping() && session().status->kind == SessionStatus::Kind::none)
         return QString::fromStdString(SessionStatus{SessionStatus::Kind::saving}.text());
     return QString::fromStdString(session().status->text());

@@ -62,7 +62,7 @@ struct CaptionWindowEnvironment {
     std::string otherWayToTop{};
     /// While a start of the captions is delayed: what it waits for, as a text for the user, or an
     /// empty text if there is nothing to tell yet. `nullopt` if no start is delayed. The pointer is
-    /// null where that never happens.
+    /// null where a start is never delayed.
     const Published<std::optional<std::string>>* waiting = nullptr;
 
     bool isWaiting() const { return waiting && **waiting; }

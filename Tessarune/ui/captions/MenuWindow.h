@@ -8,9 +8,9 @@ namespace tessarune {
 
 /// A menu in a window of its own, so that a smaller owner window does not cut it off. The menu is
 /// as large as its list needs, within the limits of its width; the list scrolls only if the screen
-/// is too low. Keys reach the menu, although most desktops leave the keyboard focus to the owner. A
-/// press outside the menu closes it, as does another window that takes the focus. The list may
-/// change while the menu is open. Main thread.
+/// is not high enough. Keys reach the menu, although most desktops leave the keyboard focus to the
+/// owner. A press outside the menu closes it, as does another window that takes the focus. The list
+/// may change while the menu is open. Main thread.
 class MenuWindow : public QQuickWindow {
     Q_OBJECT
     /// A ListView that fills the window except for `margin`. Its items have an implicit width and

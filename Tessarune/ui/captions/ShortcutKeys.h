@@ -8,9 +8,9 @@
 
 namespace tessarune {
 
-/// The keys of a shortcut, which is stored with the key codes and modifiers of another platform:
-/// Command becomes Ctrl, Option becomes Alt, and Control becomes Meta (the Super key). Empty for a
-/// shortcut that is switched off and for an unknown key code.
+/// Returns the keys of a shortcut. Shortcuts are stored with the key codes and modifiers of another
+/// platform: Command becomes Ctrl, Option becomes Alt, and Control becomes Meta (the Super key).
+/// The result is empty for a shortcut that is switched off and for an unknown key code.
 QKeySequence keysOf(const ShortcutSetting& shortcut);
 
 /// Returns the digit if a key of the row of digits is pressed with Shift, otherwise `key`. With

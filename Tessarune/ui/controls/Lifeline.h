@@ -24,8 +24,8 @@ class Lifeline {
 
     Held held() const { return object_; }
 
-    /// Returns a function that calls `act(object, values…)` if the object still exists. Call it on
-    /// the main thread.
+    /// Returns a function that calls `act(object, values…)` if the object still exists. The
+    /// function must be called on the main thread.
     template <typename Act>
     auto calling(Act act) const {
         return [weak = std::weak_ptr<T* const>(object_), act = std::move(act)](auto... values) {
@@ -34,8 +34,8 @@ class Lifeline {
         };
     }
 
-    /// Returns a function that posts such a call to the main queue. Call it on any thread. The host
-    /// must outlive the function.
+    /// Like `calling`, but the returned function may be called on any thread: it posts the call to
+    /// the main queue. The host must outlive the function.
     template <typename Act>
     auto posting(Host& host, Act act) const {
         return [&host, call = calling(std::move(act))](auto... values) {

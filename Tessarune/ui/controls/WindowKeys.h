@@ -8,8 +8,8 @@
 namespace tessarune {
 
 /// A command of a window with fixed keys, which no setting changes. The windows take the keys from
-/// here, and the settings warn of a changed shortcut with the same keys. Main thread; needs the
-/// application object, because some keys depend on the desktop.
+/// here, and the settings warn the user who gives the same keys to a shortcut. Main thread; needs
+/// the application object, because some keys depend on the desktop.
 struct WindowKeys {
     std::string_view name;    ///< QML: `sequences: WindowKeys.NAME`
     QList<QKeySequence> keys; ///< any of these

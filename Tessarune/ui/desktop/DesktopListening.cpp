@@ -72,7 +72,7 @@ bool DesktopListening::isStartQueued() {
            (isLookingAtFile() && !isListening());
 }
 
-/// Publishes what a start waits for. Call after each change of that.
+/// Publishes what a start waits for. Call whenever this may have changed.
 void DesktopListening::updateWaiting() {
     std::optional<std::string> waiting;
     if (isStartQueued())
@@ -114,7 +114,7 @@ void DesktopListening::toggle(const LiveSessionControlTrigger& trigger) {
     if (isListening() || isStartQueued())
         stop(trigger);
     else if (isStopping && trigger.userInitiated)
-        store().toggleListening(trigger); // only logs it
+        store().toggleListening(trigger); // only logs the command
     else
         start(trigger);
 }
@@ -140,7 +140,8 @@ void DesktopListening::captionFiles(std::vector<std::filesystem::path> files) {
 }
 
 /// Searches for the first file that can be heard, on a queue of its own because the disk may be
-/// slow. The running session continues during the search, and after it if no file can be heard.
+/// slow. The running session continues during the search, and is stopped only if such a file is
+/// found.
 Task<void> DesktopListening::lookAt(std::vector<std::filesystem::path> files, unsigned look) {
     Host& host = environment_.host;
     const auto queue = host.serialQueue("Tessarune.file.look", QueuePriority::userInitiated);
@@ -194,7 +195,7 @@ void DesktopListening::dropFollowing() {
     names.reserve(left.size());
     for (const std::filesystem::path& file : left)
         names.push_back(DesktopSound::shownName(file));
-    environment_.notices.tell(Topic::file, ""); // how many follow
+    environment_.notices.tell(Topic::file, ""); // removes the number of files that follow
     environment_.notices.tell(
         names.size() > mostNames
             ? localized("还有 %lld 个文件没有播放。", {std::to_string(names.size())})
@@ -215,14 +216,14 @@ void DesktopListening::fileEnded(const std::string& problem) {
     if (following_.empty())
         environment_.notices.tell(Topic::file, problem);
     else
-        environment_.notices.tell(problem); // without the topic, which the next file needs
+        environment_.notices.tell(problem); // no topic: the next file's notice must not replace it
     if (!wish_)
         want(nextFile());
     else
         wish_->isAnother = true; // so that the file does not play again
 }
 
-/// Replaces a wish that is still waiting.
+/// Fulfils the wish once the previous session is saved. Replaces a wish that still waits.
 void DesktopListening::want(Wish wish) {
     pendingStart_ = std::nullopt;
     if (!std::exchange(wish_, std::move(wish)))

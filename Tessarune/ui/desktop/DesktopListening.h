@@ -21,7 +21,7 @@ namespace tessarune {
 
 /// Starts and stops captions for the desktop program. A start waits until the previous session is
 /// saved and there is sound: the sound server has answered, or the captioned file is open. A pipe
-/// opens when it gets a writer. A later command replaces a command that still waits.
+/// opens only when a program writes to it. A later command replaces a command that still waits.
 ///
 /// While a session is being saved, a start by the user is refused, because the user sees the
 /// saving. A start by a script or a command line waits instead.
@@ -93,7 +93,7 @@ class DesktopListening {
     std::optional<LiveSessionControlTrigger> pendingStart_; // takes effect once there is sound
     std::string waitingText_; // for the user, while `pendingStart_` has a value
     Published<std::optional<std::string>> waiting_;
-    AudioSource computerSource_ = AudioSource::systemAudio(); // the source before the file
+    AudioSource computerSource_ = AudioSource::systemAudio(); // used again after a file
     bool hasSound_ = false;
     bool isConnecting_ = false;
     bool isEnding_ = false;

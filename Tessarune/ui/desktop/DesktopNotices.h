@@ -32,7 +32,7 @@ class DesktopNotices {
     void tell(Topic topic, const std::string& text, Kind kind = Kind::trouble);
     /// Removes the notices that are shown; older ones, if any, take their place.
     void dismissShown();
-    /// The newest notices, one per line, and the number of hidden ones. It is trouble if any
+    /// The newest notices, one per line, and the number of hidden ones. `isTrouble` is true if any
     /// notice, shown or hidden, is trouble.
     const Published<CaptionNotice>& shown() const { return shown_; }
 

@@ -109,8 +109,8 @@ Task<void> DesktopProgram::recordingsChanged() {
     recordingsLook_ = host_.after(textsSeconds, announce);
 }
 
-/// Shows the text as a desktop notification while both the caption window, which would show it, and
-/// the welcome page are closed.
+/// Shows the text as a desktop notification, unless the welcome page is open or the caption window,
+/// which shows the text itself, is visible.
 void DesktopProgram::notifyIfHidden(const std::string& text) {
     const bool isWelcoming = welcome_ && welcome_->isOpen();
     if (!text.empty() && window_ && !window_->window().isVisible() && !isWelcoming)
@@ -130,8 +130,8 @@ Task<void> DesktopProgram::finish(std::function<void()> ready) {
     quit();
 }
 
-/// For the end of the desktop session and the loss of the display, when there is no time for a
-/// task: blocks until the session is saved, for a limited time.
+/// Blocks until the session is saved, but only for a limited time. Used when the desktop session
+/// ends or the display is lost, because the event loop may not run again.
 void DesktopProgram::saveNow() {
     listening_.stop(LiveSessionControlTrigger::applicationWillTerminate());
     const auto isSaved = [this] {

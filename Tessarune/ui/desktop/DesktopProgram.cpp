@@ -93,7 +93,8 @@ int DesktopProgram::run() {
 /// told why.
 void DesktopProgram::prepare() {
     const Application::Preparation preparation = application_.prepareToRecord();
-    if (preparation.obstacle.holder) // another program has the folder: the services did not run
+    // If another program has the data folder, the start-up services have not run yet.
+    if (preparation.obstacle.holder)
         application_.prepare();
     const auto tellObstacle = [this](const RecordingGate::Obstacle& obstacle) {
         notices_.tell(DesktopNotices::Topic::recording, obstacleText(obstacle));

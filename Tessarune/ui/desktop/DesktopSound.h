@@ -28,7 +28,7 @@ class DesktopSound final : public SoundServer {
     static std::string shownName(const std::filesystem::path& file);
 
     /// Returns why a file cannot be heard. Empty if it can, and for a pipe, which cannot be checked
-    /// without consuming its sound. Takes as long as the disk does. Any thread.
+    /// without consuming its sound. Blocks on a slow disk. Any thread.
     static std::string problemOf(const std::filesystem::path& file);
     /// Switches to a file, which the next `connect` opens. No stream may be open.
     void playFile(const std::filesystem::path& file);
@@ -40,8 +40,8 @@ class DesktopSound final : public SoundServer {
     /// The server that plays recordings, whatever the source is.
     SoundServer& computer() { return computer_; }
 
-    /// Connects, and returns why there is no sound, for the user; empty on success. May be called
-    /// again. If the source changes meanwhile, connects to the new one.
+    /// Connects. Returns a text that tells the user why there is no sound; empty on success. May be
+    /// called again. If the source changes meanwhile, connects to the new one.
     Task<std::string> connectOrSay();
 
     Task<void> connect(Executor resumeOn) override;

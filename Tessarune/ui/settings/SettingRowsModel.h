@@ -74,7 +74,7 @@ class SettingRowsModel final : public QAbstractListModel {
     Host& host_;
     const Headings headings_;
     std::vector<SettingEntry> entries_;
-    std::vector<std::string> refused_; ///< the typed text that is not a valid value, by row
+    std::vector<std::string> refused_; ///< by row: the typed text if it is invalid, else empty
     std::vector<std::function<void()>> endObservations_;
     std::optional<Sliding> sliding_;
     DelayedCall storing_;

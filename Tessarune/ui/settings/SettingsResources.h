@@ -12,9 +12,9 @@ namespace tessarune {
 
 /// How fast a speech model runs on this computer.
 struct SpeechModelSpeed {
-    static constexpr double lineSeconds = 5; ///< the length of line for which the speed is given
+    static constexpr double lineSeconds = 5; ///< the length of the line for `passSeconds`
 
-    double passSeconds = 0; ///< the duration of a pass over such a line
+    double passSeconds = 0; ///< the duration of a pass over a line of `lineSeconds`
     bool isTooSlow = false;
 };
 

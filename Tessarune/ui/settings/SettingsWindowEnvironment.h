@@ -30,7 +30,7 @@ struct SettingsWindowEnvironment {
     /// Returns why the settings file cannot be read or written; empty if it can be.
     std::function<std::string()> fileProblem;
     /// Sets the function that is called after a change of a setting has changed the result of
-    /// `fileProblem`; empty: none.
+    /// `fileProblem`. An empty function ends the calls.
     std::function<void(std::function<void()>)> followFileProblem;
     /// Sets an unreadable settings file aside and starts a new one, in which recording is off.
     std::function<void()> renewFile;
@@ -39,8 +39,8 @@ struct SettingsWindowEnvironment {
     std::function<std::optional<SpeechModelSpeed>(const std::string& name)> speechModelSpeed;
     TranslationLanguages& languages;
     std::shared_ptr<TranslationTaskBridge> translationTest;
-    /// Sets the function that is called with the reason whenever a download makes no progress;
-    /// empty: none.
+    /// Sets the function that is called with the reason whenever a download makes no progress. An
+    /// empty function ends the calls.
     std::function<void(std::function<void(const std::string& text)>)> followDownloadTrouble;
     /// The disk and the paths of the diagnostics runs.
     FileSystem& files;

@@ -168,8 +168,8 @@ void WelcomeModel::start() {
     run_ = spawn(Executor::main(environment_.host), run());
 }
 
-/// Stores no language: the user has not chosen one here, and the page does not offer every language
-/// that the settings may name.
+/// Does not store the language, which the user has not chosen. If the page does not offer the
+/// language of the settings, "no translation" would be stored in its place.
 void WelcomeModel::beginIfComplete() {
     if (stage_ == Stage::ask && !missingSpeech() && !missingTranslation())
         start();

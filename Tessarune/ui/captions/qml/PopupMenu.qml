@@ -48,9 +48,9 @@ Item {
                 cacheBuffer: 10000
             }
 
-            // Pointer and keys share the current entry. The handler is not in the list, because
-            // there, positions would change with each scroll. After a scroll, Qt repeats the
-            // position of a resting pointer, which must not change the current entry.
+            // The pointer and the keys change the same current entry. The handler is outside the
+            // list: inside, the position of a resting pointer would change with each scroll. After
+            // a scroll, Qt reports that position again; this must not change the current entry.
             HoverHandler {
                 property point last: Qt.point(-1, -1)
 
@@ -65,7 +65,7 @@ Item {
                 }
             }
 
-            // Shows that the list continues, on a screen that is too low for the menu.
+            // Shows that the list continues if the menu does not fit on the screen.
             Rectangle {
                 visible: list.visibleArea.heightRatio < 1
                 x: parent.width - 5

@@ -18,7 +18,7 @@ Rectangle {
     Keys.onReturnPressed: event => press(event)
     Keys.onEnterPressed: event => press(event)
     Keys.onSpacePressed: event => press(event)
-    // With the focus here, Space presses this button and is not the window's shortcut.
+    // While the button has the focus, Space presses it and is not the window's shortcut.
     Keys.onShortcutOverride: event => event.accepted = event.key === Qt.Key_Space
 
     // A held key presses once.

@@ -53,7 +53,7 @@ Item {
                 mostLines: 12
                 action: root.toolbar.dismissText
                 maximumWidth: root.width - 56
-                // Below the toolbar.
+                // Leaves room for the toolbar.
                 maximumHeight: root.height - Math.round(Theme.body * 2.6) - 36 - messages.others
                 onActivated: root.toolbar.dismissNotice()
             }

@@ -24,7 +24,7 @@ Item {
     CaptionToolbar {
         id: bar
 
-        // Whether the user walks through the window with Tab, in a message or in the toolbar itself.
+        // Whether a button of the toolbar or of a message has the keyboard focus.
         readonly property bool isFocused: Window.active && (Window.activeFocusItem?.activeFocusOnTab ?? false)
 
         anchors { left: parent.left; right: parent.right; top: parent.top }

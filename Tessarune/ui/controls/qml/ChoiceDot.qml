@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Tessarune
 
-// A radio button. Its text is read aloud but not drawn, because the row beside it shows it.
+// A radio button. Its text is read aloud but not drawn, because the row beside it shows the text.
 T.AbstractButton {
     id: root
 

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Tessarune
 
-// A small panel over the window, which a button opens. Escape or a press outside closes it.
+// A small panel that a button opens over the window. Escape or a press outside closes it.
 T.Popup {
     margins: 8
     padding: Math.round(Theme.body * 1.1)

@@ -12,7 +12,7 @@ Item {
 
     Component.onDestruction: preview.running = false
 
-    // Stopped while the window is closed.
+    // The preview runs only while the window is visible.
     Binding {
         target: root.preview
         property: "running"

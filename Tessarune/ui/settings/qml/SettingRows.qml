@@ -8,7 +8,7 @@ Column {
 
     required property SettingsWindowModel model
     required property SettingRowsModel rows
-    // Whether nothing is above the column.
+    // Whether nothing but the pane's title is above the column.
     property bool isFirst: true
 
     Repeater {

@@ -2,7 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// The keyboard shortcuts. A press on the keys of a shortcut records new ones.
+// The keyboard shortcuts. A click on the button with a shortcut's keys records new keys.
 ScrollArea {
     id: root
 
