@@ -35,8 +35,8 @@ namespace tessarune {
 /// The objects that every front end works with: the real disk, stores and engines, made once and in
 /// the order of their dependencies. A front end adds its host and, for each session, the sound.
 ///
-/// Main queue; the host must outlive it. The constructor does not throw because of a damaged or
-/// missing file: the operation that needs the file reports it.
+/// Main queue; the host must outlive it. A damaged or missing file does not make the constructor
+/// throw: the operation that needs the file reports it.
 struct Application {
     /// `program` is the name under which this front end appears in logs and to other running front
     /// ends.
@@ -72,7 +72,7 @@ struct Application {
     HistoryRefinementService refinement;
     HistoryImportCoordinator imports;
 
-    /// Called with the reason after a failed attempt of a download that will be retried.
+    /// Called after a failed attempt of a download that will be tried again.
     std::function<void(const DownloadTrouble&)> onDownloadTrouble;
 
     /// The dependencies of a recogniser. The recogniser selects its model when a session begins.
@@ -94,7 +94,7 @@ struct Application {
     /// Returns the new path of the old file; empty if the settings file was readable.
     std::filesystem::path renewSettingsFile();
 
-    /// The results of the preparation that a front end reports.
+    /// What a front end reports to the user after the preparation.
     struct Preparation {
         RecordingGate::Obstacle obstacle; ///< while there is one, nothing is recorded
         RecordingRepair::Report repairs;
@@ -106,10 +106,14 @@ struct Application {
         std::string removedText() const;
     };
     /// Takes the data folder, so that two programs never write one catalog, and runs the start-up
-    /// services. If sessions are to be recorded, the folder stays taken until `leaveDataFolder`; if
-    /// another program has it, the services do not run, and the front end decides how to continue.
-    /// If no sessions are to be recorded, a folder with recordings is taken for the repairs alone;
-    /// if another program has it, the repairs are skipped.
+    /// services.
+    ///
+    /// If sessions are to be recorded, the folder stays taken until `leaveDataFolder`. If another
+    /// program has it, the services do not run, and the front end decides how to continue.
+    ///
+    /// If no sessions are to be recorded, the folder is taken only if it has recordings, and only
+    /// while the services run. If another program has it, the services run without a change of
+    /// recordings and diagnostics runs.
     Preparation prepareToRecord();
 
     /// Runs the start-up services. Changes recordings and diagnostics runs only if this program has

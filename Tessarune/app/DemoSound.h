@@ -10,7 +10,7 @@ namespace tessarune {
 /// the sample speech played into it. Main queue.
 class DemoSound {
   public:
-    /// Starts the server. Throws if something is missing; the text names it.
+    /// Starts the server. Throws if this fails; the text says why.
     explicit DemoSound(Host& host);
 
     SoundServer& server() { return server_; }

@@ -35,7 +35,8 @@ class ListeningSession {
             scheduleHistoryRefinement = nullptr;
         /// Whether sessions may be recorded; the settings decide whether they are.
         bool isRecorded = true;
-        /// Lists the program's windows for alarms of the memory watch between two sessions.
+        /// Lists the program's windows. An alarm of the memory watch between two sessions reports
+        /// them.
         IdleMemorySentinel::Windows windows = nullptr;
         PermissionsManager::OpenSettings openSettings = nullptr;
     };
@@ -45,8 +46,8 @@ class ListeningSession {
 
     LiveTranscriptStore& store() { return *store_; }
     /// Starts a session. Returns true once it listens; false if the start failed
-    /// (`view().startFailure`), if the session was stopped first, or if the previous session is
-    /// still being saved.
+    /// (`view().startFailure`), if the session was stopped before it listened, or if the previous
+    /// session is still being saved.
     Task<bool> listen(AudioSource source);
     /// Ends the session and resumes when it is saved; at once if there is none.
     Task<void> stop();

@@ -26,7 +26,7 @@ class LoginItem {
     Host& host_;
     AppSettings& settings_;
     Desktop& desktop_;
-    DelayedCall revert_; ///< of the setting, after the desktop refused it
+    DelayedCall revert_; ///< sets the setting back after the desktop refused the change
     Observations observations_;
 };
 

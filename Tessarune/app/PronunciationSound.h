@@ -11,11 +11,12 @@
 
 namespace tessarune {
 
-/// Plays pronunciations of words, one at a time; each is a sound file in memory. Main queue; the
-/// host and the parts must outlive it.
+/// Plays pronunciations of words, one at a time. Each pronunciation is a sound file in memory. Main
+/// queue; the host and the parts must outlive this object.
 class PronunciationSound : public std::enable_shared_from_this<PronunciationSound> {
   public:
-    /// The function for a `HistoryPronunciationAudioPlayer`. It owns the object that plays.
+    /// Returns the function with which a `HistoryPronunciationAudioPlayer` plays sounds. The
+    /// function owns a `PronunciationSound`.
     static HistoryPronunciationAudioPlayer::PlaySound make(Host& host, PlaybackParts parts);
 
     PronunciationSound(Host& host, PlaybackParts parts);

@@ -16,8 +16,8 @@ namespace tessarune {
 
 /// Decides whether a session may be recorded: the user's choice about recordings must be readable,
 /// this program must be the writer of the data folder, and `recordNothing` must not have been
-/// called. Whether a session that may be recorded is recorded depends on the settings, which the
-/// gate never changes.
+/// called. If a session may be recorded, the settings decide whether it is. The gate never changes
+/// the settings.
 ///
 /// Main queue; the references must outlive it.
 class RecordingGate {
@@ -47,8 +47,8 @@ class RecordingGate {
     /// Why the user's choice about recordings is unknown; empty if it is known.
     std::string doubt() const;
 
-    /// Whether a session may be recorded, or its diagnostics run may keep texts. Each session
-    /// asks again, because the call takes the data folder once another program has released it.
+    /// Whether a session may be recorded and its diagnostics run may keep texts. Each session asks
+    /// again, because the call takes the data folder if another program has released it meanwhile.
     bool mayRecord();
 
     /// Makes this program the writer of the data folder until the last copy of the returned hold is

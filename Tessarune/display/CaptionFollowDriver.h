@@ -36,8 +36,8 @@ class CaptionFollowDriver {
     static constexpr double followResumeThreshold = 12;
     static constexpr double meaningfulScrollThreshold = 1.5;
 
-    /// Receives each event; `name` is without the log's prefix. Important events are logged even
-    /// where routine ones are not.
+    /// Receives each event; `name` is without the log's prefix. A log that leaves out routine
+    /// events still gets the important ones.
     using Recorder =
         std::function<void(const std::string& name, const LogFields& fields, bool important)>;
 
@@ -56,7 +56,7 @@ class CaptionFollowDriver {
     /// The view was rebuilt. `contentRevision` changes with every visible change; `idleReturnDelay`
     /// is in seconds, 1 to 60.
     void update(std::uint64_t contentRevision, double idleReturnDelay);
-    /// The height of all rows has changed.
+    /// The total height of the rows has changed.
     void documentFrameChanged();
     /// The window became visible again, or its screen changed.
     void becameVisible(const char* why);

@@ -11,9 +11,9 @@ class CaptionListView {
     struct Geometry {
         double clipY = 0;          ///< top of the visible part
         double clipHeight = 0;     ///< height of the visible part
-        double documentHeight = 0; ///< height of all rows
-        /// The list's own `clipY` when it is scrolled to its end. Insets and a list shorter than
-        /// the window make it differ from `documentHeight - clipHeight`.
+        double documentHeight = 0; ///< total height of the rows
+        /// The value of `clipY` at which the list is scrolled to its end. It differs from
+        /// `documentHeight - clipHeight` if the list has insets or is shorter than the window.
         double legalBottomY = 0;
         int rows = -1; ///< -1: unknown
 

@@ -40,7 +40,7 @@ void CaptionStageRows::addTail(const LiveCaptionDisplayFrame& frame,
     };
     for (const LiveCaptionDisplaySegment& row : live)
         add(row, false);
-    // The error of a failed start takes this place, too, and is complete.
+    // The error of a failed start is shown as this row, too, but it does not grow.
     if (frame.livePartialRow)
         add(*frame.livePartialRow, frame.sessionPhase != LiveSessionPhase::failed);
 }

@@ -72,7 +72,7 @@ void LiveCaptionDisplayCache::updateSourceRows(const Captions& captions, bool fo
     if (force || (isChanged && !appendSourceRowsIfPossible(captions))) {
         rebuildSourceRows(captions);
     } else if (patch) {
-        // Also after an append: the translated unit may consist of earlier rows.
+        // An append does not replace the patch, because the unit may consist of earlier rows.
         patchSourceRows(*patch);
     }
     if (force || isChanged)
@@ -114,7 +114,7 @@ bool LiveCaptionDisplayCache::appendSourceRowsIfPossible(const Captions& caption
     }
     mergedBilingual_.patchAfterAppend(sourceTextRows_, oldRowCount);
     ++sourceRevision_;
-    // With cleared rows this counts as a full rebuild, although it costs no more than an append.
+    // If rows were cleared, an append counts as a full rebuild, although it costs no more.
     ++(captions.clearedSegmentIDs.empty() ? sourceAppendUpdateCount_ : sourceFullRebuildCount_);
     return true;
 }
@@ -218,8 +218,8 @@ void LiveCaptionDisplayCache::updateTranslationRows(const Captions& captions, bo
     }
     if (translationRows_.size() != rowsBefore)
         ++translationRevision_;
-    // A signature contains only the first and the last row, so it can stay equal although this unit
-    // changed. The text must be shown now, not after a later change.
+    // A signature contains only the first and the last row, so it can stay equal although the unit
+    // has a new text. The text is shown here in any case.
     if (patch->translatedText && places_.contains(patch->resultSegmentID) &&
         !patchTranslationRows(*patch))
         rebuildTranslationRows(captions);

@@ -49,7 +49,7 @@ class LiveCaptionDisplayCache {
     static bool isForced(std::string_view reason);
 
     /// Updates the rows. `patch` is null unless exactly one unit was translated or failed; the
-    /// committed rows already reflect it.
+    /// committed rows already contain its result.
     void update(const Captions& captions, bool force, const Patch* patch);
 
     /// The rows and revisions of a frame. The session adds the other texts.
@@ -97,10 +97,10 @@ class LiveCaptionDisplayCache {
     std::optional<PartialSignature> partialSignature_;
     std::optional<TranslationSignature> translationSignature_;
 
-    std::vector<CaptionSegment> liveTailSegments_; // of `liveTailRows_`
+    std::vector<CaptionSegment> liveTailSegments_; // the segments of `liveTailRows_`
     LiveCaptionDisplayRows sourceTextRows_;
     LiveCaptionDisplayRows liveTailRows_;
-    MergedBilingualRows mergedBilingual_; // of `sourceTextRows_`
+    MergedBilingualRows mergedBilingual_; // made of `sourceTextRows_`
     LiveCaptionDisplayRows mergedBilingualLiveTailRows_;
     std::optional<CaptionSegment> livePartialSegment_;
     std::optional<LiveCaptionDisplaySegment> livePartialRow_;

@@ -18,8 +18,8 @@ struct SubtitleTranslationStatusViewState {
     bool operator==(const SubtitleTranslationStatusViewState& other) const;
 };
 
-/// Everything that views draw of a session at one moment. A value: a view may keep an old one,
-/// whose rows never change, and a copy costs the same for ten rows and for ten thousand.
+/// Everything that views draw of a session at one moment. A value: a view may keep an old frame,
+/// because its rows never change. A copy costs the same for ten rows and for ten thousand.
 ///
 /// Two frames are equal if their revisions, texts, phase and status are equal. Rows are not
 /// compared, because they never change without a change of a revision.

@@ -12,9 +12,9 @@
 namespace tessarune {
 
 // While the signature of a list stays equal, the rows that were derived from the list are valid.
-// The signature of the committed rows contains only their number and the first and the last row. It
-// does not notice changes between these two: committed rows change only by a translation, which has
-// its own patch.
+// The signature of the committed rows contains only their number and the first and the last row.
+// The rows between them need no comparison: committed rows change only by a translation, and each
+// translation comes with a patch.
 
 /// A committed row, without its translation.
 struct SourceSegmentEdgeSignature {

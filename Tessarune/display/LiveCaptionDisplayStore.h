@@ -10,7 +10,7 @@
 
 namespace tessarune {
 
-/// Posted after each published frame, without an object.
+/// The notification that is posted after each published frame. It has no object.
 inline constexpr std::string_view liveCaptionFramePublished = "TessaruneLiveCaptionFramePublished";
 
 /// The outcome of publishing a frame.
@@ -28,8 +28,9 @@ struct LiveCaptionDisplayUpdateResult {
 /// elsewhere only what a frame leaves out.
 class LiveCaptionDisplayStore {
   public:
-    /// Set to zero by `resetPerfCounters`. The caption window increments its counters when it
-    /// updates its rows; the history window shows no live rows, and its counters stay 0.
+    /// Set to zero by `resetPerfCounters`. The caption window increments the `captionStage…`
+    /// counters when it updates its rows. The `history…` counters stay 0, because the history
+    /// window shows no live rows.
     struct PerfCounters {
         double updateRequests = 0;
         double publishedFrames = 0;

@@ -11,7 +11,7 @@ enum class LiveSessionPhase {
     loading,   ///< the recogniser loads and the capture starts
     listening,
     stopping, ///< the last words are drained, and everything is saved
-    failed    ///< the start failed; a new one is accepted
+    failed    ///< the start failed; a new start is accepted
 };
 
 constexpr std::string_view name(LiveSessionPhase phase) {

@@ -18,10 +18,10 @@ class MergedBilingualRows {
     const LiveCaptionDisplayRows& rows() const { return rows_; }
 
     void rebuild(const LiveCaptionDisplayRows& source);
-    /// Updates the rows after source rows were added to the first `oldCount`.
+    /// Updates the rows after source rows were added behind the first `oldCount` source rows.
     void patchAfterAppend(const LiveCaptionDisplayRows& source, std::size_t oldCount);
-    /// Updates the rows after the source rows `affected` have changed. Rebuilds all if `affected`
-    /// is empty or has an invalid index.
+    /// Updates the rows after the source rows with the indexes `affected` have changed. Rebuilds
+    /// all rows if `affected` is empty or has an invalid index.
     void patch(const LiveCaptionDisplayRows& source, std::span<const std::size_t> affected);
 
   private:
@@ -33,7 +33,7 @@ class MergedBilingualRows {
     /// A range of merged rows.
     struct Merged {
         std::size_t first = 0;
-        std::size_t last = 0; // one past the last
+        std::size_t last = 0; // one past the last row
     };
 
     static bool canMerge(const LiveCaptionDisplayRows& source, std::size_t first,

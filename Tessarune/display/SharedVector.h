@@ -13,9 +13,9 @@ namespace tessarune {
 /// duplicates a few nodes of up to 32 pointers and leaves the other copies unchanged.
 ///
 /// The elements are in the leaves of a tree; the last leaf is kept outside of the tree. So an
-/// append costs the same in a long list; an assignment costs the depth of the tree (three levels up
-/// to 32,768 elements). An unshared node changes in place. Elements never change, so a reference to
-/// an element stays valid while any copy has the element.
+/// append costs as little in a long list as in a short one. `set` visits one node on each level of
+/// the tree (three levels for up to 32,768 elements). An unshared node changes in place. Elements
+/// never change, so a reference to an element stays valid while any copy has the element.
 ///
 /// Reads like a `std::vector`. All copies that share elements must stay on one thread.
 template <typename T>
@@ -81,7 +81,7 @@ class SharedVector {
             node = &own(node->children[slot(index, level)]);
         node->elements[slot(index, 0)] = std::make_shared<const T>(std::move(value));
     }
-    /// Keeps the first `size` elements; there must be at least as many.
+    /// Keeps the first `size` elements. Does nothing if there are no more than these.
     void truncate(std::size_t size) {
         if (size == 0) {
             *this = SharedVector();
@@ -161,7 +161,7 @@ class SharedVector {
     static std::size_t slot(std::size_t index, unsigned level) {
         return (index >> (bits * level)) & ((std::size_t{1} << bits) - 1);
     }
-    /// The node to write to: this list's own, or a copy if another list shares it.
+    /// The node to write to. If another list shares the node, replaces it by a copy first.
     static Node& own(std::shared_ptr<Node>& node) {
         if (!node)
             node = std::make_shared<Node>();
@@ -179,7 +179,8 @@ class SharedVector {
             node = &(*node)->children[slot(index, level)];
         return *node;
     }
-    /// Moves the last leaf, which is full, into the tree; `size_` does not count the next leaf yet.
+    /// Moves the last leaf, which is full, into the tree. Called before the first element of the
+    /// next leaf is counted in `size_`.
     void addToTree(std::shared_ptr<Node> leaf) {
         const std::size_t index = size_ - 1;
         if (!root_) {

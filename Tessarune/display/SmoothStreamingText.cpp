@@ -47,7 +47,7 @@ void SmoothStreamingText::revealNextWord() {
         reveal(characterEnds_.size());
         return;
     }
-    // Scheduled first: the callback may stream another text or stop.
+    // The next step is scheduled before `reveal`, because `onReveal` may call `stream` or `stop`.
     const auto effectiveBacklog = static_cast<std::int64_t>(std::max(backlog, calmBacklog));
     const std::int64_t delayMS = std::max(
         options.paceMS * static_cast<std::int64_t>(calmBacklog) / effectiveBacklog, shortestStepMS);

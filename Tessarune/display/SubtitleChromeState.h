@@ -7,16 +7,16 @@
 
 namespace tessarune {
 
-/// Whether the caption window shows its toolbar (the chrome): while the pointer is over it or over
-/// the rest of the window (the body), while one of the window's buttons has the keyboard focus, and
-/// while a menu is open. It hides a moment after the last of these has ended, and a while after it
-/// was shown to a user whose pointer is elsewhere.
+/// Decides whether the caption window shows its toolbar (the chrome). The toolbar is shown while
+/// the pointer is over it or over the rest of the window (the body), while one of the window's
+/// buttons has the keyboard focus, and while a menu is open; it hides a moment later.
+/// `presentForAWhile` shows it for some seconds even if the pointer is elsewhere.
 ///
 /// Main queue; the host must outlive it.
 class SubtitleChromeState {
   public:
     static constexpr double hideDelay = 0.16; ///< seconds
-    static constexpr double lookDelay = 3;    ///< seconds; enough to see what there is
+    static constexpr double lookDelay = 3;    ///< seconds; enough to see the buttons
 
     explicit SubtitleChromeState(Host& host) : host_(host) {}
     ~SubtitleChromeState() { pendingHide_.cancel(); }

@@ -10,12 +10,13 @@
 
 namespace tessarune {
 
-// Each of these states holds the settings that one view reads, so that an unrelated setting redraws
-// nothing.
+// Each of these states holds the settings that one view reads, so that a change of another setting
+// does not redraw the view.
 
 struct SubtitleCaptionSettingsViewState {
     bool translationEnabled = false;
-    SubtitleLayoutMode subtitleLayoutMode = SubtitleLayoutMode::bilingualCompare; ///< effective
+    /// The layout to draw, which may differ from the setting.
+    SubtitleLayoutMode subtitleLayoutMode = SubtitleLayoutMode::bilingualCompare;
     bool swapCaptionOrder = false;
     bool mergeBilingualRows = false;
     std::int64_t subtitleBottomPadding = 0;
@@ -62,8 +63,8 @@ struct SubtitleWindowSettingsViewState {
     bool operator==(const SubtitleWindowSettingsViewState&) const = default;
 };
 
-/// Publishes a view state whenever it differs after a change of the settings. Changes made
-/// together, such as by a profile, are published once.
+/// Publishes the view state after a change of the settings, if the view state has changed. Changes
+/// made together, such as by a profile, are published once.
 ///
 /// Main queue. Host and settings must outlive it.
 template <typename ViewState>

@@ -21,7 +21,7 @@ void publish(Published<T>& published, T value) {
 
 /// Lets tasks on other queues reach the player as long as it exists.
 struct AudioPlayer::WeakSelf {
-    AudioPlayer* player = nullptr; ///< null after its destruction; main queue only
+    AudioPlayer* player = nullptr; ///< null after the player's destruction; main queue only
 };
 
 AudioPlayer::AudioPlayer(Host& host, PlaybackParts parts)
@@ -233,7 +233,7 @@ void AudioPlayer::schedule() {
     startTimer();
 }
 
-/// Polls the engine, which knows its position on its own queue.
+/// Asks the engine for its progress at regular intervals, on the engine's queue.
 void AudioPlayer::startTimer() {
     timer_.cancel();
     timer_ = host_.after(updateSeconds, [weak = weakSelf_] {
@@ -261,7 +261,7 @@ void AudioPlayer::take(const PlaybackProgress& progress) {
     publish(problem, progress.problem);
 }
 
-/// Playback has reached its limit, the end of the sentence or of the recording, or cannot continue.
+/// Called when playback has reached its limit or the end of the recording, or cannot continue.
 void AudioPlayer::finish(const PlaybackProgress& progress) {
     const double reached = boundedPlaybackEndTime_
                                ? std::min(progress.position, *boundedPlaybackEndTime_)

@@ -29,7 +29,7 @@ class AudioPlayer {
     AudioPlayer(const AudioPlayer&) = delete;
     AudioPlayer& operator=(const AudioPlayer&) = delete;
 
-    // The state for views. Only the player assigns.
+    // The state for views. Only the player assigns it.
 
     Published<bool> isPlaying;
     Published<double> currentTime; ///< the heard position; seconds of the recording
@@ -41,8 +41,8 @@ class AudioPlayer {
     Published<std::optional<std::size_t>> boundedPlaybackSentenceIndex;
     Published<bool> repeatsBoundedPlayback;
     /// Why nothing is heard, or why playback will end before the end of the recording; empty if all
-    /// is well. If the sound server is lost, playback continues by itself while `isPlaying` is
-    /// true.
+    /// is well. If the sound server was lost but `isPlaying` is still true, playback continues by
+    /// itself when the server is back.
     Published<std::string> problem;
 
     /// Loads another recording, at its beginning. `startPlayback` and `seek` may be called before
@@ -93,7 +93,8 @@ class AudioPlayer {
     const std::shared_ptr<SerialQueue> queue_;
     const std::shared_ptr<SerialQueue> measuringQueue_;
     std::shared_ptr<WeakSelf> weakSelf_; ///< for late results from other queues
-    /// Plays the recording that is loaded or being loaded; null without one, or if loading failed.
+    /// Plays the recording that is loaded or being loaded; null if there is none, or if loading
+    /// failed.
     std::shared_ptr<PlaybackEngine> engine_;
     std::filesystem::path path_; ///< empty if no recording was chosen
 
@@ -102,7 +103,7 @@ class AudioPlayer {
     bool needsSchedule_ = true; ///< the engine is not at `currentTime`
     /// The recording was played to its end, whatever duration its container states.
     bool isAtEnd_ = false;
-    bool isLoudnessKnown_ = false; ///< or a measurement of the entire file was begun
+    bool isLoudnessKnown_ = false; ///< the loudness is exact, or its measurement has begun
     std::stop_source measuring_;
     DelayedCall timer_;
     double boundedStart_ = 0;

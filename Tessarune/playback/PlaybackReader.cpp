@@ -9,7 +9,7 @@ namespace tessarune {
 
 namespace {
 
-/// Older pieces are forgotten: they lie far behind the heard position.
+/// Only the newest pieces are kept. Older ones lie far behind the heard position.
 constexpr std::size_t maximumPieces = 64;
 
 } // namespace
@@ -32,7 +32,7 @@ void PlaybackReader::begin(const PlaybackStretch& stretch, double position) {
 
 void PlaybackReader::setStretch(const PlaybackStretch& stretch) {
     stretch_ = stretch;
-    // The last block may have been cut at the former end, so it must be read again.
+    // If the last block was cut at the former end, the part that was cut off must be read again.
     mustSeek_ = true;
     if (isOver_)
         beginPiece();

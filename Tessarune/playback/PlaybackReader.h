@@ -19,8 +19,8 @@ struct PlaybackStretch {
 };
 
 /// Produces the output for a recording: any stretch of it, repeated or not, at any speed and with
-/// its gain, without gaps between repetitions. Maps each moment of the output to a position in the
-/// recording.
+/// the gain of `level()`, without gaps between repetitions. Maps each moment of the output to a
+/// position in the recording.
 ///
 /// One thread at a time; reading waits for the disk. Sound is read on demand.
 class PlaybackReader {
@@ -34,10 +34,11 @@ class PlaybackReader {
     MediaFile& file() { return *file_; }
     LevelControl& level() { return level_; }
 
-    /// Starts a new output: `stretch`, from `position` on. Throws AudioConversionError, like
-    /// `setStretch`; `next` then returns null.
+    /// Starts a new output: `stretch`, from `position` on. Throws AudioConversionError; after that,
+    /// `next` returns null.
     void begin(const PlaybackStretch& stretch, double position);
-    /// Continues from the current position within another stretch.
+    /// Continues from the current position within another stretch. Throws AudioConversionError;
+    /// after that, `next` returns only the rest of the earlier output.
     void setStretch(const PlaybackStretch& stretch);
     /// Sets the speed of the sound that is read from now on.
     void setRate(double rate) { wantedRate_ = rate; }
@@ -67,7 +68,7 @@ class PlaybackReader {
     }
     std::size_t channels() const { return static_cast<std::size_t>(format().channels); }
     std::size_t blockSamples() const;
-    /// The length of the output, including the part not requested yet.
+    /// The length of the output, including the part that `next` has not returned yet.
     double plannedSeconds() const;
     double cursor() const { return pieceStart_ + seconds(readFrames_); }
     void produce();
@@ -88,8 +89,8 @@ class PlaybackReader {
     bool isOver_ = true;            ///< there is nothing more to read
     double pieceStart_ = 0;         ///< the position at which the current piece begins
     std::int64_t readFrames_ = 0;   ///< frames read for the current piece
-    std::vector<float> pending_;    ///< output that was not requested yet
-    std::size_t pendingFrom_ = 0;   ///< the first sample in `pending_` that was not requested
+    std::vector<float> pending_;    ///< output for `next`
+    std::size_t pendingFrom_ = 0;   ///< the first sample in `pending_` that was not returned yet
     std::int64_t outputFrames_ = 0; ///< frames of output since `begin`
     std::int64_t soundFrames_ = 0;  ///< `outputFrames_` up to the last frame with sound
     std::vector<Piece> pieces_;

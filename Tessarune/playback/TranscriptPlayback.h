@@ -22,8 +22,8 @@ class TranscriptPlayback {
 
     AudioPlayer& player() { return player_; }
     const TranscriptRows& rows() const { return rows_; }
-    /// Shows another recording's transcript, or another text of the same recording, which may be
-    /// playing.
+    /// Shows the transcript of another recording, or another text of the same recording. The
+    /// recording may be playing.
     void show(TranscriptRows rows);
 
     /// The sentence that is heard now; `nullopt` before the first.
@@ -60,7 +60,7 @@ class TranscriptPlayback {
 
     AudioPlayer& player_;
     TranscriptRows rows_;
-    bool isLimitOutdated_ = false; ///< a limit was set for rows that `show` has replaced
+    bool isLimitOutdated_ = false; ///< the player's limit is from before the last `show`
     std::vector<SentenceToken> activeTokens_;
     Published<double>::Token observer_;
 };
