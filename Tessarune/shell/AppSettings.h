@@ -20,8 +20,8 @@ struct ShortcutSetting {
 
 /// The one observable store of the user's settings. A setting's key is its member's name; the two
 /// settings of a shortcut add "KeyCode" and "Modifiers" to it. A setting is stored at once when it
-/// is assigned, and has its first-launch value if none is stored; for an invalid stored value see
-/// SettingCodec. Main queue; other threads get copies.
+/// is assigned. If no value is stored, it has its first-launch value; for an invalid stored value
+/// see SettingCodec. Main queue; other threads get copies.
 class AppSettings {
   private:
     UserDefaults& store_;
@@ -41,8 +41,8 @@ class AppSettings {
     /// Reads all stored values again.
     void reload();
 
-    /// Counts the reports of UserDefaults::observe, and so the changes of the store by other
-    /// programs; assigned after the settings have been updated.
+    /// Counts the reports of UserDefaults::observe: changes of the store by other programs, and
+    /// possibly by this program. Assigned after the settings have been updated.
     Published<std::uint64_t> changesFromElsewhere;
     /// Returns the speech models that `speechModel` may name; set by the code that knows them.
     /// While there is no such function, any name is valid.
@@ -152,9 +152,9 @@ class AppSettings {
     /// The tuning settings as text, to be copied into a report.
     std::string currentTuningSummaryText() const;
 
-    /// The layout to draw: the stored one, but `lyrics` without a translation.
+    /// The layout to draw: the stored one if translation is enabled, otherwise `lyrics`.
     SubtitleLayoutMode effectiveSubtitleLayoutMode(bool translationEnabled) const;
-    /// Stores the next layout; without a translation that is always `lyrics`.
+    /// Stores the next layout; if translation is not enabled, this is always `lyrics`.
     void cycleSubtitleLayoutMode(bool translationEnabled);
 
   private:

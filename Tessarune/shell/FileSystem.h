@@ -20,7 +20,8 @@ class AppendFile {
     /// Appends all of `bytes`. After a failure a part of them may remain.
     virtual void append(std::string_view bytes) = 0;
     /// Appends `count` zeros; if the disk supports it, they take neither time nor space. In a file
-    /// of `create`, first cuts off the remains of a failed append; a count of 0 does only that.
+    /// opened by `create`, first cuts off the remains of a failed append; a count of 0 does only
+    /// this.
     virtual void appendZeros(std::uint64_t count) = 0;
     /// Overwrites earlier bytes; the length stays.
     virtual void overwrite(std::uint64_t offset, std::string_view bytes) = 0;

@@ -41,7 +41,7 @@ SettingCodec<bool> boolCodec() {
     return {[](const SettingValue& stored) -> std::optional<bool> {
                 if (const auto* flag = std::get_if<bool>(&stored))
                     return *flag;
-                // Hand-written files contain 0 and 1.
+                // Hand-written files may contain 0 and 1.
                 const auto value = integer(number(stored), 0, 1);
                 return value ? std::optional(*value == 1) : std::nullopt;
             },
@@ -105,7 +105,7 @@ SettingCodec<std::int64_t> colorCodec() {
         return error == std::errc() && end == text.data() + 7 && value >= 0 ? std::optional(value)
                                                                             : std::nullopt;
     };
-    // Hand-written files may have the text.
+    // Hand-written files may contain the text form.
     codec.read = [ofNumber = codec.read, parse = codec.parse](const SettingValue& stored) {
         const auto* const text = std::get_if<std::string>(&stored);
         return text ? parse(*text) : ofNumber(stored);

@@ -45,8 +45,8 @@ class AnySetting {
 };
 
 /// How a value of type T is stored, and how it is written for the user. `read` returns `nullopt`
-/// for an invalid stored value; the setting then has its default or its cautious value, and the
-/// stored one is kept.
+/// for an invalid stored value; the setting then has the value `cautious` or its default, and the
+/// store keeps the invalid value.
 template <typename T>
 struct SettingCodec {
     std::function<std::optional<T>(const SettingValue&)> read;
@@ -55,7 +55,7 @@ struct SettingCodec {
     std::function<std::string(const T&)> print;
     std::function<std::string()> expected;             ///< for the user; only used without choices
     std::function<std::vector<std::string>()> choices; ///< empty: no closed list
-    /// The value used for an invalid stored one; `nullopt`: the default.
+    /// The value to use if the stored one is invalid or unreadable; `nullopt`: the default.
     std::optional<T> cautious = std::nullopt;
 };
 

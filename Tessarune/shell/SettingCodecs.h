@@ -10,9 +10,10 @@
 namespace tessarune {
 
 // How the settings of this program are stored, typed by a user and shown. Unless a comment says
-// otherwise, an invalid value reads as the default.
+// otherwise, a setting with an invalid stored value has its default.
 
-/// The id of a recognition option; a user types its locale, in any case and with "-" or "_".
+/// The id of a recognition option. A user may type its locale instead, in upper or lower case and
+/// with "-" or "_".
 SettingCodec<std::string> recognitionOptionCodec();
 /// Addresses that downloads can use as a prefix; "none" means no mirror. A stored text is not
 /// checked.
@@ -21,14 +22,14 @@ SettingCodec<std::string> mirrorCodec();
 SettingCodec<std::string> backendCodec();
 /// The ID of a target language. An unknown stored ID is kept; there is no model for it.
 SettingCodec<std::string> targetLanguageCodec();
-/// An invalid stored value may have meant "false", so it switches recording off.
+/// An invalid stored value switches recording off, because it may have meant "false".
 SettingCodec<bool> recordingCodec();
 SettingCodec<DiagnosticsLevel> levelCodec();
 SettingCodec<AppleAnalyzerDiagnosticsMode> analyzerModeCodec();
 SettingCodec<SubtitleLayoutMode> layoutCodec();
 /// A modifier mask; bits that a shortcut cannot use are dropped.
 SettingCodec<std::int64_t> modifiersCodec();
-/// A stored number that is not one of the choices reads as `AudioInactivityMinutes::counted` says.
+/// `AudioInactivityMinutes::counted` tells what a stored number means that is not a choice.
 SettingCodec<std::int64_t> inactivityCodec();
 SettingCodec<std::int64_t> percentCodec();
 SettingCodec<std::int64_t> pointsCodec();

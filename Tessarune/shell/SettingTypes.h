@@ -41,7 +41,7 @@ constexpr std::string_view title(SettingGroup group) {
     return {};
 }
 
-/// Whether the terminal program ignores these settings.
+/// Whether the terminal program ignores the settings of this group.
 constexpr bool isForWindowAlone(SettingGroup group) {
     return group >= SettingGroup::stage;
 }

@@ -10,8 +10,8 @@
 
 namespace tessarune {
 
-/// The value of a setting for other threads, which may not read the settings. Main queue; the
-/// setting must outlive it.
+/// A copy of a setting's value for other threads: only the main queue may read the setting itself.
+/// Main queue; the setting must outlive this object.
 class SharedSetting {
   public:
     explicit SharedSetting(Setting<std::string>& setting) : copy_(std::make_shared<Copy>()) {

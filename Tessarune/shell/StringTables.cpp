@@ -14,8 +14,8 @@ std::string variable(const char* name) {
     return value ? value : "";
 }
 
-/// The language of a locale, named like the files in po/. The name includes the region if po/ has a
-/// file for the region; otherwise po/ may have no file for the name at all.
+/// The language of a locale, named like the files in po/. The name includes the region only if po/
+/// has a file for the region. po/ may have no file for the name.
 std::string languageOf(std::string_view locale) {
     const std::string name = Text::lowercased(locale);
     if (name.starts_with("zh")) {
@@ -29,8 +29,8 @@ std::string languageOf(std::string_view locale) {
     return rows(full).empty() ? full.substr(0, full.find('_')) : full;
 }
 
-/// The first language of the list that the program has texts for; without such a language, the
-/// first of the list.
+/// The first language of the list for which the program has texts; if it has texts for none of
+/// them, the first language of the list.
 std::string bestOf(const std::string& languages) {
     std::istringstream all(languages);
     for (std::string language; std::getline(all, language, ':');) {

@@ -19,14 +19,15 @@ using Row = std::pair<std::string_view, std::string_view>;
 std::span<const Row> rows(std::string_view language);
 
 /// The table for a locale from the environment ("zh_TW.UTF-8", "de_DE", "C"). It has the texts for
-/// the language and region. If there are none, it has those for the language. Missing texts are
-/// English. But a Chinese locale has only the texts in its script; a missing one is shown as its
-/// key.
+/// the language and region of the locale or, if po/ has none, for the language alone. A missing
+/// text is English. The table of a Chinese locale has only the texts in its script; a missing text
+/// is shown as its key.
 LocalizationTable forLocale(std::string_view locale);
 
 /// The user's locale for messages: the first of LC_ALL, LC_MESSAGES and LANG that is set, or "C".
-/// Unless this is "C", "C.…" or "POSIX", the list LANGUAGE takes precedence: its first language
-/// that the program has texts for or, without such a language, its first one.
+/// If this locale is not "C", "C.…" or "POSIX", the list in LANGUAGE takes precedence: the first
+/// language of the list for which the program has texts or, if it has texts for none of them, the
+/// first language of the list.
 std::string userLocale();
 
 } // namespace tessarune::StringTables

@@ -12,8 +12,8 @@
 
 namespace tessarune {
 
-/// Important events are written at every level except `off`, routine ones only at levels with
-/// routine breadcrumbs.
+/// Important events are written at every level except `off`, routine events only at `verbose` and
+/// `trace`.
 enum class Importance { routine, important };
 
 /// The structured runtime log: one JSON object per line in "Logs/runtime-<yyyy-MM-dd>.jsonl" under
@@ -41,8 +41,8 @@ class TessaruneFileLogger {
         event(std::move(name), std::move(fields), Importance::important, source);
     }
 
-    /// Removes the lines that contain one of these texts (identifiers and paths of deleted
-    /// recordings) from the log files. Waits for the queue.
+    /// Removes from the log files all lines that contain one of these texts (identifiers and paths
+    /// of deleted recordings). Waits for the queue.
     void deleteEntries(const std::set<std::string>& matchingRecordingIDs,
                        const std::set<std::string>& matchingText);
 

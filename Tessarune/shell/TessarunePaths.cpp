@@ -9,7 +9,8 @@ namespace tessarune {
 
 namespace {
 
-/// HOME, or else the home folder of the account: services and scheduled jobs start without HOME.
+/// HOME or, if it is not set, the home folder of the account: services and scheduled jobs may start
+/// without HOME.
 std::filesystem::path homeFolder() {
     const char* home = std::getenv("HOME");
     if (home && *home)

@@ -14,8 +14,8 @@ using SettingValue = std::variant<bool, std::int64_t, double, std::string>;
 /// Interface: the store behind the settings, with named plain values that outlive the program. Main
 /// queue.
 ///
-/// A value is returned with the type that is stored, which the caller checks. Stored keys that
-/// this version of the program does not use are kept unchanged.
+/// A value is returned with its stored type; the caller checks the type. Stored keys that this
+/// version of the program does not use are kept unchanged.
 class UserDefaults {
   public:
     virtual ~UserDefaults() = default;

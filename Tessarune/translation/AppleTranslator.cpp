@@ -74,7 +74,8 @@ Task<void> AppleTranslator::prepare(Pair pair) {
     bool isReady = co_await session->isReady();
     if (!isReady) {
         try {
-            // Translating downloads nothing and fails with a reason if the pair is not prepared.
+            // A translation downloads nothing. If files of the pair are missing, it fails with a
+            // reason.
             if (downloads_ == Downloads::never)
                 co_await session->translate(preparingSentence);
             else

@@ -20,8 +20,8 @@ namespace tessarune {
 /// construction.
 class AppleTranslator final : public Translator {
   public:
-    /// Whether preparing a pair may use the network. Sessions and refinements use `never`:
-    /// preparing a pair that is not ready then fails with the service's reason.
+    /// Whether the preparation of a pair may use the network. Sessions and refinements use `never`;
+    /// the preparation of a pair that is not ready then fails with the service's reason.
     enum class Downloads { allowed, never };
 
     AppleTranslator(Host& host, std::shared_ptr<TranslationService> service, Executor caller,

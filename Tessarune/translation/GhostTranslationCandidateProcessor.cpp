@@ -106,7 +106,7 @@ GhostTranslationCandidateProcessor::process(std::shared_ptr<LiveTranscriptTransl
         co_return;
     }
 
-    // Translating prepares an installed pair, and fails if files of the pair are missing.
+    // `translate` also prepares an installed pair. It fails if files of the pair are missing.
     const double calledAt = runtime.now();
     std::string translated;
     std::exception_ptr error;

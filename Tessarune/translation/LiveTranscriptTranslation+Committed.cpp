@@ -38,8 +38,8 @@ void LiveTranscriptTranslation::startCommittedRun(bool forceTail) {
         startCommittedTranslationTask(*context, forceTail);
 }
 
-/// The context for a run; `nullopt` if none may start now. Creates the translator and prepares the
-/// pair, if they are needed.
+/// The context for a run; `nullopt` if no run may start now. Creates the translator and starts the
+/// preparation of the pair, if the run needs them.
 std::optional<TranslationRunContext>
 LiveTranscriptTranslation::prepareCommittedTranslationRunContext() {
     using namespace TranslationSupport;
@@ -65,7 +65,8 @@ LiveTranscriptTranslation::prepareCommittedTranslationRunContext() {
     return context;
 }
 
-/// Reports why no run can start: a short text beside the captions, and a sentence.
+/// Reports why no run can start: with `message`, a short text, as the translation status, and with
+/// `sentence` as the session's status.
 void LiveTranscriptTranslation::reportBlocked(const std::string& message,
                                               const std::string& sentence) {
     setPreparationIdle();
@@ -82,8 +83,8 @@ void LiveTranscriptTranslation::startCommittedTranslationTask(const TranslationR
         });
 }
 
-/// Translates the pending units one by one. Ends when none is pending, or after a unit with which
-/// the run cannot continue. The next commit starts a new run.
+/// Translates the pending units one by one. Ends when none is pending, when translation is off, or
+/// when `process` returns false. The next commit starts a new run.
 Task<void> LiveTranscriptTranslation::runQueue(Self self, TranslationRunContext context,
                                                bool forceTail, std::stop_token stop) {
     const auto newID = [self] { return self->runtime_->newID(); };
@@ -151,7 +152,7 @@ void LiveTranscriptTranslation::clearLanguageResourceFailures() {
         });
     });
     runtime_->committedHealth.resolveFailures(resolved);
-    refresh("translation.retry"); // these rows no longer belong to units
+    refresh("translation.retry"); // shows that these rows no longer belong to units
 }
 
 void LiveTranscriptTranslation::clearGhostIfCovered(const Unit& unit) {

@@ -166,7 +166,7 @@ void LiveTranscriptTranslation::reportLanguagePreparation(const std::string& sou
 
 void LiveTranscriptTranslation::pumpGhostTranslation(const BoundaryObservation& observation) {
     if (!*settings_.softTranslationEnabled) {
-        // This runs at every boundary decision, so avoid a redraw if there is no preview.
+        // This is called for every boundary decision, so it avoids a redraw if there is no preview.
         if (runtime_->hasGhostTask() || !runtime_->ghostSource().empty() ||
             !view_.ghostTranslationText->empty())
             cancelGhostTranslation();

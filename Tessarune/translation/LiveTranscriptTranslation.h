@@ -55,8 +55,8 @@ class LiveTranscriptTranslation final
     void setTranslationTarget(const std::string& target);
     void setTranslationBackend(const std::string& backend);
     void setSoftTranslationEnabled(bool enabled);
-    /// Retries failed rows and continues with pending ones. Also called after a successful test of
-    /// the pair in the settings.
+    /// Retries failed rows and continues with pending ones. Also called when
+    /// `TranslationTaskBridge` has tested the pair with success.
     void retryIncompleteTranslations();
 
     // Outcomes, for the processors of units and previews. `startedAt` is in seconds since 1970.
@@ -108,7 +108,7 @@ class LiveTranscriptTranslation final
         const TranslationLanguagePreparationResult& result);
 
     /// Called when the target or the backend may have changed. Drops the results for the previous
-    /// values and translates again; if translation is off now, only stops and keeps the results.
+    /// values and translates again. If translation is off now, only stops, and keeps the results.
     void applySettings(const std::string& reason);
 
     void refresh(const std::string& reason) { captions_->refreshCaptionDisplay(reason, nullptr); }

@@ -33,7 +33,7 @@ class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslati
     struct Environment {
         Host& host;
         AppSettings& settings;
-        /// Creates a translator for the main queue, or null if the computer has none.
+        /// Creates a translator for the main queue; returns null if the computer has none.
         std::function<std::shared_ptr<Translator>()> makeTranslator = [] { return nullptr; };
         /// Writes an important event to the runtime log.
         std::function<void(std::string name, LogFields fields)> log = [](const auto&...) {};
@@ -63,8 +63,9 @@ class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslati
         environment_.log(std::move(name), std::move(fields));
     }
 
-    /// Whether the task was not stopped, translation is on, and the task's target is still that of
-    /// the settings. Checked after each suspension of a translation; other results are dropped.
+    /// Whether the result of a task is still wanted: the task was not stopped, translation is on,
+    /// and the settings still have the task's target. Checked after each suspension of a
+    /// translation; an unwanted result is dropped.
     bool isWanted(const TranslationRunContext& context, const std::stop_token& stop) const;
 
     /// The cached translator, created on first use; null if there is none.
@@ -97,7 +98,7 @@ class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslati
     bool isCurrentGhostRequest(std::string_view source, std::string_view target,
                                const UUID& requestID) const;
     void startGhostTask(const UUID& requestID, Operation operation);
-    /// Keeps the preview's source text, so that the same text is not requested again.
+    /// Cancels the preview but keeps its source text, so that the same text is not requested again.
     void cancelGhostTask();
     void forgetGhostSource();
     /// If `text` has the same key as the preview's source, forgets that source and returns true.

@@ -25,8 +25,8 @@ struct LiveTranslationSettingsSnapshot {
 struct TranslationRunContext {
     std::string target;
     std::string sourceLanguage;
-    /// The target is the source's own language: the source text becomes its translation, and the
-    /// translator is not used.
+    /// The target is the language of the source: the source text itself is shown as the
+    /// translation, and the translator is not used.
     bool passThrough = false;
 
     bool operator==(const TranslationRunContext&) const = default;

@@ -25,7 +25,8 @@ class TranslatedCaptions {
     /// `patch` is null unless exactly one unit was translated or failed.
     virtual void refreshCaptionDisplay(const std::string& reason,
                                        const LiveCaptionDisplayTranslationPatch* patch) = 0;
-    /// Updates the saved transcript if translations change after the stop.
+    /// Called when translations have changed: updates the saved transcript if the session has
+    /// stopped.
     virtual void updatePersistedTranscriptIfStopped() = 0;
     /// Drops the observation if no translation log is open.
     virtual void appendTranslationObservation(const TranslationObservation& observation) = 0;

@@ -28,7 +28,7 @@ std::string_view name(TranslationLanguagePreparationStart start);
 struct TranslationLanguagePreparationFollowUp {
     enum class Kind {
         retryCommitted, ///< translate pending rows
-        requeue,        ///< try this pair again
+        requeue,        ///< start a run with this pair in spite of the failure
         none,
         actionable ///< tell the user `message`
     };

@@ -15,10 +15,10 @@ namespace tessarune {
 struct TranslationLanguageState {
     std::string id; ///< as in `TranslationSupport::targetLanguages`
     TranslationAvailabilityStatus status = TranslationAvailabilityStatus::unsupported;
-    /// The size on the disk or of the download; 0 if unknown.
+    /// The size on the disk if there are files; otherwise the size of the download, 0 if unknown.
     std::uint64_t bytes = 0;
-    bool isRemovable = false; ///< also false if it came with the program
-    std::string damage;       ///< a text about the damage of its files; empty if none
+    bool isRemovable = false; ///< false also if the language came with the program
+    std::string damage;       ///< what is wrong with the files; empty if they are intact
 
     bool operator==(const TranslationLanguageState&) const = default;
 };
@@ -40,8 +40,8 @@ class TranslationLanguages {
 
     /// Downloads a language, or replaces a damaged one; does nothing if it is installed. Throws
     /// with a text that can be shown, also for an unknown `id` and for a language without a model.
-    /// If `stop` ends the download early, throws too; the bytes received so far are kept for the
-    /// next attempt. `progress` may be empty and is called on the main queue.
+    /// If `stop` ends the download early, this throws, too, and keeps the bytes received so far for
+    /// the next attempt. `progress` may be empty and is called on the main queue.
     virtual Task<void> download(std::string id,
                                 std::function<void(TranslationDownloadProgress)> progress,
                                 std::stop_token stop) = 0;

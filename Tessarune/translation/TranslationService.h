@@ -22,7 +22,7 @@ enum class TranslationError {
     internalError
 };
 
-/// The exception that all operations of the service throw. `kind` is `nullopt` if
+/// The exception with which operations of the service fail. `kind` is `nullopt` if
 /// `TranslationError` does not list the failure.
 class TranslationServiceError : public LocalizedError {
   public:

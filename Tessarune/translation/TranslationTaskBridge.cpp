@@ -92,7 +92,7 @@ Task<void> TranslationTaskBridge::run(Self self, std::shared_ptr<TranslationSess
     self->finish();
 }
 
-/// The translator that knows the state of the pair; null if there is none.
+/// The translator to ask for the state of the pair; null if this computer has none.
 std::shared_ptr<Translator> TranslationTaskBridge::translator() const {
     if (environment_.live)
         return environment_.live->runtime().translator();

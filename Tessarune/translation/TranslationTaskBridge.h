@@ -21,9 +21,9 @@ struct TranslationTestRequest {
     bool operator==(const TranslationTestRequest&) const = default;
 };
 
-/// The settings' test of a language pair, which also downloads its resources: it prepares the pair
-/// in a translation session of its own, translates a sample, and reports the result. After a
-/// successful test, a listening session that uses the pair retries its failed rows at once.
+/// Tests a language pair for the user: downloads its files if they are missing, prepares the pair
+/// in a new translation session, translates a sample and reports the result. After a successful
+/// test, a listening session that uses the pair retries its failed rows at once.
 ///
 /// Main queue. Made with `std::make_shared`: a running test keeps it alive.
 class TranslationTaskBridge : public std::enable_shared_from_this<TranslationTaskBridge> {

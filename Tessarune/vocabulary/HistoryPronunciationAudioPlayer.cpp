@@ -22,7 +22,7 @@ std::optional<std::string> fetchedSound(const WebFetch& fetch, const std::string
     return std::move(answer->body);
 }
 
-/// Tries the likely addresses first, then the one that the word's page contains. Blocks.
+/// Tries the likely addresses first, then the address on the word's page. Blocks.
 std::optional<std::string> fetchAudioData(const WebFetch& fetch,
                                           VocabularyPronunciationSource source,
                                           const std::string& word, const std::stop_token& stop) {

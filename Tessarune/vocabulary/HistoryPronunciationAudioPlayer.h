@@ -17,9 +17,9 @@ namespace tessarune {
 /// queue "Tessarune.Pronunciation".
 class HistoryPronunciationAudioPlayer {
   public:
-    /// Plays the bytes of a sound file and returns a function that stops it. `onEnd` is called once
-    /// on the main queue, at the end or if the bytes cannot be played, but never after a stop or an
-    /// exception.
+    /// Plays the bytes of a sound file and returns a function that stops the sound. `onEnd` is
+    /// called once on the main queue, at the end or if the bytes cannot be played. It is not called
+    /// if the sound was stopped, or if this call throws.
     using PlaySound = std::function<Block(std::string bytes, Block onEnd)>;
 
     /// The host must outlive this.
@@ -28,8 +28,8 @@ class HistoryPronunciationAudioPlayer {
     HistoryPronunciationAudioPlayer(const HistoryPronunciationAudioPlayer&) = delete;
     HistoryPronunciationAudioPlayer& operator=(const HistoryPronunciationAudioPlayer&) = delete;
 
-    /// Fetches the word's sound and plays it; replaces a request that is in progress. Stops the
-    /// sound if this word is playing already. Does nothing if no sound is found.
+    /// If this word is playing, stops it. Otherwise fetches the word's sound and plays it, in place
+    /// of an earlier request; plays nothing if no sound is found.
     void play(VocabularyPronunciationSource source, std::string_view word);
     void stop();
 

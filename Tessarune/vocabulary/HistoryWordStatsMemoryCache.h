@@ -13,7 +13,7 @@
 
 namespace tessarune {
 
-/// Identifies the inputs of statistics; the text by its hash and its length in bytes.
+/// Identifies the inputs of statistics. The hash and the length in bytes identify the text.
 struct HistoryWordStatsCacheKey {
     std::optional<UUID> recordingID;
     std::uint64_t sourceHash = 0;

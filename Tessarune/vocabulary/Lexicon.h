@@ -29,7 +29,7 @@ struct WordDefinition {
 };
 
 /// Interface: an English dictionary on this computer. Any thread; calls may block each other. Words
-/// are in lower case. Returns an empty list for an unknown word and if there is no dictionary.
+/// are in lower case. For an unknown word, and if there is no dictionary, the lists are empty.
 class Lexicon {
   public:
     virtual ~Lexicon() = default;

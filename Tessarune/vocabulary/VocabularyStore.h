@@ -17,8 +17,8 @@ namespace tessarune {
 /// Words are trimmed and in lower case. Each change is saved at once; if that fails, the failure is
 /// logged and the change stays in memory. If the file cannot be read or is invalid, lists that
 /// could not be read are empty, and the next save moves the file aside to
-/// "Vocabulary.json.unreadable" or a free name like it. If there is no file, the favourites of
-/// "HistoryWordFavorites.json" are taken.
+/// "Vocabulary.json.unreadable" or a free name like it. If there is no file, the favourites are
+/// read from the older file "HistoryWordFavorites.json".
 class VocabularyStore {
   public:
     /// Loads the file. `files` must outlive this.
