@@ -81,7 +81,7 @@ class SharedVector {
             node = &own(node->children[slot(index, level)]);
         node->elements[slot(index, 0)] = std::make_shared<const T>(std::move(value));
     }
-    /// Keeps the first `size` elements. Does nothing if there are no more than these.
+    /// Keeps the first `size` elements, or all if there are fewer.
     void truncate(std::size_t size) {
         if (size == 0) {
             *this = SharedVector();

@@ -42,7 +42,8 @@ class HistoryDetailModel final : public QObject {
     /// Shows the chosen recording as the catalog has it now; `nullopt` if none is chosen.
     void show(const std::optional<HistoryItem>& recording);
     const std::optional<HistoryItem>& recording() const { return recording_; }
-    /// Reads the recording's files again; shows the text so far of a running session instead.
+    /// Reads the recording's files again. While its session runs, shows the text recognised so far
+    /// instead.
     void readTranscript();
 
     bool isShown() const { return recording_.has_value(); }
@@ -65,7 +66,7 @@ class HistoryDetailModel final : public QObject {
     void durationChanged();
     void noteChanged();
     void modeChanged();
-    /// The texts may have changed, or the choice of the texts that are shown.
+    /// The texts, or the choice of the texts to show, may have changed.
     void transcriptChanged();
     /// The source text has changed; not emitted for new words of a running session.
     void sourceChanged();
@@ -77,7 +78,7 @@ class HistoryDetailModel final : public QObject {
 
     const HistoryWindowEnvironment& environment_;
     const std::shared_ptr<SerialQueue> queue_;
-    std::uint64_t readings_ = 0; ///< so far; only the result of the last one is used
+    std::uint64_t readings_ = 0; ///< readings so far; only the result of the last is used
     std::optional<HistoryItem> recording_;
     HistoryTranscriptPayload payload_;
     HistoryWordTimeline timeline_;

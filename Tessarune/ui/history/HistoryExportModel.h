@@ -28,7 +28,7 @@ class HistoryExportModel final : public QObject {
     /// A remark on the chosen format or on the saved translation.
     Q_PROPERTY(QString hint READ hint NOTIFY changed)
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY busyChanged)
-    /// Whether an audio export runs; the others are short.
+    /// Whether an audio export runs. Other exports are too short to be cancelled.
     Q_PROPERTY(bool canCancel READ canCancel NOTIFY busyChanged)
     /// 0 to 1; negative while it is unknown.
     Q_PROPERTY(double progress READ progress NOTIFY busyChanged)
@@ -70,9 +70,9 @@ class HistoryExportModel final : public QObject {
     const std::function<void(const std::string&)> onAlert_;
     std::stop_source stop_;
     HistoryExportFormat format_ = HistoryExportFormat::pdf;
-    int content_ = 1; ///< as the user chose it; `content()` is what recording and format allow
+    int content_ = 1; ///< the user's choice, even if the recording or the format does not allow it
     bool isBusy_ = false;
-    bool writesAudio_ = false; ///< while `isBusy_`
+    bool writesAudio_ = false; ///< valid while `isBusy_`
     double progress_ = -1;
     const Lifeline<HistoryExportModel> lifeline_{*this};
 };

@@ -33,8 +33,8 @@ class HistoryListModel final : public ListedRows<HistoryListReader::EntryPtr> {
         BilingualRole,
         RunningRole,   ///< whether it is being recorded
         FailedRole,    ///< whether its refinement failed
-        StateTextRole, ///< its activity, its failed refinement or its lack of text; empty: none
-        ProgressRole,  ///< of its refinement, 0 to 1; negative: it waits or there is none
+        StateTextRole, ///< its activity, its failed refinement or its lack of text; may be empty
+        ProgressRole,  ///< of its refinement, 0 to 1; negative: no refinement runs
     };
 
     explicit HistoryListModel(const HistoryWindowEnvironment& environment);
@@ -86,7 +86,7 @@ class HistoryListModel final : public ListedRows<HistoryListReader::EntryPtr> {
     std::set<UUID> hidden_;
     QStringList words_; ///< of the query, folded
     SearchQuery query_;
-    int searches_ = 0; ///< so far; only the result of the last one is used
+    int searches_ = 0; ///< searches so far; only the result of the last is used
     std::unordered_set<UUID> found_;
     std::string problem_;
     bool isLoading_ = true;               ///< until the catalog has been read once

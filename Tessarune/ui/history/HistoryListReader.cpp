@@ -21,8 +21,8 @@ std::vector<HistoryListReader::EntryPtr> HistoryListReader::entries() {
     for (HistoryItem& item : HistoryItemLoader::load(catalog_, files_)) {
         const auto found = known_.find(item.id);
         EntryPtr entry = found == known_.end() ? nullptr : found->second;
-        // A session saves its text at its end. No notification reports that for a session of
-        // another program, so an empty text is read again each time.
+        // A session saves its text at its end. If the session belongs to another program, no
+        // notification reports this, so an empty text is read again each time.
         const bool hasBeginning = entry && !entry->item.live && !entry->beginning.isEmpty();
         if (!hasBeginning || entry->item != item) {
             Entry changed;

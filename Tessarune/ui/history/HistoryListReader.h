@@ -25,9 +25,9 @@ class HistoryListReader {
     HistoryListReader(RecordingCatalog& catalog, FileSystem& files)
         : catalog_(catalog), files_(files) {}
 
-    /// Returns the entries, the newest first. The transcript of a finished recording is read until
-    /// it has text, and then only after `forget`. From then on an unchanged entry is the same
-    /// object as before.
+    /// Returns the entries, the newest first. Once the text of a finished recording is known, its
+    /// transcript is read again only after `forget`, and an unchanged entry is the same object as
+    /// before.
     std::vector<EntryPtr> entries();
     /// Call when the transcript of this recording has changed.
     void forget(const UUID& id) { known_.erase(id); }

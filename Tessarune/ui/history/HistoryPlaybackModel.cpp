@@ -96,7 +96,7 @@ QString HistoryPlaybackModel::problem() const {
     return player() ? QString::fromStdString(*player()->problem) : QString();
 }
 
-/// Limited to the duration that the file states, because the sound may end a little after it.
+/// Never beyond the duration that the file states, although the sound may be a little longer.
 double HistoryPlaybackModel::position() const {
     const double seconds = player() ? *player()->currentTime : 0;
     return duration() > 0 ? std::min(seconds, duration()) : seconds;

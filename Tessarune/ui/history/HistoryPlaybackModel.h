@@ -90,8 +90,8 @@ class HistoryPlaybackModel final : public QObject {
     std::optional<UUID> chosen_;  ///< the chosen recording
     bool isLoaded_ = false;       ///< whether the player has opened the chosen recording
     std::string loadedPath_;
-    /// A row without a time that the user chose; reset when a sentence becomes active or the
-    /// transcript changes.
+    /// The row that the user chose, if the row has no time; reset when a sentence becomes active or
+    /// the transcript changes.
     std::optional<int> untimedRow_;
     QString shownPosition_;
     Observations observations_;

@@ -15,8 +15,8 @@
 
 namespace tessarune {
 
-/// The refinement of the chosen recording, which is its second transcription: the models to choose
-/// from, the progress and the last failure. Main thread; environment and detail must outlive it.
+/// The refinement (second transcription) of the chosen recording: the models to choose from, the
+/// progress and the last failure. Main thread; environment and detail must outlive it.
 class HistoryRefinementModel final : public QObject {
     Q_OBJECT
     /// Whether the chosen recording can be refined now.
@@ -24,7 +24,7 @@ class HistoryRefinementModel final : public QObject {
     /// Whether its refinement is waiting or running.
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY changed)
     Q_PROPERTY(QString stateText READ stateText NOTIFY changed)
-    /// 0 to 1; negative while it waits, and without a refinement.
+    /// 0 to 1; negative while the refinement waits, and if there is none.
     Q_PROPERTY(double progress READ progress NOTIFY changed)
     /// Why its last refinement failed; empty if it did not fail.
     Q_PROPERTY(QString problem READ problem NOTIFY changed)
@@ -50,7 +50,7 @@ class HistoryRefinementModel final : public QObject {
     Q_INVOKABLE void refresh();
     /// `model` is an index into `models`.
     Q_INVOKABLE void refine(int model);
-    /// Cancels the refinement. What it has not saved yet, text or translation, stays as it was.
+    /// Cancels the refinement. A text or translation that it has not replaced yet stays as it was.
     Q_INVOKABLE void cancel();
 
   Q_SIGNALS:

@@ -33,14 +33,14 @@ class HistoryTranscriptModel final : public ListedRows<HistoryTranscriptRow> {
     bool isTimed() const { return isTimed_; }
 
     /// The row that shows a sentence of the recording; -1 if there is none. A saved bilingual text
-    /// may be older than the sentences, and then some sentences match no row. They are spread
-    /// evenly over the unmatched rows between the rows of the sentences before and after them.
+    /// may be older than the sentences, and then some sentences match no row. Such sentences are
+    /// spread evenly over the rows between the nearest rows that match.
     int rowOf(std::size_t sentence) const;
     /// The first and the last sentence that a row shows; `nullopt` if it shows none.
     std::optional<std::pair<std::size_t, std::size_t>> sentencesOf(int row) const;
-    /// The row of a sentence; if it has none, the row of the last sentence before it that has one.
-    /// The rows of sentences after the last timed one are unknown; each of these sentences is taken
-    /// to fill one row.
+    /// The row of a sentence; if the sentence has none, the row of the last earlier sentence that
+    /// has one. The rows of sentences after the last timed sentence are unknown; each of these
+    /// sentences is taken to fill one row.
     Q_INVOKABLE int nearestRow(int sentence) const;
 
     QVariant data(const QModelIndex& index, int role) const override;

@@ -12,8 +12,8 @@ namespace tessarune {
 /// The window with the recorded sessions. Main thread; needs the application object.
 class HistoryWindow {
   public:
-    /// Loads the window without showing it. Ends the program if the window's own files cannot be
-    /// loaded, which the user cannot repair.
+    /// Loads the window without showing it. Ends the program if the QML files, which are part of
+    /// the program, cannot be loaded: the user could not repair this.
     explicit HistoryWindow(HistoryWindowEnvironment environment);
     ~HistoryWindow();
     HistoryWindow(const HistoryWindow&) = delete;

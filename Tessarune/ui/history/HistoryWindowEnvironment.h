@@ -59,10 +59,10 @@ struct HistoryWindowEnvironment {
     std::shared_ptr<AudioPlayer> player = nullptr;       ///< null: no recording can be played
     /// Null: no pronunciation can be played.
     std::shared_ptr<HistoryPronunciationAudioPlayer> pronunciation = nullptr;
-    /// The text so far of this program's session; null if it has none.
+    /// The text so far of this program's session; null if this program runs no sessions.
     const Published<std::string>* liveText = nullptr;
-    /// The duration of this program's session in seconds, updated once a second; null if it has
-    /// none.
+    /// The duration of this program's session in seconds, updated once a second; null if this
+    /// program runs no sessions.
     const Published<double>* liveDuration = nullptr;
     /// Returns the recording of this program's session; `nullopt` if none is being recorded.
     std::function<std::optional<UUID>()> liveRecording = [] { return std::nullopt; };

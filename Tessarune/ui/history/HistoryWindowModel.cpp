@@ -41,7 +41,7 @@ HistoryWindowModel::HistoryWindowModel(const HistoryWindowEnvironment& environme
         environment_.notifications, NotificationName::historyImportSelectRecording,
         environment_.host, [](HistoryWindowModel& model, const NotificationObject& object) {
             const UUID* const id = std::get_if<UUID>(&object);
-            if (id && !model.draft_) // a user who is writing a note stays at its recording
+            if (id && !model.draft_) // a user who is writing a note stays at the note's recording
                 model.select(*id);
         });
 }

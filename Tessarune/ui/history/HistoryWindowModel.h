@@ -30,9 +30,9 @@ namespace tessarune {
 /// The history window: a list; beside it the chosen recording, the vocabulary or the usage; and a
 /// message about the last action. Main thread; the environment must outlive it.
 ///
-/// Deletions can be undone one by one, the last one first, until they are carried out: some seconds
-/// after the last message, or when the message is dismissed, the window is closed or the program
-/// ends.
+/// Deletions can be undone one by one, the last one first, until they are carried out. This happens
+/// some seconds after the last message, or earlier if the user dismisses the message, closes the
+/// window or ends the program.
 class HistoryWindowModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(tessarune::HistoryListModel* list READ list CONSTANT)
@@ -45,7 +45,7 @@ class HistoryWindowModel final : public QObject {
     Q_PROPERTY(tessarune::VocabularyModel* vocabulary READ vocabulary CONSTANT)
     Q_PROPERTY(tessarune::WordCardModel* card READ card CONSTANT)
     Q_PROPERTY(tessarune::UsageModel* usage READ usage CONSTANT)
-    /// Whether the vocabulary, or the usage, is shown beside the list in place of the recording.
+    /// Whether the vocabulary is shown in place of the recording, and whether the usage is.
     Q_PROPERTY(bool showsVocabulary READ showsVocabulary NOTIFY pageChanged)
     Q_PROPERTY(bool showsUsage READ showsUsage NOTIFY pageChanged)
     Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY queryChanged)
@@ -97,7 +97,7 @@ class HistoryWindowModel final : public QObject {
     Q_INVOKABLE void undo();
     Q_INVOKABLE void dismissMessage();
     Q_INVOKABLE void setNote(const QString& note);
-    /// Keeps a note that the user is still writing. It is saved if another recording is shown.
+    /// Keeps a note that the user is still writing. It is saved when another recording is shown.
     Q_INVOKABLE void draftNote(const QString& note) { draft_ = note; }
     Q_INVOKABLE void discardDraft() { draft_.reset(); }
     Q_INVOKABLE void copy(bool withTranslation);

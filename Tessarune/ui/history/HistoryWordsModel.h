@@ -24,8 +24,8 @@ class HistoryWordsModel final : public WordListModel {
     void setOpen(bool isOpen);
 
     /// Returns the first sentence of the transcript that contains the word. Each further call for
-    /// the same word returns the next such sentence, and after the last one the first again. -1 if
-    /// no sentence contains the word, or the words are not counted yet.
+    /// the same word returns the next such sentence; after the last one, the first follows again.
+    /// Returns -1 if no sentence contains the word or the words are not counted yet.
     Q_INVOKABLE int nextPlace(const QString& word);
 
     QStringList kinds() const override;
@@ -47,7 +47,7 @@ class HistoryWordsModel final : public WordListModel {
     HistoryDetailModel& detail_;
     const std::unordered_set<std::string> core_;
     HistoryWordStatsService::Stats stats_; ///< null: not counted yet
-    std::uint64_t counts_ = 0;             ///< so far; only the result of the last one is used
+    std::uint64_t counts_ = 0;             ///< counts so far; only the result of the last is used
     bool isOpen_ = false;
     QString placedWord_;    ///< the word of the last call of `nextPlace`
     std::size_t place_ = 0; ///< counts the calls for that word from 0

@@ -16,8 +16,8 @@
 namespace tessarune {
 
 /// The listening time, the sessions and the words by day, week or month in the computer's time
-/// zone, as a chart with one row per period. Read from the catalog only while the page is open.
-/// Main thread; the disk is read on a queue. The environment must outlive it.
+/// zone, as a chart with one row per period. The catalog is read only while the page is open. Main
+/// thread; the disk is read on a queue. The environment must outlive it.
 class UsageModel final : public ListedRows<UsagePeriod> {
     Q_OBJECT
     Q_PROPERTY(int count READ count NOTIFY changed)
@@ -34,7 +34,8 @@ class UsageModel final : public ListedRows<UsagePeriod> {
     Q_PROPERTY(QString scale READ scale NOTIFY changed)
     /// A message if the words of some recordings are not counted; empty if all are.
     Q_PROPERTY(QString uncounted READ uncounted NOTIFY changed)
-    /// Shown in place of the chart; empty while there is one, and until the catalog has been read.
+    /// The texts in place of the chart; empty while there is a chart, and until the catalog has
+    /// been read.
     Q_PROPERTY(QString emptyTitle READ emptyTitle NOTIFY changed)
     Q_PROPERTY(QString emptyText READ emptyText NOTIFY changed)
 

@@ -153,7 +153,7 @@ bool WordCardModel::isHeard() const {
 }
 
 /// A fetched pronunciation plays at once, so if nothing plays after a fetch, none was found. This
-/// is checked in a later call, because the player first announces the end of the fetch.
+/// is checked in a later call, because the player announces the end of the fetch before the sound.
 void WordCardModel::soundMoved() {
     const bool isDone = std::exchange(wasFetching_, isFetching()) && !wasFetching_;
     Q_EMIT soundChanged();
@@ -180,7 +180,7 @@ void WordCardModel::hear() {
     isSilent_ = false;
     Q_EMIT hintChanged();
     if (isFetching()) {
-        wasFetching_ = false; // the user stops the fetch: the word may have a pronunciation
+        wasFetching_ = false; // a fetch that the user stops does not mean that nothing was found
         return environment_.pronunciation->stop();
     }
     if (!isHeard())

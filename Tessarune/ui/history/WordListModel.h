@@ -18,7 +18,7 @@ namespace tessarune {
 struct ListedWord {
     std::string word;
     std::string forms; ///< its other forms in the recording; may be empty
-    int count = 0;     ///< how often it occurs; 0: the list does not count
+    int count = 0;     ///< how often it occurs; 0 in a list without counts
     bool isKnown = false;
     bool isFavorite = false;
 
@@ -43,7 +43,7 @@ class WordListModel : public ListedRows<ListedWord> {
     enum Role {
         WordRole = Qt::UserRole,
         FormsRole,
-        CountRole, ///< as text; empty if the list does not count
+        CountRole, ///< as text; empty in a list without counts
         KnownRole,
         FavoriteRole
     };
@@ -71,7 +71,7 @@ class WordListModel : public ListedRows<ListedWord> {
     void changed();
 
   protected:
-    /// All words of the chosen kind, in order, before the search.
+    /// All words of the chosen kind, in order; the search has not filtered them yet.
     virtual std::vector<ListedWord> words() const = 0;
     void update();
     /// The words that the user marked, for quick look-up.

@@ -4,8 +4,8 @@ import Tessarune
 import "qrc:/controls"
 
 // A list of words that can be searched and marked, above the card of the chosen word. In the list,
-// K sets or removes a word's mark as known, F its mark as a favourite, and Delete removes the word
-// from a list that allows that.
+// K marks a word as known and F as a favourite, or removes the mark. Delete removes the word if
+// `canRemove` is set.
 FocusScope {
     id: root
 
