@@ -112,8 +112,8 @@ struct Application {
     /// program has it, the services do not run, and the front end decides how to continue.
     ///
     /// If no sessions are to be recorded, the folder is taken only if it has recordings, and only
-    /// while the services run. If another program has it, the services run without a change of
-    /// recordings and diagnostics runs.
+    /// while the services run. If another program has it, the services run, but change no
+    /// recordings and no diagnostics runs.
     Preparation prepareToRecord();
 
     /// Runs the start-up services. Changes recordings and diagnostics runs only if this program has

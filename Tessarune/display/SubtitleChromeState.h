@@ -9,8 +9,8 @@ namespace tessarune {
 
 /// Decides whether the caption window shows its toolbar (the chrome). The toolbar is shown while
 /// the pointer is over it or over the rest of the window (the body), while one of the window's
-/// buttons has the keyboard focus, and while a menu is open; it hides a moment later.
-/// `presentForAWhile` shows it for some seconds even if the pointer is elsewhere.
+/// buttons has the keyboard focus, and while a menu is open. It hides a moment after all of these
+/// have ended. `presentForAWhile` shows it for some seconds even if the pointer is elsewhere.
 ///
 /// Main queue; the host must outlive it.
 class SubtitleChromeState {

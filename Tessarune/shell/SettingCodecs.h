@@ -29,7 +29,7 @@ SettingCodec<AppleAnalyzerDiagnosticsMode> analyzerModeCodec();
 SettingCodec<SubtitleLayoutMode> layoutCodec();
 /// A modifier mask; bits that a shortcut cannot use are dropped.
 SettingCodec<std::int64_t> modifiersCodec();
-/// `AudioInactivityMinutes::counted` tells what a stored number means that is not a choice.
+/// For a stored number that is not one of the choices, see `AudioInactivityMinutes::counted`.
 SettingCodec<std::int64_t> inactivityCodec();
 SettingCodec<std::int64_t> percentCodec();
 SettingCodec<std::int64_t> pointsCodec();
