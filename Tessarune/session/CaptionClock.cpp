@@ -19,7 +19,8 @@ struct CaptionClock::State {
     std::optional<double> heldAt;
     std::vector<Call> calls; // in the order of the calls to `after`
 
-    /// Makes the calls that are due by `limit`, each at its own time.
+    /// Makes the calls that are due by `limit`. During each call the clock shows the call's due
+    /// time.
     void runDue(double limit) {
         for (;;) {
             const auto next = std::ranges::min_element(calls, {}, &Call::due);

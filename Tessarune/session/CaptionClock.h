@@ -6,9 +6,10 @@
 
 namespace tessarune {
 
-/// The clock of a session's captions. It is stopped while the core processes an event, and a
-/// delayed call always sees its due time, even if the main queue runs it late. So the rows depend
-/// only on the logged events and times, and a replay of the log produces the same rows.
+/// The clock of a session's captions. It is stopped while the core processes an event. During a
+/// delayed call it shows the time at which the call was due, even if the main queue runs the call
+/// late. So the rows depend only on the logged events and times, and a replay of the log produces
+/// the same rows.
 ///
 /// Main queue. The host outlives it.
 class CaptionClock {
@@ -32,8 +33,9 @@ class CaptionClock {
 
     explicit CaptionClock(Host& host);
 
-    /// Runs the due calls, then stops the clock until the hold is destroyed. Make one around each
-    /// change of the core that the event log records, and log it with `time()`.
+    /// Runs the due calls, then stops the clock until the hold is destroyed. Make a hold around
+    /// each change of the core that the event log records, and log the change with the hold's
+    /// `time()`.
     [[nodiscard]] Hold hold() { return Hold(*this); }
 
     double now() const;

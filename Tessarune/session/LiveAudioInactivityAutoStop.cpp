@@ -54,7 +54,7 @@ void LiveAudioInactivityAutoStop::excludeSleep() {
     const double late = host_.now() - lastCheckAt_ - secondsBetweenChecks;
     lastCheckAt_ = host_.now();
     // A check that is late by more than an interval means sleep. A busy computer is assumed to
-    // delay it less.
+    // delay a check by less than that.
     if (late > secondsBetweenChecks && lastActivityAt_)
         *lastActivityAt_ += late;
 }

@@ -11,7 +11,7 @@ struct LiveAudioInactivityAutoStopConfiguration {
     explicit LiveAudioInactivityAutoStopConfiguration(std::int64_t chosenMinutes);
 
     std::int64_t minutes;
-    std::optional<double> timeoutSeconds; ///< absent for 0 minutes: never
+    std::optional<double> timeoutSeconds; ///< absent for 0 minutes, which means never
 };
 
 } // namespace tessarune

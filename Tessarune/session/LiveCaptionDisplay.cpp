@@ -50,7 +50,7 @@ void LiveCaptionDisplay::refresh(const std::string& reason, const SessionView& v
 SubtitleTranslationStatusViewState
 LiveCaptionDisplay::translationStatus(std::span<const CaptionSegment> committed,
                                       const std::string& message, bool force) {
-    // Rows are translated in order, and only forced refreshes remove translations.
+    // Rows are translated in order, and a refresh is forced when translations have been removed.
     translatedRows_ = force ? 0 : std::min(translatedRows_, committed.size());
     while (translatedRows_ < committed.size() && committed[translatedRows_].translatedText)
         ++translatedRows_;

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-/// The session's messages for its status line, in the user's language.
+/// Titles and subtitles for states without captions, in the user's language.
 namespace tessarune::LiveCaptionUserMessages {
 
 std::string idleTitle();

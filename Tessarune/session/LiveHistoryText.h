@@ -22,8 +22,8 @@ class LiveHistoryText {
         std::string text;
         std::size_t characters = 0;
     };
-    /// `previous` is the text of the last build. It is not stored here because it becomes long in a
-    /// session of hours.
+    /// `previous` is the text of the last build. The caller keeps it, so that a text that may
+    /// become very long is stored only once.
     Built build(std::string_view previous, const SessionTranscriptBuilder::Sources& sources);
 
     /// Set by the caller to limit the rate of builds; seconds since 1970.

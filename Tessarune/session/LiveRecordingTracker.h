@@ -28,7 +28,8 @@ namespace tessarune {
 /// that was saved last. Main queue. All references must outlive it.
 class LiveRecordingTracker {
   public:
-    /// `leaseDataFolder` is asked before anything is written after the session.
+    /// After the end of a session its recording is written only while `leaseDataFolder` returns a
+    /// hold.
     LiveRecordingTracker(Host& host, FileSystem& files, RecordingCatalog& catalog,
                          TessaruneFileLogger& logger,
                          std::function<DataFolderLease()> leaseDataFolder = unsharedDataFolder)
@@ -49,8 +50,9 @@ class LiveRecordingTracker {
 
     void reset();
 
-    /// Called with the refinement of a recording once a retry has saved its texts. The destructor
-    /// makes the last retry; the owner clears the callback if it must not be called then.
+    /// Called when a retry has saved the texts of a recording, with the request to refine it, if
+    /// there is one. The destructor makes the last retry; the owner clears the callback if it must
+    /// not be called then.
     std::function<void(const std::optional<HistoryRefinementRequest>&)> onSavedAgain;
 
     /// Call when a recording has begun. It becomes the current one, and its journal begins with the
@@ -75,7 +77,7 @@ class LiveRecordingTracker {
     /// queue.
     Task<void> synchronizeJournal();
 
-    /// Saves the texts of the current recording, and the end of its entry if that is missing.
+    /// Saves the texts of the current recording, and the end time in its entry if that is missing.
     /// Afterwards, no recording is current, even after failures. Returns false if anything could
     /// not be saved; true also if nothing was recorded or the user has deleted the recording.
     ///
@@ -86,8 +88,8 @@ class LiveRecordingTracker {
                          const std::optional<HistoryWordTimeline>& wordTimeline,
                          const std::optional<HistoryRefinementRequest>& refinement = {});
     /// Replaces the texts of the recording that was saved last, if it still exists and has not been
-    /// refined in the meantime. Fails while another program writes the data folder, and is retried
-    /// like `saveTranscripts`.
+    /// refined in the meantime. Fails while another program writes the data folder, and is then
+    /// repeated like a failed save.
     RecordingTranscriptSaveOutcome updateLastSavedTranscripts(std::string_view sourceText,
                                                               std::string_view bilingualText);
 
@@ -127,7 +129,7 @@ class LiveRecordingTracker {
     std::optional<UUID> currentID_;
     std::optional<UUID> lastSavedID_;
     std::optional<RecordingMetadata> atStart_;
-    std::optional<RecordingMetadata> finished_; ///< as the recorder closed it
+    std::optional<RecordingMetadata> finished_; ///< the argument of `handleFinished`
     std::optional<double> currentStartedAt_;
     std::unique_ptr<SessionJournal> journal_;
     std::vector<Unsaved> unsaved_;

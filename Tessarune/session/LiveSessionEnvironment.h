@@ -29,9 +29,9 @@ struct LiveSessionEnvironment {
     PermissionsManager& permissions;
     RecordingCatalog& catalog;
     std::shared_ptr<AudioSessionRecorder> recorder;
-    /// Asked before a session is recorded whether that is allowed; empty means yes.
+    /// Called before a session is recorded; returns whether that is allowed. Empty means yes.
     std::function<bool()> mayRecord = {};
-    /// Asked before transcripts are written after their session.
+    /// After the end of a session its recording is written only while this returns a hold.
     std::function<DataFolderLease()> leaseDataFolder = unsharedDataFolder;
     RecordingAudioCompressor& compressor;
     /// May be null: then nothing is translated.

@@ -22,7 +22,7 @@ SessionLog& LiveSessionStop::log() const {
 }
 
 void LiveSessionStop::request(const LiveSessionControlTrigger& trigger) {
-    // A late start may have reset the phase during a stop, but a second stop must not begin.
+    // A start that completes during a stop resets the phase, but a second stop must not begin.
     if (isFinalizing_) {
         store_.view_.startsAgain = false;
         return;
@@ -283,7 +283,7 @@ void LiveSessionStop::finishFinalize() {
     if (!*store_.view_.startsAgain)
         return;
     store_.startListening(LiveSessionControlTrigger::pendingRestart());
-    store_.view_.startsAgain = false; // after the start: else views would see an idle program
+    store_.view_.startsAgain = false; // reset last, so that views never see an idle program
 }
 
 LogFields LiveSessionStop::triggerFields() const {

@@ -29,7 +29,8 @@ class LiveSessionStop {
     ~LiveSessionStop();
     LiveSessionStop(const LiveSessionStop&) = delete;
 
-    /// Ends the session, if there is one. During a save this only cancels the queued start.
+    /// Ends the session, if there is one. While the session is being saved, only cancels a queued
+    /// start.
     void request(const LiveSessionControlTrigger& trigger);
     /// Starts another session as soon as this one is saved.
     void startAgainAfterwards();
@@ -39,8 +40,8 @@ class LiveSessionStop {
 
     /// Whether the task of a stop is running.
     bool isRunning() const { return task_.has_value(); }
-    /// Whether a stop is in progress. False as soon as another session may begin, when the task may
-    /// still be running.
+    /// Whether a stop is in progress. False as soon as another session may begin, even if the task
+    /// is still running.
     bool isFinalizing() const { return isFinalizing_; }
 
   private:

@@ -12,8 +12,8 @@ struct LiveSessionTransition {
     LiveSessionPhase phase = LiveSessionPhase::idle; ///< after the step
     bool isListening = false;
     bool isStarting = false;
-    std::optional<SessionStatus> status = std::nullopt; ///< absent: unchanged
-    std::optional<double> audioLevel = std::nullopt;    ///< absent: unchanged
+    std::optional<SessionStatus> status = std::nullopt; ///< absent if unchanged
+    std::optional<double> audioLevel = std::nullopt;    ///< absent if unchanged
     /// The start was completed after its session had been abandoned: discard its results.
     bool discardLateStartArtifacts = false;
     bool presentStartFailure = false; ///< tell the user why the start failed

@@ -38,7 +38,7 @@ class LiveSystemAudioTranscriber final
         const AppSettings& settings;
         PermissionsManager& permissions;
         std::shared_ptr<AudioSessionRecorder> recorder; ///< this object sets its callbacks
-        /// Asked before a session is recorded whether that is allowed; empty means yes.
+        /// Called before a session is recorded; returns whether that is allowed. Empty means yes.
         std::function<bool()> mayRecord = {};
     };
     static std::shared_ptr<LiveSystemAudioTranscriber> make(Environment environment);
@@ -76,7 +76,7 @@ class LiveSystemAudioTranscriber final
     void requestFinalization(const std::string& reason);
 
     double sampleRate() const;          ///< of the session's latest sound; 0 before the first
-    PerfStats perfStats() const;        ///< the engine's; without one, the previous engine's
+    PerfStats perfStats() const;        ///< of the engine; without one, of the last engine
     PerfStats wrapperPerfStats() const; ///< this object's own
 
   private:

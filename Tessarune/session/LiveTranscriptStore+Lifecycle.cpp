@@ -43,7 +43,7 @@ void LiveTranscriptStore::toggleListening(const LiveSessionControlTrigger& trigg
 }
 
 void LiveTranscriptStore::startListening(const LiveSessionControlTrigger& trigger) {
-    // A late start may have reset the phase to idle during the stop, but two sessions must never
+    // A start that completes during a stop resets the phase to idle, but two sessions must never
     // share the recorder and the texts that are being saved.
     if (*view_.sessionPhase == LiveSessionPhase::stopping || stop_.isFinalizing()) {
         const std::string event = "listen.start.ignoredWhileStopping";
@@ -297,7 +297,7 @@ Task<void> LiveTranscriptStore::runSwap(WeakSelf weak, std::uint64_t session, bo
     } catch (...) {
         failure = std::current_exception();
     }
-    // A newer session has its own run.
+    // A newer session has its own diagnostics run.
     if (session != self->startNumber_)
         co_return;
     // The session continues even without a recogniser, and so do its diagnostics.

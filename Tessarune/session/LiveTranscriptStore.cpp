@@ -7,8 +7,8 @@ namespace tessarune {
 
 namespace {
 
-/// The environment for a transcriber that records only while the session listens: the results of a
-/// start that a stop has overtaken are discarded.
+/// The environment for a transcriber that records only while the session listens. A start that a
+/// stop has overtaken therefore records nothing.
 LiveSystemAudioTranscriber::Environment
 transcriberEnvironment(const LiveSessionEnvironment& environment, const SessionView& view) {
     const auto mayRecord = [&environment, &view] {

@@ -56,8 +56,8 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     void toggleListening(const LiveSessionControlTrigger& trigger);
     /// Accepted in `idle` and `failed`, unless a session is still being saved.
     void startListening(const LiveSessionControlTrigger& trigger);
-    /// Accepted from a start on, and in `idle` and `failed` if a recording is still to be saved.
-    /// While the session is being saved, only cancels a queued start.
+    /// Accepted while a session starts or listens, and in `idle` and `failed` if a recording is
+    /// still to be saved. While the session is being saved, only cancels a queued start.
     void stopListening(const LiveSessionControlTrigger& trigger) { stop_.request(trigger); }
     /// Selects the source of the next session. Saves a running session and then starts another.
     void selectSource(const AudioSource& source);

@@ -6,8 +6,8 @@
 
 namespace tessarune {
 
-/// Calls a block on the main queue every `seconds`. Destroying it, even from inside the block, ends
-/// the calls at once. Main queue; the host must outlive it.
+/// Calls a block on the main queue every `seconds`. Destroying the timer, even from inside the
+/// block, ends the calls at once. Main queue; the host must outlive it.
 class RepeatingTimer {
   public:
     RepeatingTimer(Host& host, double seconds, Block block)

@@ -104,7 +104,7 @@ class SessionDiagnostics {
     virtual void notePerfStats(const PerfStats&) {}
     /// `t` is the time at which the captions process the event.
     virtual void appendASREvent(const ASREvent&, double /*t*/) {}
-    /// Anything else that a replay of the captions must know, at time `t`.
+    /// Another event that a replay of the captions must know, at time `t`.
     virtual void markCaptions(CaptionMark, double /*t*/) {}
     virtual void appendAppleRawResult(const AppleSpeechAnalyzerRawResultRecord&) {}
     virtual void appendAppleSummaryResult(const AppleSpeechAnalyzerSummaryRecord&) {}

@@ -13,7 +13,7 @@ class SessionDurationClock {
   public:
     explicit SessionDurationClock(Host& host) : host_(host) {}
 
-    /// Restarts now. `onTick` gets seconds.
+    /// Restarts from 0. `onTick` gets the length in seconds.
     void start(std::function<void(double)> onTick) {
         startTime_ = host_.now();
         onTick_ = std::move(onTick);

@@ -9,9 +9,9 @@
 
 namespace tessarune {
 
-/// Reports that a session is silent for too long. The minutes are fixed when the session begins; a
-/// later change of the setting applies to the next session. Main queue. Host and log must outlive
-/// it.
+/// Reports that a session has been silent for too long. The minutes are fixed when the session
+/// begins; a later change of the setting applies to the next session. Main queue. Host and log must
+/// outlive it.
 class SessionInactivityStop {
   public:
     /// Sound at least this loud counts as activity.

@@ -27,11 +27,12 @@ class SessionLog {
     void event(const std::string& name, const LogFields& fields = {},
                Importance importance = Importance::routine,
                std::source_location source = std::source_location::current());
-    /// Writes to the runtime log, and an instant to the run's lifecycle log.
+    /// Writes an event to the runtime log and to the run's lifecycle log, there as an instant: an
+    /// event without a duration.
     void milestone(const std::string& name, const LogFields& fields,
                    Importance importance = Importance::routine,
                    std::source_location source = std::source_location::current());
-    /// Writes only an instant to the run's lifecycle log.
+    /// Writes an instant to the run's lifecycle log only.
     void instant(const std::string& name, const LogFields& fields);
 
     Step begin(std::string name, const LogFields& fields = {});

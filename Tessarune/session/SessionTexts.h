@@ -24,8 +24,8 @@ class SessionTexts {
 
     void beginSession();
 
-    /// Call before the captions are emptied within the session, for another recogniser: what was
-    /// said until then stays in the saved texts.
+    /// Call when another recogniser takes over within the session, before the captions are emptied.
+    /// What was said until then stays in the saved texts.
     void keepSaid();
 
     /// The texts of all captions, including the open sentence.
@@ -40,7 +40,7 @@ class SessionTexts {
     TranscriptSnapshot savedTexts() const;
     /// The texts since the captions were last emptied, for the diagnostics run that began then.
     TranscriptSnapshot runTexts() const;
-    /// The times of the whole session; `nullopt` without a recording or without times.
+    /// The word times of the whole session; `nullopt` without a recording or if no row has text.
     std::optional<HistoryWordTimeline> savedTimeline(std::optional<double> recordingStartedAt,
                                                      const std::string& recognitionOptionID) const;
     /// Call with each save.
@@ -63,7 +63,7 @@ class SessionTexts {
     SessionView& view_;
     LiveCaptionPerfCounters& perf_;
     LiveHistoryText liveHistory_;
-    CaptionCore::Rows said_; // before the captions were last emptied in this session
+    CaptionCore::Rows said_; // rows from before the captions were last emptied
     HistoryWordTimeline::WordEvents saidWords_;
     std::size_t savedTranslations_ = 0; // translated rows at the last save
 };

@@ -28,7 +28,8 @@ struct SessionOutcome {
 };
 
 /// Read access to the captions: the lists of the caption engine with all data of their rows. A step
-/// of the engine changes one list after the other, so views wait for the frame.
+/// of the engine changes one list after the other, so views read them only when a frame is
+/// published.
 struct LiveCaptions {
     const Published<CaptionCore::Rows>& committedSegments;
     const Published<CaptionCore::Rows>& liveLeadingSentences;
