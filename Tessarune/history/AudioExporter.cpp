@@ -72,7 +72,7 @@ Task<void> AudioExporter::transcodeToM4A(std::filesystem::path from, std::filesy
 }
 
 std::string_view AudioExporter::withinFileName(std::string_view text) {
-    // Of the 255 bytes that a disk allows; the remainder is for suffixes, also of unfinished files.
+    // A disk allows 255 bytes; the remainder is for suffixes, such as those of unfinished files.
     constexpr std::size_t maximumBytes = 200;
     if (text.size() <= maximumBytes)
         return text;

@@ -15,7 +15,7 @@ struct DataFolderLease {
     std::string problem;
 };
 
-/// For a data folder that no other program knows.
+/// For a data folder that no other program uses.
 inline DataFolderLease unsharedDataFolder() {
     return {std::make_shared<const int>(), {}};
 }

@@ -116,7 +116,7 @@ Task<void> HistoryExport::write(HistoryExportRequest request, std::filesystem::p
         });
         co_return;
     }
-    // Written under an unused name until it is complete, so that no file in the user's folder is
+    // The file has an unused name until it is complete, so that no file in the user's folder is
     // damaged.
     std::filesystem::path unfinished = to;
     unfinished += ".new-" + UUID::random().text().substr(0, 8);
@@ -129,8 +129,8 @@ Task<void> HistoryExport::write(HistoryExportRequest request, std::filesystem::p
             from = recording->filePath;
         if (recording && isOurM4A(*recording))
             runAudioStep(unfinished, [&] {
-                // A file whose size differs from its entry is transcoded: the decoder detects
-                // damage.
+                // If its size differs from the entry, the file is transcoded, because the decoder
+                // detects damage.
                 isCopied = files_.size(from) == static_cast<std::uint64_t>(recording->byteCount);
                 if (isCopied)
                     copyAudio(from, unfinished);
@@ -218,7 +218,7 @@ std::string HistoryExport::exportText(const HistoryExportRequest& request) {
     throw HistoryExportError(ErrorKind::noTranslation, missingTranslationText(request.format));
 }
 
-/// Empty if the timeline is unreadable: the export then lacks the times, not the text.
+/// Empty if the timeline is unreadable: the export then has the text without the times.
 HistoryWordTimeline HistoryExport::timeline(const HistoryItem& recording) {
     const auto path = catalog_.wordTimelineURL(recording.id);
     try {

@@ -44,15 +44,16 @@ class HistoryExport {
                   WriteTranscriptPDF pdf);
 
     /// Writes the file `to`, which appears complete or not at all, and replaces an existing file.
-    /// Throws HistoryExportError, or CancellationError when asked to stop. Only an audio export
-    /// that encodes can be stopped and calls `progress`, on the exporter's queue.
+    /// Throws HistoryExportError, or CancellationError when asked to stop. An audio export that has
+    /// to encode can be stopped and calls `progress`, on the exporter's queue; all other exports
+    /// ignore both.
     Task<void> write(HistoryExportRequest request, std::filesystem::path to,
                      MediaProgress progress = {}, std::stop_token stop = {});
 
     /// The bytes of an export in any format except audio. Throws HistoryExportError.
     Task<std::string> document(HistoryExportRequest request);
 
-    /// The name for an export without a chosen name, with its extension.
+    /// The file name, with extension, to use if the user chooses none.
     static std::string suggestedFilename(const HistoryExportRequest& request);
     /// Without the dot, such as "pdf".
     static std::string_view fileExtension(HistoryExportFormat format);

@@ -17,7 +17,8 @@ struct RecordingClock {
     double base; ///< seconds since 1970
 
     /// Recognisers report either the wall clock or seconds of the recording. The two differ by
-    /// decades; the minute allows for a clock that was read shortly before the recording began.
+    /// decades; the margin allows for a wall clock that was read shortly before the recording
+    /// began.
     double relative(double time) const {
         constexpr double wallClockMargin = 60;
         return time >= base - wallClockMargin ? std::max(0.0, time - base) : time;

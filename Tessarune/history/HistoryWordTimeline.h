@@ -22,7 +22,7 @@ struct HistoryWordTimeline {
     struct Word {
         std::string w; ///< as written in the text, punctuation included
         double t = 0;
-        std::optional<UUID> segmentID; ///< of its row; `nullopt` after a transcription of the file
+        std::optional<UUID> segmentID; ///< of its row; `nullopt` for a transcribed file
 
         bool operator==(const Word&) const = default;
     };
@@ -82,15 +82,15 @@ struct HistoryWordTimeline {
 
     /// The same timeline, limited to sound of this length in seconds. A row that was still open
     /// when the session stopped ends with the stop, which may be up to three seconds after the last
-    /// sound: its times are limited to the sound. Rows that begin more than three seconds after the
-    /// last sound keep their times, because the recording broke off during the session.
+    /// sound; the times of such a row are limited to the sound. If rows begin later than that, the
+    /// recording broke off during the session, and these rows keep their times.
     HistoryWordTimeline endingBy(double seconds) const;
 
     /// Sentences derived from runs of words of the same row, for timelines that were saved without
     /// sentences.
     std::vector<Sentence> derivedSentencesFromWords() const;
 
-    /// The sentence that each row of a bilingual text shows. Such a text may be older than a
+    /// For each row of a bilingual text, the index of its sentence. Such a text may be older than a
     /// refined timeline. Therefore rows and sentences with equal and unique texts are paired first,
     /// as far as their order agrees. The rows and sentences between two pairs are paired in order
     /// if there are equally many, otherwise from both ends as long as their texts are equal. If

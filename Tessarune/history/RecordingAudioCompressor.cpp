@@ -160,8 +160,8 @@ Task<void> RecordingAudioCompressor::encodeLeftovers(Alive alive, RecordingAudio
     }
 }
 
-/// Counts an attempt on the disk before the encoder reads the file: a file that crashes the program
-/// must not do so at each launch. False if the count could not be saved.
+/// Saves the increased number of attempts before the encoder reads the file, because a file that
+/// crashes the program must not do so at each launch. False if the number could not be saved.
 bool RecordingAudioCompressor::beginLeftover(const UUID& recording) {
     const std::size_t attempts = catalog_.compressionAttempts(recording);
     if (!catalog_.setCompressionAttempts(attempts + 1, recording))

@@ -36,8 +36,8 @@ RecordingCatalog::LoadedIndex RecordingCatalog::loadIndex() {
     return loaded;
 }
 
-/// Corrects the paths of an index whose folder was moved, copied or restored from a backup: they
-/// still name files in the old folder, which may belong to another index. The sound beside this
+/// Corrects the paths in an index whose folder was moved, copied or restored from a backup. Such
+/// paths still name the old folder, whose files may belong to another index. The sound beside this
 /// index is used instead.
 void RecordingCatalog::findMovedSound(RecordingIndex& index) {
     std::set<std::string> named; // filled on first use

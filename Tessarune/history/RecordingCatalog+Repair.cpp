@@ -125,9 +125,9 @@ void RecordingCatalog::cleanupOrphanTranscripts() {
     }
 }
 
-/// The recordings that an index lacks because it is older, for example because it comes from a
-/// backup, or because their entries are damaged. They are finished, and the copies of their entries
-/// and their sound exist.
+/// The recordings that are missing from an index because it is older than they are, such as one
+/// from a backup, or because their entries in it are damaged. They are found by the copies of their
+/// entries. Unfinished recordings and those without sound are left out.
 RecordingIndex RecordingCatalog::forgotten(const RecordingIndex& listed) {
     std::set<UUID> known;
     for (const RecordingMetadata& recording : listed.recordings())
@@ -140,7 +140,7 @@ RecordingIndex RecordingCatalog::forgotten(const RecordingIndex& listed) {
     return forgotten;
 }
 
-/// Lists forgotten recordings again. Returns all ids that are known then.
+/// Lists forgotten recordings again. Returns all ids that are known afterwards.
 std::set<UUID> RecordingCatalog::relistForgotten(const RecordingIndex& listed) {
     std::set<UUID> known = listed.ids();
     const auto found = forgotten(listed).recordings();

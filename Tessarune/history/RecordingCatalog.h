@@ -59,8 +59,8 @@ class RecordingCatalog {
 
     const TessarunePaths& paths() const { return paths_; }
 
-    /// Creates the folders for audio and diagnostics. Throws std::system_error without a folder for
-    /// audio.
+    /// Creates the folders for audio and diagnostics. Throws std::system_error if the folder for
+    /// audio cannot be created.
     void prepareDirectories();
 
     /// The part of this catalog that the recorder uses; the catalog must outlive it.
@@ -134,7 +134,7 @@ class RecordingCatalog {
     /// The state of the work on an import whose text and translation are made for the first time.
     enum class TranscriptionMark {
         none,
-        running,    ///< if a launch finds this, the program ended unexpectedly during it
+        running,    ///< if a launch finds this, the program ended unexpectedly during the work
         interrupted ///< by a regular end of the program: a later launch completes it
     };
     /// Sets or removes the mark; a deleted recording gets none. Returns whether the change was
@@ -190,10 +190,10 @@ class RecordingCatalog {
     /// Removes entries whose audio is missing, unless the disk of the recordings seems not to be
     /// mounted. Returns how many.
     std::size_t reconcileIndex();
-    /// Lists finished recordings that an outdated or damaged index lacks, and removes sidecars of
-    /// unknown recordings and imported sound that a crash kept out of the index. Does nothing while
-    /// the index may be incomplete or an unreadable one is kept aside: the files may belong to
-    /// recordings that are missing from the index.
+    /// Lists finished recordings that an outdated or damaged index lacks. Then removes sidecars of
+    /// unknown recordings, and the sound of imports that a crash kept out of the index. Does
+    /// nothing while the index may be incomplete or an unreadable one is kept aside: the files may
+    /// belong to recordings that are missing from the index.
     void cleanupOrphanTranscripts();
 
   private:
@@ -263,7 +263,7 @@ class RecordingCatalog {
     NotificationCenter& notifications_;
     std::shared_ptr<SerialQueue> queue_;
     std::atomic<double> indexWrittenAt_ = 0; ///< the index's modification time, set by writeIndex
-    // By this process; used on the queue only
+    // What this process has done with recordings; used on the queue only
     std::set<UUID> deleted_;
     std::set<UUID> refined_;
     std::set<UUID> toCompress_; // marked for compression and not yet compressed

@@ -221,7 +221,7 @@ bool RecordingRepair::writeTranscripts(const UUID& id, const SessionJournalConte
 
 /// Removes the remains of a process that ended while it wrote a file. In the folder of the index,
 /// only unfinished files of the index are removed, because only the program that holds the data
-/// folder writes it. Another program may be writing any other file there.
+/// folder writes the index. Another program may be writing any other file there.
 void RecordingRepair::removeUnfinishedFiles() {
     const auto& paths = catalog_.paths();
     const std::string index = paths.recordingIndex().filename().string();

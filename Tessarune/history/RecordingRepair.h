@@ -29,7 +29,7 @@ class RecordingRepair {
         std::vector<RecordingMetadata> brokenOffImports;
         std::optional<RecordingCatalog::IndexRebuild> rebuiltIndex;
         std::size_t removedWithoutSound =
-            0; ///< entries that were removed, as their sound is missing
+            0; ///< entries that were removed because their sound is missing
     };
 
     RecordingRepair(FileSystem& files, RecordingCatalog& catalog, TessaruneFileLogger& logger);

@@ -63,7 +63,7 @@ class SessionJournal::Writer : public std::enable_shared_from_this<Writer> {
         files_.createDirectories(path_.parent_path());
         file_ = files_.openForAppending(path_);
     }
-    /// Does not wait for the next line, which may come much later.
+    /// Flushes after a delay, because the next line may come much later.
     void flushSoon() {
         if (std::exchange(isFlushDue_, true))
             return;
@@ -101,7 +101,7 @@ SessionJournal::SessionJournal(Host& host, FileSystem& files, TessaruneFileLogge
 
 SessionJournal::~SessionJournal() {
     queue_->sync([&] {
-        writer_->putOnDisk(); // the flush that is due will not come
+        writer_->putOnDisk(); // the scheduled flush will not run any more
         writer_.reset();
     });
 }

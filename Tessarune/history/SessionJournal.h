@@ -33,12 +33,12 @@ class SessionJournal {
     SessionJournal(const SessionJournal&) = delete;
     SessionJournal& operator=(const SessionJournal&) = delete;
 
-    /// Appends a new start time of the recording. It also counts for the rows before it.
+    /// Appends a new start time of the recording. It also applies to earlier rows.
     void noteRecordingStart(double recordingStartedAt);
 
-    /// Appends a committed row, or its new state after it was translated or corrected. If a
-    /// row has several lines, the last one counts. If that one has no word events, the row keeps
-    /// those that it had.
+    /// Appends a committed row, or its new state after it was translated or corrected. If a row has
+    /// several lines, the last one counts. If the last line has no word events, the row keeps those
+    /// of an earlier line.
     void append(const CaptionSegment& row, std::span<const WordEvent> words = {});
 
     /// Flushes all queued lines to the disk, so that they survive a loss of power. Resumes on the

@@ -63,7 +63,8 @@ void setWords(SpokenRow& row, const std::vector<double>& times) {
     }
 }
 
-/// Rows `from` to `to` have no times and share the time between their neighbours.
+/// Sets the times of the rows from `from` to before `to`, which have none: they share the time
+/// between their neighbours equally.
 void spread(std::vector<SpokenRow>& rows, std::size_t from, std::size_t to, double duration) {
     double at = from > 0 ? rows[from - 1].end : 0;
     const double until =

@@ -15,7 +15,7 @@ SubtitleText::SubtitleText(std::string_view text) : text_(text) {
             add(piece);
             continue;
         }
-        // A piece that is wider than a line breaks anywhere.
+        // A piece that is wider than a line may be broken anywhere.
         std::size_t at = 0;
         const auto cuts = Text::wrapped(bare, mostColumns);
         for (std::size_t i = 0; i < cuts.size(); ++i) {

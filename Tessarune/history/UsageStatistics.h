@@ -12,7 +12,7 @@ namespace tessarune {
 
 enum class UsagePeriodKind { day, week, month };
 
-/// The usage of one day, week (from Monday on) or month of the computer's time zone. A plain value.
+/// The usage of one day, week (from Monday on) or month in the computer's time zone. A plain value.
 struct UsagePeriod {
     double start = 0; ///< its first moment, seconds since 1970
     double end = 0;   ///< the first moment of the next
