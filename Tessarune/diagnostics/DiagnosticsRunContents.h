@@ -33,7 +33,7 @@ struct DiagnosticsRunContents {
     std::optional<double> startedWall; ///< seconds since 1970
     std::optional<double> durationSeconds;
     std::int64_t committedSegments = 0;
-    std::int64_t lostRecords = 0; ///< that could not be written
+    std::int64_t lostRecords = 0; ///< records that could not be written
     std::string recordingID;      ///< empty if nothing was recorded
     std::vector<File> files;      ///< in the order of the layout, then others by name
 

@@ -43,7 +43,8 @@ nlohmann::json settingsFile(const AppSettings& settings, const nlohmann::json& s
 /// The files of a run say with this text what else influences its figures.
 inline constexpr std::string_view resourceInterference =
     "single-engine live session; perf.csv is process-level and still includes UI/audio/translation";
-/// Reported as the maximum number of rows in the caption window. Tools that compare runs expect it.
+/// Reported as the maximum number of rows in the caption window. Tools that compare runs expect
+/// this value.
 inline constexpr int liveSubtitleWindowMaxSegments = 16;
 
 } // namespace tessarune::DiagnosticsRunContext

@@ -303,7 +303,7 @@ void HistoryRefinementDiagnosticsSession::close(Status status) {
         logs->close(lost);
         DiagnosticsRunFiles run(disk, directory, {}, true);
         // A run without a manifest was deleted with its recording. What the logs have left in its
-        // folder is removed, too. A manifest that exists but cannot be read is no reason for that.
+        // folder is removed, too. If the manifest exists but cannot be read, the run stays.
         if (!disk.exists(directory / Layout::manifestFile)) {
             run.remove();
             return;

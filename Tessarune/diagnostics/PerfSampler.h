@@ -15,7 +15,7 @@ namespace tessarune {
 /// Writes figures of the process at a fixed interval: its load, its memory, the delay of its main
 /// queue, and the counters of the captions.
 ///
-/// Main queue, except `close`. Timers of its own queue read and write everything, so that it
+/// Main queue, except `close`. Timers on its own queue read and write everything, so that it
 /// samples even while the main queue stalls. All references outlive it.
 class PerfSampler {
   public:

@@ -29,7 +29,7 @@ std::string contentOf(FileSystem& files, const std::filesystem::path& directory,
     return files.read(directory / path);
 }
 
-/// Returns the manifest. Throws if it is not that of a full run or names no recogniser.
+/// Returns the manifest. Throws if the run is not a full one or the manifest names no recogniser.
 Manifest manifestOf(FileSystem& files, const std::filesystem::path& directory) {
     namespace Layout = DiagnosticsRunLayout;
     const std::string path(Layout::manifestFile);

@@ -28,7 +28,8 @@ void SessionDiagnosticsRecorder::finish(const Finish& finish) {
                   .finishedAt = environment_.host.now(),
                   .sourceTranscriptPath = {},
                   .bilingualTranscriptPath = {}};
-    if (finish.recording) // absent if the catalog is unreadable: the noted one remains
+    // Without one, for example because the catalog cannot be read, that of `noteRecording` stays.
+    if (finish.recording)
         run_->recording = finish.recording;
     if (const auto& recording = run_->recording) {
         ending.sourceTranscriptPath = environment_.catalog.transcriptURL(recording->id).string();

@@ -23,7 +23,8 @@ void appendRecord(DiagnosticsNDJSONWriter* log, Record record) {
         log->append([record = std::move(record)] { return record.line(); });
 }
 
-/// Appends a record in its own JSON form, rounded and with sorted keys like the writer's records.
+/// Appends a record after converting it to JSON. As in all JSON that the writer encodes, numbers
+/// are rounded and keys sorted.
 template <typename Record>
 void appendConverted(DiagnosticsNDJSONWriter* log, const Record& record) {
     if (!log)

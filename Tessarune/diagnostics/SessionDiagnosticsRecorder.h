@@ -116,7 +116,7 @@ class SessionDiagnosticsRecorder final : public SessionDiagnostics {
     const std::shared_ptr<std::atomic<int>> pendingWrites_ = std::make_shared<std::atomic<int>>(0);
     std::shared_ptr<Run> run_;
     std::shared_ptr<Run> finished_; // its lifecycle log stays open until the session has ended
-    std::shared_ptr<FinishedRun> lastFinished_; // only a full run, until another session begins
+    std::shared_ptr<FinishedRun> lastFinished_; // null if it was no full run
     IdleMemorySentinel sentinel_;
 };
 

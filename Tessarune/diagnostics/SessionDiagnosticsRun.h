@@ -16,7 +16,8 @@
 namespace tessarune {
 
 /// A run in progress: its data and its open logs. The recorder fills it on the main queue and
-/// passes it to the recorder's queue when the run ends.
+/// passes it to the recorder's queue when the run ends. Until then, the recorder's queue uses only
+/// `id`, `files` and `host`.
 struct SessionDiagnosticsRecorder::Run {
     using Json = JSON::Value;
 

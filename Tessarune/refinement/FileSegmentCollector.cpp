@@ -42,7 +42,7 @@ std::vector<Word> wordTimings(const SpeechResult& result) {
     return words;
 }
 
-/// From the earliest start to the latest end of a timed run; `nullopt` without one.
+/// The span from the earliest start to the latest end of the timed runs; `nullopt` without any.
 std::optional<Span> audioSpan(const SpeechResult& result) {
     std::optional<Span> span;
     for (const SpeechRun& run : result.runs) {

@@ -22,13 +22,14 @@ struct FormerTranscript {
     /// Whether this program wrote the file and therefore knows its exact length.
     static bool lengthIsExact(const RecordingMetadata& recording);
 
-    /// Reads the transcript from the disk. `recording` is its entry in the index, if there is one.
-    /// Throws std::system_error for files that exist and cannot be read. Any thread.
+    /// Reads the transcript from the disk. `recording` is the recording's entry in the index, if
+    /// there is one. Throws std::system_error for files that exist and cannot be read. Any thread.
     static FormerTranscript of(const UUID& id, const std::optional<RecordingMetadata>& recording,
                                const RecordingCatalog& catalog, FileSystem& files);
 
-    /// Whether the part of the recording that was heard contains all sound of this transcript; true
-    /// for a transcript without text. `isWhole` says that the file was read to its end.
+    /// Whether a refinement that heard the first `heardSeconds` of the recording heard all sound of
+    /// this transcript; true for a transcript without text. `isWhole` is true if it read the file
+    /// to its end.
     bool wasHeard(double heardSeconds, bool isWhole) const;
 
     /// Returns `refined` with its times pulled back to the onset, and adds each sentence of this

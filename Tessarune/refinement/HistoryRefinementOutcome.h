@@ -26,8 +26,8 @@ struct HistoryRefinementOutcome {
         none,
         nothingUnderstood, ///< the recogniser found no text
         sound,             ///< the file is missing, damaged or incomplete
-        recogniser,        ///< it cannot be loaded, takes no files, or failed; any other failure
-        disk ///< a text could not be read or saved, or the data folder was not available
+        recogniser, ///< it cannot be loaded, takes no files, or failed; also for other failures
+        disk        ///< a text could not be read or saved, or the data folder was not available
     };
     enum class Translation {
         none, ///< not wanted, or not possible
@@ -41,7 +41,7 @@ struct HistoryRefinementOutcome {
     std::string problem; ///< the failure's text
     Translation translation = Translation::none;
     std::string translationProblem;
-    std::string model;             ///< the model that transcribed it
+    std::string model;             ///< the model that was used
     std::int64_t sentences = 0;    ///< of the refined text
     std::int64_t keptOfFormer = 0; ///< those of `sentences` that only the former transcript had
     double heardSeconds = 0;

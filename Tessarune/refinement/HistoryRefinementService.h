@@ -25,7 +25,7 @@ namespace tessarune {
 ///
 /// A job that fails or is cancelled before the new text is saved leaves the former transcript
 /// unchanged. The deletion of a recording ends its job. Text whose sound was not heard is never
-/// replaced, and a former sentence stays if the recogniser has nothing at its time.
+/// replaced, and a former sentence stays if the recogniser finds nothing at its time.
 ///
 /// Main queue; reading and saving happen on a queue of utility priority. Jobs are not persistent:
 /// the end of the program drops them, and the former transcripts stay. If an import still lacks
@@ -67,7 +67,7 @@ class HistoryRefinementService {
     using Failures = std::map<UUID, std::string>;
 
     explicit HistoryRefinementService(Environment environment);
-    /// The model for a request that names none.
+    /// Stands for the best model; `schedule` uses it.
     static constexpr const char* bestModel = "automatic";
 
     /// Cancels the running job and waits for its current read or write.

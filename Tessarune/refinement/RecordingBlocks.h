@@ -11,8 +11,8 @@
 
 namespace tessarune {
 
-/// Reads a recording of any size in long blocks of another format. One thread at a time; waits for
-/// the disk.
+/// Reads a recording of any size in long blocks, converted to another format. One thread at a time;
+/// waits for the disk.
 class RecordingBlocks {
   public:
     /// Throws MediaFileError and AudioConversionError.

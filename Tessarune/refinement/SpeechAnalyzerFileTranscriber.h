@@ -51,14 +51,15 @@ class SpeechAnalyzerFileTranscriber {
         std::string model; ///< "automatic", or the name of a model
         /// Awaited before each block. It may delay the block, or end the transcription by throwing.
         std::function<Task<void>()> beforeBlock;
-        /// Called after each block with the seconds heard so far and the file's own duration.
+        /// Called after each block with the seconds heard so far and the duration that the file
+        /// states.
         std::function<void(double heardSeconds, std::optional<double> duration)> progress;
         std::stop_token stop;
     };
     struct Transcription {
         SpeechAnalyzerFileTranscriptionResult result;
         std::string model;       ///< the model that was used
-        double heardSeconds = 0; ///< of sound, in the file's own time
+        double heardSeconds = 0; ///< the length of the sound that was read
         std::string brokenOff;   ///< why the file could not be read to its end; empty if it could
     };
 
