@@ -31,7 +31,7 @@ class DiagnosticsCatalog {
     struct Budget {
         std::size_t maxRuns = 30;
         std::int64_t maxTotalBytes = 2147483648; ///< 2 GiB
-        std::size_t keepMinimum = 3;             ///< the newest runs stay, whatever their size
+        std::size_t keepMinimum = 3; ///< this many of the newest runs stay, whatever their size
     };
 
     DiagnosticsCatalog(FileSystem& files, const TessarunePaths& paths)

@@ -48,7 +48,8 @@ struct SessionDiagnosticsRecorder::Run {
         writeLifecycle({t, name, LifecyclePhase::instant, std::nullopt, fields});
     }
     /// Waits until all queued records are written and closes the logs, except the lifecycle log.
-    /// Sets `lost` to the number of lost records of each closed log that lost any.
+    /// Sets `lost` to the numbers of lost records by the name of the log; a log that lost none is
+    /// left out.
     void closeLogs(Json& lost);
     Json manifestHead() const; ///< without the host
 };

@@ -129,8 +129,8 @@ Task<void> HistoryExport::write(HistoryExportRequest request, std::filesystem::p
             from = recording->filePath;
         if (recording && isOurM4A(*recording))
             runAudioStep(unfinished, [&] {
-                // If its size differs from the entry, the file is transcoded, because the decoder
-                // detects damage.
+                // If the file's size differs from that in its entry, the file is transcoded,
+                // because the decoder detects damage.
                 isCopied = files_.size(from) == static_cast<std::uint64_t>(recording->byteCount);
                 if (isCopied)
                     copyAudio(from, unfinished);

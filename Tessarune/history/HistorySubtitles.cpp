@@ -71,8 +71,8 @@ std::vector<Chunk> chunksOf(const SpokenRow& row, const SubtitleText& text) {
     return best;
 }
 
-/// Adds the cues of a row, with its source, its translation or both. For both, the translation is
-/// cut into one part per chunk of the source, or into more parts if it is long.
+/// Adds the cues of a row, with its source, its translation or both. If both are shown, the
+/// translation is cut into one part per chunk of the source, or into more parts if it is long.
 void addDrafts(std::vector<Draft>& drafts, SpokenRow row, Content content) {
     if (content == Content::translation) {
         // The translation has no word times, so it is spread evenly.

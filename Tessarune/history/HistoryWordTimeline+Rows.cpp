@@ -99,8 +99,8 @@ class RowMatch {
     }
 
     void fillBetween(Pair from, Pair to) {
-        // If both sides have equally many, they are taken for the same sentences, differently
-        // worded.
+        // If both sides have the same number of texts, they are taken for the same sentences,
+        // differently worded.
         const bool sameCount = to.first - from.first == to.second - from.second;
         const auto hasRemaining = [&] { return from.first < to.first && from.second < to.second; };
         for (; hasRemaining() && (sameCount || agrees(from.first, from.second));

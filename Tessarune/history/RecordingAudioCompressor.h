@@ -25,7 +25,8 @@ class WAVEncoding;
 /// encoding happens on queues of its own. After a failure the WAV is still there.
 ///
 /// During a recording the M4A grows beside the WAV, so that only the last seconds remain to be
-/// encoded at the end. If that failed or never began, the entire WAV is encoded at the end.
+/// encoded at the end. If this encoding failed or never began, the entire WAV is encoded at the
+/// end.
 class RecordingAudioCompressor {
   public:
     class CompressionError : public std::runtime_error {

@@ -74,9 +74,9 @@ RecordingRepair::Report RecordingRepair::runAtLaunch() {
     return report;
 }
 
-/// Reports imports without a transcript, and those whose transcription or translation the end of
-/// the program interrupted. If the end was unexpected, the import may be its cause. An import
-/// without text then gets an empty one, so that only the user starts another attempt.
+/// Reports imports without a transcript, and those whose transcription or translation was
+/// interrupted by the end of the program. If the end was unexpected, the import may be its cause.
+/// An import without text then gets an empty one, so that only the user starts another attempt.
 void RecordingRepair::sortImports(Report& report) {
     using Mark = RecordingCatalog::TranscriptionMark;
     for (const RecordingMetadata& recording : catalog_.recordings()) {
@@ -265,8 +265,9 @@ void RecordingRepair::removeReplacedSound() {
 
 /// Finishes or undoes replacements of a transcript by a refined one. A replacement moves its text
 /// first. If the text has been moved, the remaining files are moved into place; an empty one stands
-/// for a sidecar that is removed. If the text still waits, nothing has been moved, and all waiting
-/// files are removed. The text is removed last: without it, the next launch would move the others.
+/// for a sidecar that is removed. If the text has not been moved, no file has, and the files of the
+/// replacement are removed. The text is removed last: without it, the next launch would move the
+/// others.
 void RecordingRepair::completeReplacements() {
     const auto& folder = catalog_.paths().transcripts();
     try {

@@ -99,7 +99,7 @@ void HistoryRefinementService::cancelAll() {
     if (!running_)
         return;
     running_->stop.request_stop();
-    leaveToNextLaunch(*running_); // now, because a recogniser that hangs never answers
+    leaveToNextLaunch(*running_); // now, because the job never ends if its recogniser hangs
 }
 
 Task<void> HistoryRefinementService::end() {

@@ -20,8 +20,9 @@
 
 namespace tessarune {
 
-/// Transcribes recordings again, with time to look ahead, and replaces their transcripts with the
-/// result: first the text, then its translation. One recording after the other.
+/// Transcribes recordings again, with a recogniser that has time to look ahead, and replaces their
+/// transcripts with the result: first the text, then its translation. One recording after the
+/// other.
 ///
 /// A job that fails or is cancelled before the new text is saved leaves the former transcript
 /// unchanged. The deletion of a recording ends its job. Text whose sound was not heard is never

@@ -23,7 +23,7 @@ class RecordingBlocks {
     /// `brokenOff` then states the reason. Throws AudioConversionError.
     AudioBufferPtr next(double seconds);
 
-    /// The sound read so far, in seconds of the file.
+    /// The length of the sound that was read so far, in seconds.
     double heardSeconds() const { return heardSeconds_; }
     /// The duration that the container states.
     std::optional<double> duration() const { return file_->duration(); }

@@ -133,8 +133,8 @@ void LiveSessionStop::sealLiveIntoCommitted() {
 }
 
 /// Whether the session has a recording, but neither sound nor text. Also checks the file, because
-/// the duration in the catalog is 0 if the update of the catalog failed. False if full diagnostics
-/// are captured, because they need the recording.
+/// the duration in the catalog is also 0 if the update of the catalog failed. False if full
+/// diagnostics are captured, because they need the recording.
 bool LiveSessionStop::heardNothing() const {
     const auto recording = store_.recordingTracker_.currentRecordingMetadata();
     if (!recording || recording->duration > 0 || !store_.core_.committedSegments->empty() ||
