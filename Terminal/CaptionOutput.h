@@ -14,8 +14,8 @@ namespace tessarune {
 /// A snapshot of everything that an output can print.
 struct CaptionPicture {
     const LiveCaptionDisplayFrame& frame;
-    /// For data that a frame leaves out: failures, times and words of committed rows, and which
-    /// live text is a complete sentence.
+    /// Has what a frame leaves out: failures, times and words of committed rows, and which live
+    /// texts are complete sentences.
     LiveCaptions captions;
     /// The target language; empty: no translation.
     std::string target;
@@ -31,7 +31,7 @@ struct CaptionOutput {
     std::function<void(std::string_view)> status;
     /// Prints the progress of a long operation in place of the previous progress.
     std::function<void(std::string_view)> progress;
-    /// Another program has written to the terminal: draws the live text again, on a new line.
+    /// Draws the live text again, on a new line. Call after another program used the terminal.
     std::function<void()> redraw = [] {};
     /// Prints the last picture and leaves the screen in a clean state. The last call.
     std::function<void(const CaptionPicture&)> finish;
@@ -59,8 +59,8 @@ CaptionOutput makeScreenOutput(std::FILE* terminal, ScreenSizeSource size, bool 
 
 /// Prints settled rows, one per line, and translations as lines that begin with a tab; status lines
 /// and failed translations go to `errors`. A row waits at most a second for the translation of the
-/// previous row, so that each translation follows its row. After a wait that was too short, no row
-/// waits again until all translations have arrived.
+/// previous row, so that each translation follows its row. After a wait that was too short, rows
+/// are printed at once; they wait again as soon as no translation is missing.
 CaptionOutput makePlainOutput(std::FILE* out, std::FILE* errors, Host& host, bool quiet);
 
 /// Prints each change as a JSON object on a line of its own, flushed at once; see docs/terminal.md.

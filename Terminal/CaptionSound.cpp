@@ -19,8 +19,8 @@ namespace {
 constexpr double fastLead = 5.0;
 /// Seconds for the recogniser to finish the last sentence after the sample speech has ended.
 constexpr double afterDemoSeconds = 2.0;
-/// A pipe opens only when another program opens it for writing. After this time the user is told
-/// that the program waits for sound.
+/// Seconds after which the user is told that the program waits for sound. A pipe, for example,
+/// opens only when another program opens it for writing.
 constexpr double silentWaitSeconds = 1.0;
 
 Task<void> reportWaiting(Host& host, std::function<void(const std::string&)> say, std::string text,

@@ -15,8 +15,8 @@
 
 namespace tessarune {
 
-/// The sound of a run: that of the desktop's sound server, a file that plays through a sound server
-/// of its own, or sample speech on a private sound server. Main queue.
+/// The sound of a run comes from the desktop's sound server, from a file (played by a
+/// FileSoundServer), or from sample speech (played by a DemoSound). Main queue.
 class CaptionSound {
   public:
     struct Handlers {

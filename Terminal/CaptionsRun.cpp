@@ -35,7 +35,7 @@ Task<int> runCaptions(Program& program, const TerminalOptions& options, Captions
         const bool isOpen = co_await opening;
         std::optional<ExitStatus> refusal;
         if (isOpen && !session.isDemo()) { // no questions before sample speech
-            // The offer's question and download have a SignalWatch each, and only one may exist.
+            // The offer creates a SignalWatch of its own, and only one may exist at a time.
             signals.reset();
             Task<std::optional<ExitStatus>> asking = offerTranslation(program, options, command);
             refusal = co_await asking;

@@ -17,17 +17,17 @@ namespace tessarune {
 void printText(std::string_view text);
 /// Prints an object as one line on standard output.
 void printJSON(const nlohmann::ordered_json& object);
-/// The line of an object, without its line feed. Escapes the characters that `Text::printable`
-/// would replace; replaces invalid UTF-8.
+/// The line that `printJSON` prints, without the line feed. Escapes the characters that
+/// `Text::printable` would replace; replaces invalid UTF-8.
 std::string jsonLine(const nlohmann::ordered_json& object);
-/// Prints a line on standard error. It is news, not a failure.
+/// Prints information, not a failure: a line on standard error.
 void printNotice(std::string_view text);
 /// Prints a failure: a line on standard error that begins with the program's name.
 void printProblem(std::string_view text);
 
 /// The beginning of a recording's ID, by which commands identify it (`chosenRecording`).
 std::string shortID(const UUID& id);
-/// The state of a model that is installed or can be downloaded. `damage` as in SpeechModelState.
+/// Describes the state of a model to the user. `damage` has the meaning of SpeechModelState.
 std::string modelStateText(bool isInstalled, bool isRemovable, const std::string& damage);
 /// "40 %".
 std::string percentText(int percent);

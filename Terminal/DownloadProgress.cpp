@@ -96,7 +96,7 @@ class DownloadNews {
     Program& program_;
     const bool isJSON_;
     const bool isQuiet_;
-    const bool isOnTerminal_; ///< standard error is a terminal; neither --json nor --quiet
+    const bool isOnTerminal_; ///< a terminal shows the progress; false with --json or --quiet
     const std::string name_;
     DownloadPercent percent_;
 };

@@ -14,8 +14,8 @@ namespace tessarune {
 /// The step of reports that are printed as lines, in per cent or megabytes.
 constexpr int percentPerLine = 10;
 
-/// Decides when to report the progress of a download: once per `step` per cent, or megabytes if the
-/// size is unknown.
+/// Decides when to report the progress of a download: every `step` per cent, or every `step`
+/// megabytes if the size is unknown.
 class DownloadPercent {
   public:
     explicit DownloadPercent(int step) : step_(step) {}
@@ -39,8 +39,8 @@ struct ShownDownload {
     std::function<Task<void>(Progress progress, std::stop_token stop)> run;
 };
 
-/// A download from one of the stores of models; `Reported` is the type in which it reports
-/// progress.
+/// A download from one of the stores of models. `Reported` is the type of the store's progress
+/// reports.
 template <typename Reported, typename Store>
 ShownDownload downloadOf(Store& store, const std::string& name) {
     return {name, [&store, name](ShownDownload::Progress progress, std::stop_token stop) {
@@ -51,9 +51,9 @@ ShownDownload downloadOf(Store& store, const std::string& name) {
             }};
 }
 
-/// Runs a download. Reports its progress on standard error, on a terminal in one line that is
-/// rewritten; with --json, as objects on standard output; with --quiet alone, not at all. Prints a
-/// failure on standard error.
+/// Runs a download. Reports its progress on standard error, in one rewritten line if that is a
+/// terminal. With --json, reports it as objects on standard output; with --quiet but without
+/// --json, not at all. Prints a failure on standard error.
 /// Ctrl-C ends the download with ExitStatus::interrupted; the next attempt continues with the
 /// bytes that were received. Returns the exit status. Main queue.
 Task<int> runDownload(Program& program, const TerminalOptions& options, ShownDownload download);
@@ -62,7 +62,8 @@ constexpr double bytesPerMegabyte = 1e6;
 
 /// Formats bytes as "38.2 MB".
 std::string megabytes(std::uint64_t bytes);
-/// Formats bytes as a right-aligned table cell, small sizes in kB; blank for 0, an unknown size.
+/// Formats bytes as a right-aligned table cell, small sizes in kB. An unknown size is 0 bytes and
+/// leaves the cell blank.
 std::string sizeCell(std::uint64_t bytes);
 
 } // namespace tessarune

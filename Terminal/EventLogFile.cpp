@@ -20,7 +20,7 @@ void EventLogFile::fail(const std::string& why) const {
 
 void EventLogFile::check(const std::optional<fs::path>& source) const {
     std::error_code error;
-    // Not a comparison of paths: one file may have two names.
+    // Compares files instead of paths, because one file may have two names.
     if (source && fs::equivalent(*source, path_, error))
         fail(localized("it is the sound file to be captioned"));
     const bool exists = fs::exists(path_, error);
@@ -42,7 +42,7 @@ void EventLogFile::check(const std::optional<fs::path>& source) const {
 
 void EventLogFile::begin() {
     std::error_code error;
-    // A pipe or a device exists already and loses nothing.
+    // An existing pipe or character device has no contents that could be lost.
     const bool mayExist =
         overwrites_ || (fs::exists(path_, error) && !fs::is_regular_file(path_, error));
     writer_ = ASREventLog::Writer::open(host_, path_,

@@ -9,7 +9,7 @@ enum class ExitStatus : int {
     usage = 64,
     differs = 65, ///< the replay of a run differs from its captions, or is impossible
     unreadableFile = 66,
-    noSuchRecording = 67, ///< no such recording or diagnostics run, or several
+    noSuchRecording = 67, ///< no recording or diagnostics run matches, or several do
     noSuchSource = 68,
     noSoundServer = 69,
     internal = 70,

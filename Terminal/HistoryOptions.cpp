@@ -43,7 +43,7 @@ UsagePeriodKind usagePeriodKind(const std::string& word) {
     throw UsageProblem(localized("--by takes day, week or month, not '%@'.", {word}));
 }
 
-/// "90", "12.5", "1:30" or "1:02:03", in seconds.
+/// Parses a time such as "90", "12.5", "1:30" or "1:02:03". Returns seconds.
 double checkedTime(const std::string& text) {
     double seconds = 0;
     std::size_t parts = 0;

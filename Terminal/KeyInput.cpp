@@ -14,7 +14,7 @@ namespace tessarune {
 
 namespace {
 
-/// In the background, the interval of checks whether the program has the terminal again.
+/// How often the program checks whether it has the terminal again.
 constexpr int backgroundMilliseconds = 200;
 
 void readKeys(Host& host, int wakeUp, const std::shared_ptr<std::function<void(KeyPress)>>& onKey) {

@@ -30,7 +30,7 @@ std::string describe(const TranslationLanguageState& language) {
                           language.damage);
 }
 
-/// The state of a language that has a model or could download one; null if it has none.
+/// The state of a language; null if there is no model for it, neither installed nor to download.
 const TranslationLanguageState*
 translatableState(const std::vector<TranslationLanguageState>& states, const std::string& id) {
     const auto state = std::ranges::find(states, id, &TranslationLanguageState::id);
@@ -125,7 +125,7 @@ Task<int> testTranslation(Program& program, const TerminalOptions& options, std:
     if (const auto* state = translatableState(states, target)) {
         const bool isOnDisk =
             state->status == TranslationAvailabilityStatus::installed || !state->damage.empty();
-        // A model that is not on the disk counts as a flaw, too.
+        // `flaw` also reports a model that is not on the disk.
         Task<std::string> checking = program.translationModels.flaw(target);
         const std::string flaw = co_await checking;
         if (isOnDisk && !flaw.empty())

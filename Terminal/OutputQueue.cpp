@@ -117,7 +117,7 @@ OutputQueue::~OutputQueue() {
     if (isIdle)
         thread_.join();
     else
-        thread_.detach(); // a slow reader may block its write for ever
+        thread_.detach(); // a slow reader may block the thread's write for ever
 }
 
 bool OutputQueue::isBehind() const {

@@ -14,8 +14,8 @@ constexpr double checkEverySeconds = 1;
 /// If a check is late by more than this, the whole program was held up. If more seconds of sound
 /// than this arrive at once, the sound server was held up.
 constexpr double heldUpSeconds = 1;
-/// After a hold-up, the recogniser may need the duration of the hold-up and these seconds to
-/// process the queued sound. No delay is reported meanwhile.
+/// After a hold-up, the recogniser may need as long as the hold-up lasted, and these seconds more,
+/// to process the queued sound. No delay is reported meanwhile.
 constexpr double catchUpSeconds = 10;
 
 constexpr double progressEverySeconds = 0.2;

@@ -49,7 +49,7 @@ class RecogniserDelay {
     DelayedCall watch_;
     std::function<void(int percent)> sayProgress_;
     DelayedCall progressWatch_;
-    int percent_ = 0;              ///< the last one that was reported
+    int percent_ = 0;              ///< the percentage that was reported last
     double nextCheckAt_ = 0;       ///< host time
     double excusedUntil_ = 0;      ///< host time; until then, no delay is reported
     double lastBehind_ = 0;        ///< seconds behind at the last check

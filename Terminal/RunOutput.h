@@ -28,7 +28,7 @@ class RunOutput {
     void update(const CaptionPicture& picture);
     void say(const std::string& text) const { captions_.status(text); }
     void progress(const std::string& text);
-    /// Prints a message with the program's name on standard error, even with `--quiet`.
+    /// Prints the program's name and a message on standard error, even with `--quiet`.
     void warn(const std::string& text) const;
     /// Redraws after another program used the terminal.
     void redraw() { captions_.redraw(); }
@@ -48,7 +48,7 @@ class RunOutput {
     Host& host_;
     const Handlers handlers_;
     const std::shared_ptr<bool> alive_ =
-        std::make_shared<bool>(true); ///< tells posted work whether this exists
+        std::make_shared<bool>(true); ///< tells posted work whether this object exists
     OutputQueue out_;
     OutputQueue errors_;
     bool showsProgressOnErrors_ = false;

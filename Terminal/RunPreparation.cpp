@@ -34,8 +34,8 @@ void RunPreparation::overrideSettings(Application& application, const CaptionsCo
     AppSettings& settings = application.settings;
     if (!command.records)
         application.recording.recordNothing();
-    // Silence does not end a terminal session unless the user has stored a limit. It never ends a
-    // file, which ends by itself.
+    // Silence does not end a terminal session unless the user has stored a limit. It never ends the
+    // captions of a file, which end with the file.
     if (std::holds_alternative<FileSource>(command.source) ||
         !settings.audioInactivityAutoStopMinutes.isStored())
         application.override(settings.audioInactivityAutoStopMinutes, std::int64_t{0});

@@ -15,7 +15,7 @@ namespace tessarune::RunPreparation {
 /// unless its source is live and the user has stored a limit of silence.
 void overrideSettings(Application& application, const CaptionsCommand& command);
 
-/// Throws if the speech model is missing or damaged; a session downloads nothing.
+/// Throws if the speech model is missing or damaged, because a session downloads nothing.
 void checkModel(const Application& application);
 
 /// Locks the data folder, because two programs must never write one catalog, and repairs what a

@@ -63,7 +63,7 @@ RunTranslation::Stored RunTranslation::stored() const {
             application_.storedDefaults.value(settings.translationTargetLanguage.key())};
 }
 
-/// Reported once per unavailable choice, not at every start.
+/// Reports an unavailable choice once, not at every start.
 void RunTranslation::sayMissing(const std::string& notice) {
     if (!say_)
         return;

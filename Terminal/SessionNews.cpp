@@ -57,9 +57,9 @@ void SessionNews::observeStatus() {
     });
 }
 
-/// Whether status texts are reported in the current phase. Before `listening` they are not: the
-/// command reports itself what it listens to. During the stop they are about saving, and an
-/// unrecorded session saves nothing.
+/// Whether status texts are reported in the current phase. Before `listening` they are not, because
+/// the command itself reports what it listens to. During the stop they are about saving, so they
+/// are reported only if the session is recorded.
 bool SessionNews::reportsStatus() const {
     switch (*view_.sessionPhase) {
     case LiveSessionPhase::listening:

@@ -48,7 +48,7 @@ class SessionNews {
     std::string lastStatus_;
     bool failedToCompress_ = false;
     std::optional<int> lastProgress_;
-    std::set<std::string> reportedTranslationStatus_; ///< without numbers
+    std::set<std::string> reportedTranslationStatus_; ///< texts, without their numbers
 };
 
 } // namespace tessarune

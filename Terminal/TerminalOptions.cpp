@@ -31,7 +31,7 @@ SourceChoice parseSource(const std::string& text) {
         localized("--source takes system, mic, mic:NAME, file:PATH or -, not '%@'.", {text}));
 }
 
-/// The recogniser's identifier of a locale, whatever its spelling.
+/// Returns the recogniser's identifier of a locale. `text` may be in any case, and "_" is "-".
 std::string checkedLocale(const std::string& text) {
     std::string wanted = Text::lowercased(text);
     std::ranges::replace(wanted, '_', '-');
@@ -55,7 +55,7 @@ std::string checkedTarget(const std::string& option, const std::string& text) {
                                  {option, text, Text::joined(known, ", ")}));
 }
 
-/// Empty if nothing should be translated.
+/// Returns the ID of the target; empty if nothing should be translated.
 std::string checkedTargetOrNone(const std::string& text) {
     const std::string word = Text::lowercased(text);
     return word == "off" || word == "none" ? std::string() : checkedTarget("--target", text);
@@ -110,7 +110,7 @@ struct Words {
     bool noRecord = false;
     bool listSources = false;
     bool showSettings = false;
-    std::vector<CLI::Option*> captions; ///< options of captions only
+    std::vector<CLI::Option*> captions; ///< options that are valid only for captions
 };
 
 void declareCaptions(CLI::App& app, Words& words) {
@@ -192,7 +192,7 @@ void refuseEmptyWords(int argc, const char* const* argv) {
     }
 }
 
-/// Marks a word as a value. No user types it.
+/// Marks a word as a value. No user types this character.
 constexpr char valueMark = '\1';
 
 std::string withoutMark(std::string word) {
@@ -201,8 +201,8 @@ std::string withoutMark(std::string word) {
     return word;
 }
 
-/// The command line without "--". The words after it are not options, but may still be values of
-/// the option before it. The parser would not allow that, so they are marked as values.
+/// The command line without "--". The words after "--" are not options, but may still be values of
+/// the option before "--". The parser would not allow that, so these words are marked as values.
 std::vector<std::string> withMarkedValues(int argc, const char* const* argv) {
     std::vector<std::string> words;
     bool areValues = false;

@@ -24,8 +24,8 @@ class TerminalSession {
     TerminalSession(Program& program, const TerminalOptions& options, CaptionsCommand command);
     TerminalSession(const TerminalSession&) = delete;
 
-    /// Opens the source and checks the session's requirements; false if it was interrupted. Throws
-    /// RunFailure.
+    /// Opens the source and checks the session's requirements. Returns false if `interrupt` was
+    /// called meanwhile. Throws RunFailure.
     Task<bool> open();
     /// Whether the sample speech is captioned instead of the user's sound.
     bool isDemo() const { return sound_.isDemo(); }

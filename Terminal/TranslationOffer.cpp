@@ -11,8 +11,8 @@ namespace tessarune {
 
 namespace {
 
-/// The key of the target whose offer was declined last. It is stored with the settings, but is not
-/// a setting.
+/// The key under which the target of the last declined offer is stored. It is stored with the
+/// settings, but is not a setting.
 constexpr const char* declinedKey = "translationOfferDeclined";
 
 bool wasDeclined(const Program& program, const std::string& id) {
@@ -55,8 +55,8 @@ Task<std::optional<ExitStatus>> offerTranslation(Program& program, const Termina
     }
     const auto status = static_cast<ExitStatus>(co_await downloadLanguage(program, options, id));
     const bool wasStopped = status == ExitStatus::interrupted;
-    // Captions do not depend on a target of the settings; a target of the command line is a
-    // requirement.
+    // Captions may begin without the target of the settings, but not without that of the command
+    // line.
     const bool mayContinue = status == ExitStatus::ok || (!command.target && !wasStopped);
     co_return mayContinue ? std::nullopt : std::optional(status);
 }

@@ -12,7 +12,7 @@ namespace tessarune {
 
 namespace {
 
-/// DownloadPercent takes integers: fractions are counted in thousandths.
+/// DownloadPercent takes integers, so a fraction is given as a number of thousandths.
 constexpr std::uint64_t hundredPercent = 1000;
 
 } // namespace

@@ -9,9 +9,9 @@
 
 namespace tessarune {
 
-/// Reports the progress of work: on a terminal, in one line that is rewritten; in a log, in a line
-/// for every ten per cent; or as JSON for each per cent. A new step is always reported. Prints
-/// nothing with --quiet, except JSON. Main queue.
+/// Reports the progress of work. A terminal gets one line that is rewritten; a log gets a line for
+/// every ten per cent; JSON has a line for each per cent. A new step is always reported. With
+/// --quiet only JSON is printed. Main queue.
 class WorkProgress {
   public:
     /// `json` has the fields that each JSON line contains besides the step and the per cent.
@@ -27,7 +27,7 @@ class WorkProgress {
   private:
     const bool isJSON_;
     const bool isQuiet_;
-    const bool isOnTerminal_; ///< standard error is a terminal; neither --json nor --quiet
+    const bool isOnTerminal_; ///< a terminal shows the progress; false with --json or --quiet
     const nlohmann::ordered_json json_;
     DownloadPercent percent_;
     std::string step_;

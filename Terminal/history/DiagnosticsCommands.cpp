@@ -26,7 +26,7 @@ namespace {
 using RunJSON = nlohmann::ordered_json;
 
 constexpr std::size_t levelColumns = 8;
-/// Aligns a description with the path above it: `sizeCell` and two blanks.
+/// As wide as `sizeCell` and two blanks, so that a description is aligned with the path above it.
 constexpr const char* descriptionIndent = "           ";
 
 std::string lengthText(const DiagnosticsRunContents& run) {
@@ -69,9 +69,9 @@ RunJSON fileObject(const DiagnosticsRunContents& run, const DiagnosticsRunConten
     return object;
 }
 
-/// The run of the data folder whose name begins with `name`. If `mayBeAnywhere`, `name` may also be
-/// the path of a run's folder. If there is no such run or more than one, prints that and returns
-/// the exit status.
+/// Finds the run whose name begins with `name`, in the data folder. If `mayBeAnywhere`, `name` may
+/// also be the path of a run's folder. If there is no such run or more than one, prints that and
+/// returns the exit status.
 std::variant<DiagnosticsRun, int> chosenRun(Program& program, const std::string& name,
                                             bool mayBeAnywhere) {
     const std::filesystem::path folder(name);

@@ -48,8 +48,8 @@ ExitStatus statusOf(HistoryExportError::Kind kind) {
                                                     : ExitStatus::unreadableFile;
 }
 
-/// Writes the document unchanged, but without control characters if it goes to a terminal. A note
-/// may contain them: it may be the name of an imported file.
+/// Writes the document unchanged, but without control characters if it goes to a terminal. Its note
+/// may contain such characters, because a note may be the name of an imported file.
 int writeToStandardOutput(const std::string& document) {
     const std::string& bytes = isatty(STDOUT_FILENO) ? Text::printable(document) : document;
     std::fwrite(bytes.data(), 1, bytes.size(), stdout);
@@ -97,7 +97,7 @@ Task<int> print(Program& program, HistoryExportRequest request) {
     co_return writeToStandardOutput(bytes);
 }
 
-/// Whether `path` is below `folder`. An export must not replace the program's own files.
+/// Whether `path` is below `folder`.
 bool isBelow(const std::filesystem::path& folder, const std::filesystem::path& path) {
     std::error_code ignored;
     const auto inner = std::filesystem::weakly_canonical(std::filesystem::absolute(path), ignored);
@@ -113,6 +113,7 @@ Task<int> exportTo(Program& program, const TerminalOptions& options,
     }
     const std::filesystem::path to =
         command.to.empty() ? HistoryExport::suggestedFilename(request) : command.to;
+    // An export must not replace the program's own files.
     if (isBelow(program.paths.appSupportBase(), to)) {
         printProblem(localized("%@ is in the folder of the recordings.", {to.string()}));
         co_return status(ExitStatus::cannotWrite);

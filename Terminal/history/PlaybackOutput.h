@@ -14,7 +14,7 @@ struct PlaybackPicture {
         std::string text;
         double start = 0;
         double end = 0;
-        std::size_t wordOffset = 0; ///< of the word that is heard, in bytes of `text`
+        std::size_t wordOffset = 0; ///< where the word that is heard begins, in bytes of `text`
         std::size_t wordLength = 0; ///< in bytes; 0: the word is not known
     };
 

@@ -27,8 +27,8 @@ std::string recordingRow(const HistoryItem& item, const std::string& text, bool 
 /// prints why and returns the exit status.
 std::optional<ExitStatus> lockDataFolder(Program& program);
 
-/// As `lockDataFolder`, then repairs the folder and prints what was repaired, but not the
-/// advice to refine the recording `toRefine`.
+/// Does the same as `lockDataFolder`, then repairs the folder and prints what was repaired. Also
+/// prints which interrupted imports should be refined, but leaves out the recording `toRefine`.
 std::optional<ExitStatus> prepareDataFolder(Program& program,
                                             const std::optional<UUID>& toRefine = {});
 

@@ -15,7 +15,7 @@ namespace tessarune {
 /// Returns the exit status. Main queue.
 Task<int> refineRecording(Program& program, const TerminalOptions& options, RefineCommand command);
 
-/// The options of a recording's refinement, from the settings. If the target language is
+/// The request to refine a recording, with the options of the settings. If the target language is
 /// unavailable, the request asks for no translation; prints why, unless `--quiet` is given.
 HistoryRefinementRequest refinementRequest(const Program& program, const TerminalOptions& options,
                                            const UUID& id, const std::string& audioPath);

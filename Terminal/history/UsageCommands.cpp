@@ -40,7 +40,7 @@ std::string usageRow(const std::string& name, const UsagePeriod& period) {
            figure(std::to_string(period.sessions)) + figure(std::to_string(period.words));
 }
 
-/// A bar whose length is the share of the maximum.
+/// A bar whose length is proportional to `seconds`.
 std::string bar(double seconds, double maximumSeconds) {
     const auto length = static_cast<int>(std::lround(barColumns * seconds / maximumSeconds));
     std::string drawn = length > 0 ? "  " : "";

@@ -21,7 +21,7 @@ namespace {
 constexpr std::size_t wordRowColumns = 80;
 constexpr std::size_t countColumns = 6;
 constexpr std::size_t formsColumns = 30;
-constexpr int countLines = 0; ///< in place of a number of sentences: each line is a sentence
+constexpr int countLines = 0; ///< no given number of sentences: each line counts as a sentence
 
 /// The user's marks on words, and the core words.
 struct WordMarks {
@@ -99,7 +99,8 @@ std::vector<std::string> lemmasOf(const HistoryWordStats& stats) {
     return lemmas;
 }
 
-/// Empty if there is no transcript. If it is unreadable, prints the reason and returns `nullopt`.
+/// The transcript, or an empty text if there is none. If the transcript is unreadable, prints the
+/// reason and returns `nullopt`.
 std::optional<std::string> transcriptOf(Program& program, const HistoryItem& item) {
     const auto path = program.catalog.transcriptURL(item.id);
     try {
