@@ -25,7 +25,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(tessarune-options INTERFACE -Wno-dangling-else)
 else()
   # -Wthread-safety checks the annotations of TessaruneCore/host/Mutex.h. GCC gets no -Wconversion,
-  # because it warns where nothing can be lost.
+  # because GCC also warns where nothing can be lost.
   target_compile_options(tessarune-options INTERFACE -Wconversion -Wthread-safety)
 endif()
 target_include_directories(tessarune-options INTERFACE "${PROJECT_SOURCE_DIR}")

@@ -10,9 +10,9 @@
 #include <unordered_set>
 #include <vector>
 
-/// Measures a frame, from the change of the captions to its publication, in sessions of different
-/// lengths. The sessions take turns in one run; the result is the ratio of the longest to the
-/// shortest.
+/// Measures the time from a change of the captions to the publication of its frame, in sessions of
+/// different lengths, which take turns in one run. The result is the ratio of the time in the
+/// longest session to that in the shortest.
 
 namespace tessarune {
 namespace {
@@ -88,7 +88,8 @@ double timed(Change change) {
     return seconds() - before;
 }
 
-// These make a change, of the given number in its round, and return the seconds until its frame.
+// Each of these makes a change and returns the seconds until its frame. The number is that of the
+// change in its round.
 
 double afterAWord(Captions& captions, std::size_t) {
     captions.speak();

@@ -77,7 +77,7 @@ int run(int recordings) {
     std::printf("%-34s %8.2f ms, of these %.2f on the main thread; %.1f MB\n", "the list is read",
                 all, onMain, ownMegabytes() - before);
 
-    // Only the work of the main thread; the catalog is read on a queue.
+    // Measures only the work of the main thread, not the reading of the catalog on a queue.
     std::vector<double> changes;
     for (int round = 0; round < 9; ++round) {
         const std::string note = "Note " + std::to_string(round);
@@ -111,7 +111,7 @@ int run(int recordings) {
         }));
     print("a jump to another place", jumps);
 
-    // The work of all threads: the catalog writes on another thread.
+    // Measures the work of all threads, because the catalog writes on another thread.
     std::vector<double> notes;
     std::vector<double> notesOnMain;
     for (int round = 0; round < 9; ++round) {

@@ -43,8 +43,8 @@ double threadSeconds(long id) {
     return nanoseconds * 1e-9;
 }
 
-/// Counts the threads that appear during a call as the engine's: the rest of the program starts
-/// none while a model is loaded.
+/// Treats threads that appear during a call as threads of the engine. It watches only calls during
+/// which the rest of the program starts no thread.
 class ThreadWatch {
   public:
     ~ThreadWatch() {
@@ -60,7 +60,7 @@ class ThreadWatch {
     std::set<long> before_ = threads();
 };
 
-/// Adds the processor time of the calling thread, while this exists, to that of the engine.
+/// Adds the processor time of the calling thread, while this object exists, to that of the engine.
 class CallWatch {
   public:
     ~CallWatch() {
@@ -73,7 +73,7 @@ class CallWatch {
     double before_ = CPUClock::thread();
 };
 
-/// Stands in for one of the engine's functions, `original`, and times it.
+/// Replaces one of the engine's functions: calls it as `original`, and times the call.
 template <auto Member>
 struct Timed;
 

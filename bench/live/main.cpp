@@ -50,7 +50,7 @@ struct Costs {
     std::size_t passesBefore_ = 0;
 };
 
-/// A folder for the settings, recordings and logs of the run; removed afterwards.
+/// A folder for the settings, recordings and logs of the run. The destructor removes the folder.
 class TemporaryHome {
   public:
     TemporaryHome() {

@@ -15,9 +15,9 @@
 #include <string>
 #include <vector>
 
-/// Measures how soon a long recording is heard after a start and after a seek, and whether it has
-/// gaps at any speed. It is played through a private sound server, whose output is recorded. See
-/// bench/README.md.
+/// Measures how soon a long recording is heard after a start and after a seek, and whether the
+/// sound has gaps at any speed. The recording is played through a private sound server, whose
+/// output is recorded. See bench/README.md.
 
 namespace tessarune {
 namespace {
@@ -167,7 +167,7 @@ void measure(const std::filesystem::path& path) {
     print("seek", seconds);
     for (const double rate : {0.5, 0.75, 1.0, 1.5, 2.0, 2.5, 3.0}) {
         // The pitch rises during each minute of the file. Between the minutes are some milliseconds
-        // of silence, so playback begins in the first third of one.
+        // of silence, so playback begins in the first third of a minute.
         constexpr double frequencyOfFirstThird = 1200;
         double from = place(random);
         while (heard.frequencyAt(from) > frequencyOfFirstThird)

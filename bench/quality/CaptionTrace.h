@@ -27,7 +27,7 @@ class CaptionTrace {
     double from_;
     WordTrace trace_;
     std::string open_; ///< the text that may still change
-    /// Rows that were committed together; the next line has the open text after them.
+    /// Rows that were committed together and are not in `trace_` yet.
     std::string committed_;
     double committedAt_ = 0;
 };

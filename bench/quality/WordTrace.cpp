@@ -57,7 +57,7 @@ class WordTrace::Following {
     Words before_;
     const Texts& texts_;
     std::size_t nextOld_ = 0;
-    std::size_t goneFrom_ = 0; ///< the first old word of the last gap that no new word replaced
+    std::size_t goneFrom_ = 0; ///< in the last gap, the first old word without a replacement
 };
 
 void WordTrace::show(double time, const Texts& newlySettled, const Texts& open) {

@@ -114,6 +114,6 @@ PRONUNCIATIONS = {
     "kinda": "K AY N D AH",
 }
 
-# Reference word times for checking the aligner: those of the package, made by another aligner.
+# Word times for checking the aligner. They come with the package and were made by another aligner.
 CHECKED = {name: f"tests/data/textgrid/{name}.TextGrid"
            for name in ("acoustic_corpus", "cold_corpus", "cold_corpus3")}

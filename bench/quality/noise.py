@@ -42,7 +42,7 @@ def hiss(count, chance, _):
 
 
 def babble(count, chance, speech):
-    """Six voices at once: the measured ones, from random places."""
+    """Six of the measured recordings at once, each from a random place on."""
     voices = [(list(chance.choice(speech)), chance.random()) for _ in range(6)]
     total = [0.0] * count
     for voice, start in voices:
@@ -86,8 +86,9 @@ def loudness(values):
 
 
 def speech_loudness(sound):
-    """The loudness of the parts in which somebody speaks: those within 25 dB of a loud one, louder
-    than 95 of 100 parts. Parts that are louder still, such as a thump on the desk, count as that one."""
+    """The loudness of the parts in which somebody speaks. The measure is a loud part: one that is
+    louder than 95 of 100 parts. Somebody speaks in a part that is less than 25 dB softer. Parts
+    that are louder than the measure, such as a thump on the desk, count as equally loud."""
     step = RATE // 50
     parts = sorted(loudness(sound[i:i + step]) for i in range(0, len(sound) - step, step))
     loud = parts[len(parts) * 95 // 100]

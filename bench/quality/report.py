@@ -62,7 +62,7 @@ def table(runs):
 
 def svg(runs):
     """Draws the wrong words, live and in the engine's batch, and the delay of shown words. Whiskers
-    are the range of the rounds."""
+    show the range of the rounds."""
     found = rows(runs)
     left, wide, gap, high = 210, 330, 60, 26
     height = 70 + high * len(found)

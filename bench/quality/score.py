@@ -2,7 +2,7 @@
 
 from dataclasses import dataclass, field
 
-# Spellings of the same word, without case and punctuation, and the words that they are compared as.
+# A spelling, without case and punctuation, and the words that are compared instead.
 SAME = {
     "alright": "all right",
     "gonna": "going to",

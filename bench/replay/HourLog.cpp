@@ -53,8 +53,8 @@ const Voice& voice(Language language) {
     return language == Language::english ? english : chinese;
 }
 
-/// Random numbers that are the same everywhere: the standard library's generator is, but its
-/// distributions are not.
+/// Random numbers that are the same on every computer. The standard library's distributions are not
+/// the same everywhere, so only its generator is used.
 class Dice {
   public:
     explicit Dice(std::uint64_t seed) : random_(seed) {}

@@ -7,9 +7,9 @@
 
 /// Generates event logs of any length, the same on every computer.
 ///
-/// An utterance takes 6 seconds: 60 partials that grow word by word, some with a wrong word at or
-/// near the end that a later one corrects, and a final with word times. It has one or a few
-/// sentences with commas, and at most 300 characters.
+/// An utterance takes 6 seconds: 60 partials that grow word by word, and a final with word times.
+/// Some partials have a wrong word at or near the end, which a later partial corrects. An utterance
+/// has one or a few sentences with commas, and at most 300 characters.
 namespace tessarune::HourLog {
 
 enum class Language { english, chinese };

@@ -15,8 +15,8 @@
 #include <string>
 
 /// Measures two ratios that do not depend on the speed of the computer: the time to read and replay
-/// an event log over the time that the JSON library needs to parse it, and the time of a partial at
-/// the end of the log over that of one at its beginning.
+/// an event log, divided by the time that the JSON library needs to parse it; and the time of a
+/// partial at the end of the log, divided by the time of a partial at its beginning.
 
 namespace tessarune {
 namespace {

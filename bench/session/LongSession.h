@@ -29,8 +29,8 @@ class LongSession {
         Host& host, FileSystem& files, const TessarunePaths& paths, AppSettings& settings,
         TessaruneFileLogger& logger, RecordingCatalog& catalog)>;
 
-    /// The session listens to `sound` for at most `seconds`. Without an M4A it keeps the WAV that
-    /// it recorded. With `makeDiagnostics`, `steps` stays empty.
+    /// The session listens to `sound` for at most `seconds`. If `makesM4A` is false, the session
+    /// keeps the WAV that it recorded. With `makeDiagnostics`, `steps` stays empty.
     LongSession(std::filesystem::path sound, double seconds, bool makesM4A,
                 const MakeDiagnostics& makeDiagnostics = nullptr);
     ~LongSession();

@@ -13,7 +13,7 @@ SAMPLE = ROOT / "build/engines/samples/two_cities.wav"
 
 
 def write_long_sound(path, seconds):
-    """Writes the sample speech, repeated for at least so many seconds."""
+    """Writes the sample speech, repeated until it lasts at least `seconds`."""
     with wave.open(str(SAMPLE)) as sample, wave.open(str(path), "wb") as long:
         long.setparams(sample.getparams())
         frames = sample.readframes(sample.getnframes())
@@ -32,7 +32,7 @@ def start_on_terminal(command, environment=None):
             while os.read(terminal, 65536):
                 pass
         except OSError:
-            pass  # on Linux: the other side of the terminal is closed
+            pass  # on Linux this means that the other side of the terminal is closed
         os.close(terminal)
 
     threading.Thread(target=discard_output, daemon=True).start()

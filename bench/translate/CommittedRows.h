@@ -25,7 +25,7 @@ class CommittedRows final : TranslatedCaptions {
 
     /// Times in seconds, one for each row.
     struct Stages {
-        std::vector<double> queue;        ///< from the commit to the start of its unit
+        std::vector<double> queue;        ///< from the commit to the start of the row's unit
         std::vector<double> availability; ///< the check whether the pair is available
         std::vector<double> engine;       ///< the call of the translator
         std::vector<double> apply;        ///< from the translator's result until the row has it

@@ -1,8 +1,9 @@
 // Measures what the program adds to the cost of the translation engine: the same sentences pass
 // through the engine alone, through the offline translation service, through the session's
-// translator, and as rows that a session commits. These ways take turns at each sentence, and take
-// turns at being the first, so that the load of the computer and the caches affect all equally.
-// Of each sentence, the shortest wall-clock time and the median processor time count.
+// translator, and as rows that a session commits. These four ways take turns at each sentence, and
+// the way that begins changes with each round, so that the load of the computer and the caches
+// affect all ways equally. Of each sentence, the shortest wall-clock time and the median processor
+// time count.
 //
 // Usage: bench-translate [ROUNDS]
 
@@ -73,7 +74,7 @@ std::size_t wordsOf(const std::string& text) {
     return static_cast<std::size_t>(std::distance(std::istream_iterator<std::string>(words), {}));
 }
 
-/// The times of one way, with a list for each sentence.
+/// The times of one of the ways, with a list for each sentence.
 struct WayTimes {
     explicit WayTimes(std::size_t sentenceCount) : wall(sentenceCount), processor(sentenceCount) {}
 

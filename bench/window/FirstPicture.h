@@ -9,7 +9,7 @@ namespace tessarune {
 struct FirstPicture {
     double seconds = 0;          ///< from the start of the process
     double processorSeconds = 0; ///< of the process until then
-    double megabytes = 0;        ///< of the process a second later, shared pages in proportion
+    double megabytes = 0;        ///< of the process a second later, with its share of shared pages
 
     /// Starts a program on $DISPLAY, which no other program may use, waits until the middle of a
     /// window has another colour than the root window, and ends the program. Throws

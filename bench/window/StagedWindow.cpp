@@ -33,7 +33,7 @@ StagedWindow::StagedWindow(QtHost& host, std::size_t rows)
                .store = defaults_,
                .commands = {},
                .reducesMotion = reducesMotion_}) {
-    settings_.subtitleReviewAutoReturnSeconds = 3600; // a list that is scrolled back stays there
+    settings_.subtitleReviewAutoReturnSeconds = 3600; // the list does not return while it scrolls
     partial_.id = newID_();
     while (committed_.size() < rows)
         commit();

@@ -75,7 +75,8 @@ int measureFrames() {
     return 0;
 }
 
-/// Scrolls back from the newest of 10,000 rows and returns, in one part while words are spoken.
+/// Scrolls back from the newest of 10,000 rows, partly while words are spoken, and in the end
+/// measures the return to the newest row.
 int measureScrolling() {
     QtHost host;
     StagedWindow window(host, 10'000);
@@ -115,7 +116,7 @@ int measureScrolling() {
     });
     const double before = position();
     measure("Page Up", 200, [&] { return byKey(Qt::Key_PageUp); });
-    if (before - position() < 200 * 100) { // at least 100 pixels each
+    if (before - position() < 200 * 100) { // at least 100 pixels for each of 200 key presses
         std::fputs("bench-window: Page Up did not scroll the list as far as expected\n", stderr);
         return 1;
     }

@@ -13,8 +13,9 @@ constexpr std::size_t rareWords = 27'000;
 constexpr std::size_t chineseCharacters = 3'500;
 constexpr std::size_t wordsASentence = 12;
 
-/// The cumulative frequencies of `count` words, the most frequent first. Of all words in a text it
-/// is about every twentieth, as in English; with `i + 1` below it would be every tenth or so.
+/// The cumulative frequencies of `count` words, the most frequent first. About every twentieth word
+/// of a text is the most frequent one, as in English; with `i + 1` instead of `i + 2` it would be
+/// about every tenth.
 std::vector<double> zipfSums(std::size_t count) {
     std::vector<double> sums;
     double sum = 0;

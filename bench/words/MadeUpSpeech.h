@@ -13,7 +13,7 @@ class MadeUpSpeech {
   public:
     explicit MadeUpSpeech(unsigned seed);
 
-    /// A transcript with one sentence of about a dozen words per line, each with a full stop.
+    /// A transcript with one sentence per line. Each has about a dozen words and a full stop.
     std::string transcript(std::size_t words);
     /// The sentences of `transcript` as a bilingual transcript, with Chinese translations of one
     /// and a half characters per word.

@@ -76,7 +76,7 @@ bool save(QQuickWindow& window, const QString& file) {
     return saved;
 }
 
-/// Also sets the colours of the windows that are drawn afterwards.
+/// Draws the settings window. Also sets the colours of the windows that are drawn afterwards.
 bool drawSettings(const QString& folder, bool isDark) {
     QPalette palette = QGuiApplication::palette();
     palette.setColor(QPalette::Window, isDark ? QColor(0x1b1b1e) : QColor(0xf5f5f7));
@@ -97,7 +97,8 @@ bool drawSettings(const QString& folder, bool isDark) {
     return true;
 }
 
-/// The page of the first start: what is asked, a download, and the sample's captions.
+/// Draws the page of the first start in three states: the questions, a download, and the captions
+/// of the sample speech.
 bool drawWelcome(const QString& folder, const QString& suffix) {
     StagedWelcome page;
     page.open();
