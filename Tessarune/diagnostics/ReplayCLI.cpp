@@ -2,6 +2,7 @@
 
 #include "Tessarune/diagnostics/ArenaTimelineExport.h"
 #include "TessaruneCore/recognition/ASREventLog.h"
+#include "TessaruneCore/replay/CaptionMark.h"
 #include "TessaruneCore/replay/CaptionReplay.h"
 #include "TessaruneCore/text/Text.h"
 
@@ -14,6 +15,7 @@
 #include <ostream>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 namespace tessarune::ReplayCLI {
 
@@ -178,6 +180,9 @@ void run(const Arguments& arguments, std::ostream& out, FileSystem& files) {
         out << "error: 读取失败 " << *path << ": " << description << "\n";
         return;
     }
+    // The log of a run also holds marks, which are no events: they would shift the printed times.
+    std::erase_if(records,
+                  [](const ASREventRecord& record) { return captionMark(record).has_value(); });
     if (records.empty()) {
         out << "error: 日志为空 " << *path << "\n";
         return;
