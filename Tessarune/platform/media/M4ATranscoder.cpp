@@ -124,11 +124,14 @@ class M4AContainer {
     }
 
     void writePackets() {
-        while (avcodec_receive_packet(codec_.get(), packet_.get()) == 0) {
+        int received = 0;
+        while ((received = avcodec_receive_packet(codec_.get(), packet_.get())) == 0) {
             packet_->stream_index = 0;
             av_packet_rescale_ts(packet_.get(), codec_->time_base, output_->streams[0]->time_base);
             check(av_interleaved_write_frame(output_.get(), packet_.get()), Kind::writeFailed);
         }
+        if (received != AVERROR(EAGAIN) && received != AVERROR_EOF)
+            check(received, Kind::writeFailed);
         check(output_->pb->error, Kind::writeFailed);
     }
 
