@@ -67,6 +67,7 @@ void SearchIndexKeeper::noteChange(const UUID& id) {
 }
 
 void SearchIndexKeeper::check() {
+    wasChecked_ = false;
     try {
         compare();
     } catch (const std::exception& error) { // the disk failed

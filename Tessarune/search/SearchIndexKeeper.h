@@ -68,7 +68,7 @@ class SearchIndexKeeper {
     std::filesystem::path path_;
     OpenSearchIndex open_;
     std::unique_ptr<SearchIndex> index_;
-    bool wasChecked_ = false;   ///< since the index was opened or created
+    bool wasChecked_ = false;   ///< the last check succeeded, and the index was not discarded since
     bool isBehind_ = false;     ///< updating failed; search the transcripts until the next check
     std::vector<UUID> changed_; ///< noted since the last check
     std::vector<IndexedTexts> outdated_; ///< to be read; only ids and stamps
