@@ -207,6 +207,12 @@ TEST_F(HistoryWindowTests, TheChosenRecordingIsShownNotedAndExported) {
     history.catalog.saveRefinedTranscript("New.", "", {}, id);
     ASSERT_TRUE(runUntil([&] { return shown(0, HistoryTranscriptModel::SourceRole) == "New."; }));
     EXPECT_TRUE(detail.hint().startsWith("这条录音没有保存译文。"));
+
+    model().exports()->setFormat("m4a");
+    model().exports()->run();
+    const auto* const panel = window().findChild<QObject*>("exportPanel");
+    EXPECT_TRUE(panel->property("visible").toBool()) << "a long export shows its progress";
+    ASSERT_TRUE(runUntil([&] { return !panel->property("visible").toBool(); }));
 }
 
 TEST_F(HistoryWindowTests, TheRowIsMarkedThatContainsTheSpokenSentence) {

@@ -14,6 +14,11 @@ Popover {
     width: Math.round(Theme.body * 28)
     onOpened: formats.forceActiveFocus(Qt.TabFocusReason)
 
+    // The panel closed when the user was asked for a file. It opens again for a long export, to show
+    // its progress and the button that cancels it.
+    readonly property bool isExportLong: model.canCancel
+    onIsExportLongChanged: if (isExportLong) open(); else close()
+
     contentItem: Column {
         spacing: Math.round(Theme.body * 0.9)
 
@@ -114,9 +119,8 @@ Popover {
                 enabled: !root.model.isBusy
                 text: root.texts.exportTo
                 onClicked: {
+                    root.close();
                     root.model.run();
-                    if (!root.model.isBusy)
-                        root.close();
                 }
             }
         }
