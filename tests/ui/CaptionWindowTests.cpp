@@ -92,6 +92,13 @@ TEST_F(CaptionWindowTests, ShowsWhyThereAreNoCaptions) {
                                                RecognitionPermissionGate::microphoneRefused));
     captions.enter(LiveSessionPhase::failed, Kind::none);
     EXPECT_FALSE(toolbar->statusRemedy().isEmpty());
+    captions.session.presentedError = std::string("Refused.");
+    EXPECT_EQ(toolbar->status(), "Refused.");
+    captions.speak("Refused.");
+    captions.publish();
+    EXPECT_TRUE(toolbar->showsStatus() && toolbar->status().isEmpty()) << "only its button";
+    captions.session.startFailure = nullptr;
+    EXPECT_FALSE(toolbar->showsStatus());
     captions.speak("Hello");
     captions.publish();
     EXPECT_EQ(stage.presentation(), "content");

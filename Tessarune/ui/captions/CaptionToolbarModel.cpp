@@ -4,6 +4,7 @@
 #include "Tessarune/history/DurationTextFormatter.h"
 #include "Tessarune/ui/captions/CaptionStage.h"
 #include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/Text.h"
 #include "TessaruneCore/translation/TranslationSupport.h"
 
 #include <algorithm>
@@ -43,7 +44,8 @@ CaptionToolbarModel::CaptionToolbarModel(const CaptionWindowEnvironment& environ
     if (environment_.waiting)
         observations_.follow(*environment_.waiting, announce(&CaptionToolbarModel::sessionChanged));
     observations_.follow(session().captionDisplay.frame, [this] {
-        if (std::exchange(hadOutput_, hasOutput()) != hasOutput())
+        const std::pair shown(hasOutput(), showsErrorAsCaption());
+        if (std::exchange(shown_, shown) != shown)
             Q_EMIT sessionChanged();
     });
     observations_.follow(settings_.state, announce(&CaptionToolbarModel::settingsChanged));
@@ -52,6 +54,13 @@ CaptionToolbarModel::CaptionToolbarModel(const CaptionWindowEnvironment& environ
 
 bool CaptionToolbarModel::hasOutput() const {
     return CaptionStage::hasCaptionOutput(*session().captionDisplay.frame);
+}
+
+/// Whether the live caption line tells why the start failed.
+bool CaptionToolbarModel::showsErrorAsCaption() const {
+    const auto& row = session().captionDisplay.frame->livePartialRow;
+    return *session().sessionPhase == LiveSessionPhase::failed && row &&
+           Text::equal(row->sourceText, Text::trimmed(*session().presentedError));
 }
 
 bool CaptionToolbarModel::isBusy() const {
@@ -105,6 +114,8 @@ int CaptionToolbarModel::currentSource() const {
 QString CaptionToolbarModel::status() const {
     if (environment_.isWaiting() && !isStopping())
         return QString::fromStdString(environment_.waitingText());
+    if (showsErrorAsCaption())
+        return {};
     if (*session().sessionPhase == LiveSessionPhase::failed && !session().presentedError->empty())
         return QString::fromStdString(*session().presentedError);
     // During a stop, the last words clear the status, although the session is still being saved.
@@ -113,7 +124,7 @@ QString CaptionToolbarModel::status() const {
     return QString::fromStdString(session().status->text());
 }
 
-/// False for a status that the empty stage or the toolbar shows anyway.
+/// False for a status that the stage or the toolbar shows anyway.
 bool CaptionToolbarModel::showsStatus() const {
     using Kind = SessionStatus::Kind;
     if (isStopping() && session().status->kind != Kind::silent)
@@ -121,7 +132,7 @@ bool CaptionToolbarModel::showsStatus() const {
     if (environment_.isWaiting())
         return !environment_.waitingText().empty() && hasOutput();
     if (isTrouble())
-        return true;
+        return !showsErrorAsCaption() || !statusRemedy().isEmpty();
     switch (session().status->kind) {
     case Kind::inactive:
     case Kind::saving:

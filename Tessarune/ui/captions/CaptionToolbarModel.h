@@ -9,13 +9,14 @@
 #include <QString>
 #include <QStringList>
 #include <QVariantMap>
+#include <utility>
 #include <vector>
 
 namespace tessarune {
 
 /// The toolbar and the status line of the caption window: the source, the duration, and the
-/// buttons. Of a frame, it observes only whether there are captions, so that new captions do not
-/// redraw it. Main thread; the environment must outlive it.
+/// buttons. Of a frame, it observes only whether there are captions, and whether one is an error,
+/// so that new captions do not redraw it. Main thread; the environment must outlive it.
 class CaptionToolbarModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isListening READ isListening NOTIFY sessionChanged)
@@ -108,11 +109,13 @@ class CaptionToolbarModel final : public QObject {
     AppSettings& appSettings() const { return environment_.settings; }
     std::vector<AudioSource> listedSources() const;
     bool hasOutput() const;
+    bool showsErrorAsCaption() const;
 
     const CaptionWindowEnvironment& environment_;
     SubtitleToolbarSettingsStore settings_;
     CaptionSourcesModel sources_;
-    bool hadOutput_ = false;
+    /// Whether there was output, and whether a caption was an error, in the last frame.
+    std::pair<bool, bool> shown_{false, false};
     Observations observations_;
 };
 

@@ -28,9 +28,9 @@ void DesktopProgram::watchSystem() {
         makeTray();
     const auto& problem = store().view().presentedError;
     observations_.followChanges(problem, [this](const std::string& text) {
-        // The toolbar shows why a start failed. Other failures are those of a recording. The
-        // caption line shows them only until the next words replace them, so they become notices,
-        // which stay until they are read.
+        // The caption line shows why a start failed. It also shows other failures, those of a
+        // recording, but only until the next words replace them. So these become notices, which
+        // stay until they are read.
         if (*store().view().sessionPhase == LiveSessionPhase::failed)
             notifyIfHidden(text);
         else if (!text.empty())
