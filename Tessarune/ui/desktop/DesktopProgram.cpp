@@ -96,10 +96,9 @@ void DesktopProgram::prepare() {
     // If another program has the data folder, the start-up services have not run yet.
     if (preparation.obstacle.holder)
         application_.prepare();
-    const auto tellObstacle = [this](const RecordingGate::Obstacle& obstacle) {
-        notices_.tell(DesktopNotices::Topic::recording, obstacleText(obstacle));
+    application_.recording.onDecision = [this](const RecordingGate::Obstacle& obstacle) {
+        tellObstacle(obstacle);
     };
-    application_.recording.onDecision = tellObstacle;
     tellObstacle(preparation.obstacle);
     observations_.followChanges(
         application_.settings.recordWhileCaptioning.published(),
@@ -118,10 +117,31 @@ void DesktopProgram::prepare() {
             session_.translation().retryIncompleteTranslations();
     });
     application_.recording.leaveDataFolder();
-    observations_.followChanges(store().view().sessionPhase, [this](LiveSessionPhase phase) {
-        if (phase == LiveSessionPhase::idle || phase == LiveSessionPhase::failed)
+    observations_.followChanges(store().view().sessionPhase, [this](LiveSessionPhase) {
+        if (isBetweenSessions())
             spawn(Executor::main(host_), leaveDataFolder());
     });
+}
+
+void DesktopProgram::tellObstacle(const RecordingGate::Obstacle& obstacle) {
+    notices_.tell(DesktopNotices::Topic::recording, obstacleText(obstacle));
+    holder_ = obstacle.holder;
+    watchHolder();
+}
+
+/// Removes the notice of the other program that records once it no longer does. During a session
+/// the notice stays, because this session is not recorded either way.
+void DesktopProgram::watchHolder() {
+    holderLook_.cancel();
+    if (!holder_)
+        return;
+    if (isBetweenSessions() && DataFolderLock::holder(application_.paths) != holder_) {
+        holder_.reset();
+        notices_.tell(DesktopNotices::Topic::recording, "");
+        return;
+    }
+    constexpr double lookSeconds = 2;
+    holderLook_ = host_.after(lookSeconds, [this] { watchHolder(); });
 }
 
 /// Lets other programs record and change recordings between two sessions. Waits until the last
@@ -130,9 +150,13 @@ Task<void> DesktopProgram::leaveDataFolder() {
     constexpr double lookSeconds = 0.1;
     while (store().isStopping() || session_.isWritingDiagnostics())
         co_await sleep(Executor::main(host_), lookSeconds);
-    const LiveSessionPhase phase = *store().view().sessionPhase;
-    if (phase == LiveSessionPhase::idle || phase == LiveSessionPhase::failed)
+    if (isBetweenSessions())
         application_.recording.leaveDataFolder();
+}
+
+bool DesktopProgram::isBetweenSessions() {
+    const LiveSessionPhase phase = *store().view().sessionPhase;
+    return phase == LiveSessionPhase::idle || phase == LiveSessionPhase::failed;
 }
 
 /// The interrupted imports wait for a later start if there is no recogniser, or if this program may

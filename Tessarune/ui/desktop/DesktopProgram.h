@@ -55,7 +55,10 @@ class DesktopProgram {
     void prepare();
     void finishImports(const std::vector<RecordingMetadata>& interrupted);
     void tellBrokenOff(const std::vector<RecordingMetadata>& imports);
+    void tellObstacle(const RecordingGate::Obstacle& obstacle);
+    void watchHolder();
     Task<void> leaveDataFolder();
+    bool isBetweenSessions();
     bool hasSpeechModel();
     void toggle(const LiveSessionControlTrigger& trigger);
     void quit();
@@ -115,6 +118,8 @@ class DesktopProgram {
     std::unique_ptr<DesktopWelcome> welcome_; // on the first start, until the page has ended
     std::optional<FileWatch> recordingsWatch_;
     DelayedCall recordingsLook_;
+    std::optional<DataFolderLock::Holder> holder_; // the program that a notice names
+    DelayedCall holderLook_;
     bool isEnding_ = false;
     Observations observations_;
 };

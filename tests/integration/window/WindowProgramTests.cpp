@@ -1,3 +1,4 @@
+#include "Tessarune/platform/disk/FileLock.h"
 #include "Tessarune/platform/pulse/PrivateSoundServer.h"
 #include "tests/support/FileContents.h"
 #include "tests/support/ProgramRun.h"
@@ -284,8 +285,16 @@ TEST_F(WindowProgram, ClosedAtAnyMomentItSavesAndEnds) {
 TEST_F(WindowProgram, AMissingFileAndAFailingRecordingAreShown) {
     startAccessibility();
     const StartedProgram reader = screenReader({"read"});
+    const auto shows = [&](const char* text) {
+        return shown(reader).find(text) != std::string::npos;
+    };
+    fs::create_directories(data_);
+    auto other = FileLock::tryToTake(data_ / "Tessarune.lock"); // as a program that records
     StartedProgram silent = start({"file:no/such.wav"});
-    EXPECT_TRUE(within(20, [&] { return shown(reader).find("such.wav") != std::string::npos; }))
+    EXPECT_TRUE(within(20, [&] { return shows("such.wav") && shows("recording already"); }))
+        << shown(reader);
+    other.reset();
+    EXPECT_TRUE(within(10, [&] { return shows("such.wav") && !shows("recording already"); }))
         << shown(reader);
     silent.send(SIGTERM);
     EXPECT_EQ(silent.wait().status, 66);
@@ -294,9 +303,8 @@ TEST_F(WindowProgram, AMissingFileAndAFailingRecordingAreShown) {
                            environment_);
     ASSERT_TRUE(within(30, [&] { return count("audioRecorder.write.degraded") == 1; }));
     ASSERT_TRUE(within(30, [&] { return hasRow(); }));
-    EXPECT_TRUE(within(10, [&] {
-        return shown(reader).find("Writing the recording keeps failing") != std::string::npos;
-    })) << shown(reader);
+    EXPECT_TRUE(within(10, [&] { return shows("Writing the recording keeps failing"); }))
+        << shown(reader);
     program.send(SIGTERM);
     EXPECT_EQ(program.wait().status, 0);
 }
