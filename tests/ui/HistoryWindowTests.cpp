@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QAccessible>
 #include <QQuickItem>
 #include <QSignalSpy>
 #include <QStyleHints>
@@ -436,6 +437,9 @@ TEST_F(HistoryWindowTests, UsageIsDrawnByPeriodAndFollowsTheCatalog) {
     usage.setPeriod(2);
     EXPECT_LE(usage.rowCount(), 3);
     EXPECT_FALSE(usage.data(usage.index(0), UsageModel::GroupRole).toString().isEmpty());
+    const auto* const choice =
+        QAccessible::queryAccessibleInterface(window().findChild<QQuickItem*>("period"));
+    EXPECT_TRUE(choice && !choice->text(QAccessible::Name).isEmpty());
 }
 
 } // namespace

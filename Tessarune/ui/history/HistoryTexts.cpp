@@ -23,6 +23,7 @@ QVariantMap historyTexts() {
             {"source", historyText("原文")},
             {"bilingual", historyText("双语")},
             {"translation", historyText("译文")},
+            {"language", historyText("语言")},
             {"transcript", historyText("文字")},
             {"note", historyText("添加备注")},
             {"copyBoth", historyText("复制原文和译文")},
@@ -74,6 +75,7 @@ QVariantMap historyTexts() {
             {"voice", historyText("发音")},
             // Usage
             {"usage", historyText("使用统计")},
+            {"period", historyText(localizationKey("Period"))},
             {"chart", historyText("图表")}};
 }
 

@@ -82,6 +82,7 @@ Popover {
         SegmentedChoice {
             visible: !root.model.isAudio
             enabled: root.model.canBeBilingual
+            name: root.texts.language
             choices: root.model.canBeTranslation ? [root.texts.source, root.texts.bilingual, root.texts.translation] : [root.texts.source, root.texts.bilingual]
             current: root.model.content
             onChosen: index => root.model.content = index

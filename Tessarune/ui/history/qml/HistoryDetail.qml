@@ -55,6 +55,7 @@ Item {
 
                 SegmentedChoice {
                     anchors.verticalCenter: parent.verticalCenter
+                    name: root.model.texts.language
                     choices: [root.model.texts.source, root.model.texts.bilingual]
                     current: root.detail.mode
                     onChosen: index => root.detail.mode = index

@@ -7,6 +7,7 @@ import "qrc:/controls"
 Rectangle {
     id: root
 
+    required property string name // read aloud, not drawn
     required property var choices
     property int current: 0
     signal chosen(int index)
@@ -15,6 +16,8 @@ Rectangle {
     implicitHeight: Theme.controlHeight
     radius: Theme.radius
     color: Theme.hovered
+    Accessible.role: Accessible.Grouping
+    Accessible.name: name
 
     Row {
         id: row

@@ -32,6 +32,7 @@ FocusScope {
             SegmentedChoice {
                 objectName: "period"
                 anchors { right: parent.right; verticalCenter: parent.verticalCenter }
+                name: root.model.texts.period
                 choices: root.usage.periods
                 current: root.usage.period
                 onChosen: index => root.usage.period = index
