@@ -20,8 +20,8 @@
 namespace tessarune {
 namespace {
 
-/// The system's login manager, the desktop's settings portal and its tray, as far as the program
-/// uses them.
+/// The system's login manager, the desktop's settings portal, tray and notifications, as far as the
+/// program uses them.
 class ScriptedServices : public QDBusVirtualObject {
   public:
     QString introspect(const QString&) const override { return {}; }
@@ -45,6 +45,12 @@ class ScriptedServices : public QDBusVirtualObject {
             bus.send(message.createReply(QVariant::fromValue(QDBusVariant(hasPanel))));
             return true;
         }
+        if (message.member() == QLatin1String("GetCapabilities")) {
+            bus.send(message.createReply(capabilities));
+            return true;
+        }
+        if (message.member() == QLatin1String("Notify"))
+            notified = message.arguments().value(4).toString();
         return false;
     }
     /// Whether the program still holds its end of the pipe, which delays the sleep.
@@ -55,6 +61,8 @@ class ScriptedServices : public QDBusVirtualObject {
 
     int held = -1;
     bool hasPanel = false; ///< whether a panel shows the tray
+    QStringList capabilities;
+    QString notified; ///< the body of the last notification
 };
 
 /// A private bus with one connection for the services and one for the program.
@@ -104,6 +112,19 @@ TEST_F(DesktopServices, MotionFollowsTheDesktopsSetting) {
            << "enable-animations" << QVariant::fromValue(QDBusVariant(true));
     manager.send(change);
     EXPECT_TRUE(runUntil([&] { return !*motion.isReduced; }));
+}
+
+TEST_F(DesktopServices, ANotificationIsEscapedOnlyForAServerThatReadsMarkup) {
+    manager.registerVirtualObject("/org/freedesktop/Notifications", &services);
+    ASSERT_TRUE(manager.registerService("org.freedesktop.Notifications"));
+    PosixFileSystem files;
+    XDGDesktop desktop(files, "an.id", "/opt/tessarune", program);
+    for (const auto& [capability, body] :
+         {std::pair("body", "a < b"), {"body-markup", "a &lt; b"}}) {
+        services.capabilities = QStringList{capability};
+        desktop.notify("Tessarune", "a < b");
+        EXPECT_TRUE(runUntil([&] { return services.notified == body; }));
+    }
 }
 
 TEST_F(DesktopServices, SleepIsDelayedUntilTheProgramIsReady) {

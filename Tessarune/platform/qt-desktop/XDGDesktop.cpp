@@ -1,12 +1,15 @@
 #include "Tessarune/platform/qt-desktop/XDGDesktop.h"
 
-#include <QDBusConnection>
+#include <QCoreApplication>
 #include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
 #include <QDesktopServices>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QStringList>
 #include <QUrl>
+#include <QVariantMap>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -68,11 +71,13 @@ const SoundSettings* installedSoundSettings() {
 
 } // namespace
 
-XDGDesktop::XDGDesktop(FileSystem& files, std::string applicationID, std::filesystem::path program)
+XDGDesktop::XDGDesktop(FileSystem& files, std::string applicationID, std::filesystem::path program,
+                       QDBusConnection bus)
     : files_(files),
       applicationID_(std::move(applicationID)),
       program_(std::move(program)),
-      entryFile_(autostartFolder() / (applicationID_ + ".desktop")) {}
+      entryFile_(autostartFolder() / (applicationID_ + ".desktop")),
+      bus_(std::move(bus)) {}
 
 bool XDGDesktop::openURL(const std::string& url) {
     return QDesktopServices::openUrl(QUrl::fromUserInput(QString::fromStdString(url)));
@@ -120,19 +125,37 @@ Desktop::LoginState XDGDesktop::loginState() {
 
 void XDGDesktop::notify(const std::string& title, const std::string& text) {
     const QString service = QStringLiteral("org.freedesktop.Notifications");
-    QDBusMessage call =
-        QDBusMessage::createMethodCall(service, QStringLiteral("/org/freedesktop/Notifications"),
-                                       service, QStringLiteral("Notify"));
+    const auto method = [&](const char* name) {
+        return QDBusMessage::createMethodCall(service,
+                                              QStringLiteral("/org/freedesktop/Notifications"),
+                                              service, QLatin1String(name));
+    };
     constexpr unsigned replacesNone = 0;
     constexpr int desktopDecides = -1; // when the notification disappears
-    call << QStringLiteral("Tessarune") << replacesNone
-         << QString::fromStdString(applicationID_)
-         // Notification servers read the body as markup.
-         << QString::fromStdString(title) << QString::fromStdString(text).toHtmlEscaped()
-         << QStringList()
-         << QVariantMap{{QStringLiteral("desktop-entry"), QString::fromStdString(applicationID_)}}
-         << desktopDecides;
-    QDBusConnection::sessionBus().send(call);
+    const QString id = QString::fromStdString(applicationID_);
+    QVariantList arguments{QStringLiteral("Tessarune"),
+                           replacesNone,
+                           id,
+                           QString::fromStdString(title),
+                           QString::fromStdString(text),
+                           QStringList(),
+                           QVariantMap{{QStringLiteral("desktop-entry"), id}},
+                           desktopDecides};
+    // Most servers read the text as markup, others show it as it is. Each notification asks again,
+    // because a desktop may start another server.
+    auto* const asking =
+        new QDBusPendingCallWatcher(bus_.asyncCall(method("GetCapabilities")), qApp);
+    QObject::connect(asking, &QDBusPendingCallWatcher::finished, asking,
+                     [asking, bus = bus_, arguments, call = method("Notify")]() mutable {
+                         const QDBusPendingReply<QStringList> reply = *asking;
+                         asking->deleteLater();
+                         constexpr int body = 4;
+                         if (reply.isError() ||
+                             reply.value().contains(QLatin1String("body-markup")))
+                             arguments[body] = arguments[body].toString().toHtmlEscaped();
+                         call.setArguments(arguments);
+                         bus.send(call);
+                     });
 }
 
 } // namespace tessarune

@@ -3,6 +3,7 @@
 #include "Tessarune/shell/Desktop.h"
 #include "Tessarune/shell/FileSystem.h"
 
+#include <QDBusConnection>
 #include <filesystem>
 #include <string>
 
@@ -13,7 +14,8 @@ namespace tessarune {
 class XDGDesktop final : public Desktop {
   public:
     /// `program` is the executable that the desktop starts at login.
-    XDGDesktop(FileSystem& files, std::string applicationID, std::filesystem::path program);
+    XDGDesktop(FileSystem& files, std::string applicationID, std::filesystem::path program,
+               QDBusConnection bus = QDBusConnection::sessionBus());
 
     bool openURL(const std::string& url) override;
     bool hasSoundSettings() const override;
@@ -30,6 +32,7 @@ class XDGDesktop final : public Desktop {
     const std::string applicationID_;
     const std::filesystem::path program_;
     const std::filesystem::path entryFile_;
+    QDBusConnection bus_;
 };
 
 } // namespace tessarune
