@@ -392,7 +392,13 @@ TEST_F(CaptionWindowTests, AScreenReaderFindsCaptionsAsListItemsAndNamedButtons)
     captions.settle("Said.", "说过。");
     captions.publish();
     runFor(50);
+    QAccessible::setActive(true);
+    ASSERT_TRUE(runUntil([&] {
+        const auto* const toolbar = captions.window->window().findChild<QQuickItem*>("toolbar");
+        return toolbar && toolbar->opacity() == 0;
+    }));
     QStringList unnamed;
+    QStringList named;
     QStringList captionsRead;
     const std::function<void(QAccessibleInterface*)> read = [&](QAccessibleInterface* item) {
         const QString name = item->text(QAccessible::Name);
@@ -400,11 +406,15 @@ TEST_F(CaptionWindowTests, AScreenReaderFindsCaptionsAsListItemsAndNamedButtons)
             captionsRead << name;
         if (item->role() == QAccessible::Button && name.isEmpty())
             unnamed << item->object()->metaObject()->className();
+        else if (item->role() == QAccessible::Button && !item->state().invisible)
+            named << name;
         for (int i = 0; i < item->childCount(); ++i)
             read(item->child(i));
     };
     read(QAccessible::queryAccessibleInterface(&captions.window->window()));
     EXPECT_EQ(captionsRead, QStringList{"Said.\n说过。"});
+    EXPECT_TRUE(named.contains("关闭字幕窗口")) << "the toolbar is hidden only from the eye";
+    QAccessible::setActive(false);
     EXPECT_TRUE(unnamed.isEmpty()) << "buttons without a name: " << unnamed.join(' ').toStdString();
 }
 

@@ -1,6 +1,5 @@
 #include "Tessarune/ui/captions/CaptionWindowModel.h"
 
-#include <QAccessible>
 #include <algorithm>
 
 namespace tessarune {
@@ -25,6 +24,11 @@ CaptionWindowModel::CaptionWindowModel(const CaptionWindowEnvironment& environme
     observations_.follow(chrome_.isPresented, [this] { Q_EMIT chromeChanged(); });
     observations_.followChanges(environment_.settings.showDockIcon.published(),
                                 [this](bool) { Q_EMIT listedChanged(); });
+    QAccessible::installActivationObserver(this);
+}
+
+CaptionWindowModel::~CaptionWindowModel() {
+    QAccessible::removeActivationObserver(this);
 }
 
 QColor CaptionWindowModel::background() const {
@@ -39,10 +43,7 @@ bool CaptionWindowModel::isTranslucent() const {
 
 void CaptionWindowModel::setPainted() {
     isPainted_ = true;
-    // With a screen reader, which would not find a hidden toolbar, the toolbar does not hide until
-    // the pointer or the focus leaves it.
-    if (!QAccessible::isActive())
-        chrome_.presentForAWhile();
+    chrome_.presentForAWhile();
     Q_EMIT painted();
 }
 

@@ -5,6 +5,7 @@
 #include "Tessarune/ui/captions/CaptionWindowEnvironment.h"
 #include "TessaruneCore/observation/Observations.h"
 
+#include <QAccessible>
 #include <QColor>
 #include <QObject>
 
@@ -12,7 +13,7 @@ namespace tessarune {
 
 /// The caption window without its captions: its background, whether it stays on top, and whether it
 /// shows the toolbar. Main thread; the environment must outlive it.
-class CaptionWindowModel final : public QObject {
+class CaptionWindowModel final : public QObject, private QAccessible::ActivationObserver {
     Q_OBJECT
     Q_PROPERTY(QColor background READ background NOTIFY settingsChanged)
     /// Whether texts need an outline, because the screen behind the window shows through.
@@ -21,16 +22,20 @@ class CaptionWindowModel final : public QObject {
     /// Whether the desktop lists the window among the running programs.
     Q_PROPERTY(bool isListed READ isListed NOTIFY listedChanged)
     Q_PROPERTY(bool showsChrome READ showsChrome NOTIFY chromeChanged)
+    /// Whether a screen reader may read the window, and so needs items that are not drawn, too.
+    Q_PROPERTY(bool isRead READ isRead NOTIFY readChanged)
     /// Whether the window has been drawn once; its toolbar and menus are created only then.
     Q_PROPERTY(bool isPainted READ isPainted NOTIFY painted)
 
   public:
     explicit CaptionWindowModel(const CaptionWindowEnvironment& environment);
+    ~CaptionWindowModel() override;
 
     QColor background() const;
     bool isTranslucent() const;
     bool keepsOnTop() const { return settings_.state->keepOnTop; }
     bool isListed() const { return *environment_.settings.showDockIcon; }
+    bool isRead() const { return isRead_; }
     bool showsChrome() const { return *chrome_.isPresented; }
     bool isPainted() const { return isPainted_; }
     void setPainted();
@@ -45,14 +50,21 @@ class CaptionWindowModel final : public QObject {
   Q_SIGNALS:
     void settingsChanged();
     void chromeChanged();
+    void readChanged();
     void listedChanged();
     void painted();
 
   private:
+    void accessibilityActiveChanged(bool active) override {
+        isRead_ = active;
+        Q_EMIT readChanged();
+    }
+
     const CaptionWindowEnvironment& environment_;
     SubtitleWindowSettingsStore settings_;
     SubtitleChromeState chrome_;
     bool isPainted_ = false;
+    bool isRead_ = QAccessible::isActive();
     Observations observations_;
 };
 

@@ -10,6 +10,8 @@ Item {
     required property CaptionHearingModel hearing
     required property real radius
     required property bool shown
+    // Whether the buttons exist for a screen reader while the toolbar is not shown.
+    required property bool isRead
     readonly property bool menuOpen: sources.isOpen
     readonly property real size: Math.round(Theme.body * (toolbar.isCompact ? 2 : 2.6))
     signal closeRequested
@@ -17,7 +19,7 @@ Item {
 
     height: size + 18
     opacity: shown ? 1 : 0
-    visible: opacity > 0
+    visible: opacity > 0 || isRead
 
     Behavior on opacity {
         enabled: !Theme.reducesMotion
@@ -112,6 +114,12 @@ Item {
             text: root.toolbar.texts.close
             onActivated: root.closeRequested()
         }
+    }
+
+    // A finger must not press a button that is not drawn.
+    MouseArea {
+        anchors.fill: parent
+        enabled: !root.shown
     }
 
     SourceMenu {

@@ -14,7 +14,7 @@ Item {
     required property real radius
     readonly property bool menuOpen: bar.menuOpen || menu.isOpen
     // 0 while the toolbar is hidden.
-    readonly property real toolbarHeight: bar.visible ? bar.height : 0
+    readonly property real toolbarHeight: bar.opacity > 0 ? bar.height : 0
 
     function openMenu(item: Item, x: real, y: real) {
         toolbar.refreshSources();
@@ -23,6 +23,7 @@ Item {
 
     CaptionToolbar {
         id: bar
+        objectName: "toolbar"
 
         // Whether a button of the toolbar or of a message has the keyboard focus.
         readonly property bool isFocused: Window.active && (Window.activeFocusItem?.activeFocusOnTab ?? false)
@@ -33,6 +34,7 @@ Item {
         hearing: root.hearing
         radius: root.radius
         shown: root.model.showsChrome
+        isRead: root.model.isRead
         onIsFocusedChanged: root.model.setToolbarFocused(isFocused)
         onCloseRequested: root.model.close()
         onMenuRequested: (item, x, y) => root.openMenu(item, x, y)
