@@ -1,6 +1,7 @@
 #include "Tessarune/app/LoginItem.h"
 #include "Tessarune/platform/disk/PosixFileSystem.h"
 #include "Tessarune/platform/qt-desktop/DesktopMotion.h"
+#include "Tessarune/platform/qt-desktop/SingleInstance.h"
 #include "Tessarune/platform/qt-desktop/SleepWatch.h"
 #include "Tessarune/platform/qt-desktop/TrayWatch.h"
 #include "Tessarune/platform/qt-desktop/XDGDesktop.h"
@@ -16,6 +17,8 @@
 
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
+#include <atomic>
+#include <thread>
 
 namespace tessarune {
 namespace {
@@ -49,6 +52,13 @@ class ScriptedServices : public QDBusVirtualObject {
             bus.send(message.createReply(capabilities));
             return true;
         }
+        if (message.member() == QLatin1String("ActivateAction")) {
+            asked << message.arguments().value(0).toString();
+            const QString ending = QStringLiteral("app.tessarune.captions.Error.Ending");
+            bus.send(asked.size() == 2 ? message.createErrorReply(ending, {})
+                                       : message.createReply());
+            return true;
+        }
         if (message.member() == QLatin1String("Notify"))
             notified = message.arguments().value(4).toString();
         return false;
@@ -62,7 +72,8 @@ class ScriptedServices : public QDBusVirtualObject {
     int held = -1;
     bool hasPanel = false; ///< whether a panel shows the tray
     QStringList capabilities;
-    QString notified; ///< the body of the last notification
+    QStringList asked; ///< the actions; the second one is refused, because the program is ending
+    QString notified;  ///< the body of the last notification
 };
 
 /// A private bus with one connection for the services and one for the program.
@@ -125,6 +136,21 @@ TEST_F(DesktopServices, ANotificationIsEscapedOnlyForAServerThatReadsMarkup) {
         desktop.notify("Tessarune", "a < b");
         EXPECT_TRUE(runUntil([&] { return services.notified == body; }));
     }
+}
+
+TEST_F(DesktopServices, AnActionIsNotPassedOnTwice) {
+    manager.registerVirtualObject("/an/id", &services);
+    ASSERT_TRUE(manager.registerService("an.id"));
+    SingleInstance instance("an.id", program);
+    std::atomic<bool> isDone = false;
+    std::thread sender([&] {
+        InstanceRequest request{{"toggle", "show"}, {}};
+        EXPECT_EQ(instance.forward(request), "");
+        isDone = true;
+    });
+    EXPECT_TRUE(runUntil([&] { return isDone.load(); }));
+    sender.join();
+    EXPECT_EQ(services.asked, (QStringList{"toggle", "show", "show"}));
 }
 
 TEST_F(DesktopServices, SleepIsDelayedUntilTheProgramIsReady) {

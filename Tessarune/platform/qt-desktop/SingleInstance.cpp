@@ -1,6 +1,5 @@
 #include "Tessarune/platform/qt-desktop/SingleInstance.h"
 
-#include <QDBusConnection>
 #include <QDeadlineTimer>
 #include <QThread>
 #include <QUrl>
@@ -40,20 +39,19 @@ void takeActivation(const QVariantMap& data) {
 
 } // namespace
 
-SingleInstance::SingleInstance(const std::string& applicationID)
-    : id_(QString::fromStdString(applicationID)) {
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected())
+SingleInstance::SingleInstance(const std::string& applicationID, QDBusConnection bus)
+    : id_(QString::fromStdString(applicationID)), bus_(std::move(bus)) {
+    if (!bus_.isConnected())
         return;
     // Before the name is registered: a program that finds the name may call at once.
     new ApplicationInterface(*this); // owned by this object as its parent
-    bus.registerObject(objectPath(id_), this);
-    standing_ = bus.registerService(id_) ? Standing::first : Standing::second;
+    bus_.registerObject(objectPath(id_), this);
+    standing_ = bus_.registerService(id_) ? Standing::first : Standing::second;
 }
 
 SingleInstance::~SingleInstance() {
     if (standing_ == Standing::first)
-        QDBusConnection::sessionBus().unregisterService(id_);
+        bus_.unregisterService(id_);
 }
 
 void SingleInstance::serve(std::function<void(const InstanceRequest&)> handler) {
@@ -73,36 +71,37 @@ void SingleInstance::receive(InstanceRequest request) {
         early_.push_back(std::move(request));
 }
 
-QDBusMessage SingleInstance::ask(const InstanceRequest& request) const {
+QDBusMessage SingleInstance::ask(InstanceRequest& request) {
     const auto call = [this](const char* method, const QVariantList& arguments) {
         QDBusMessage message = QDBusMessage::createMethodCall(
             id_, objectPath(id_), QStringLiteral("org.freedesktop.Application"),
             QLatin1String(method));
         message.setArguments(arguments + QVariantList{activation()});
-        return QDBusConnection::sessionBus().call(message, QDBus::Block, answerTimeoutMS);
+        return bus_.call(message, QDBus::Block, answerTimeoutMS);
     };
     if (request.actions.empty() && request.files.empty())
         return call("Activate", {});
     QDBusMessage answer;
-    for (const std::string& action : request.actions) {
-        if (answer.type() != QDBusMessage::ErrorMessage)
-            answer = call("ActivateAction", {QString::fromStdString(action), QVariantList()});
+    while (!request.actions.empty()) {
+        answer = call("ActivateAction",
+                      {QString::fromStdString(request.actions.front()), QVariantList()});
+        if (answer.type() == QDBusMessage::ErrorMessage)
+            return answer;
+        request.actions.erase(request.actions.begin());
     }
     QStringList uris;
     for (const std::string& file : request.files)
         uris << QUrl::fromLocalFile(QString::fromStdString(file)).toString(QUrl::FullyEncoded);
-    if (answer.type() != QDBusMessage::ErrorMessage && !uris.isEmpty())
-        answer = call("Open", {uris});
-    return answer;
+    return uris.isEmpty() ? answer : call("Open", {uris});
 }
 
-std::string SingleInstance::forward(const InstanceRequest& request) {
+std::string SingleInstance::forward(InstanceRequest& request) {
     QDeadlineTimer deadline(maximumEndMS);
     for (;;) {
         const QDBusMessage answer = ask(request);
         if (answer.type() != QDBusMessage::ErrorMessage)
             return {};
-        if (QDBusConnection::sessionBus().registerService(id_)) {
+        if (bus_.registerService(id_)) {
             standing_ = Standing::first;
             return {};
         }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDBusAbstractAdaptor>
+#include <QDBusConnection>
 #include <QDBusContext>
 #include <QDBusMessage>
 #include <QString>
@@ -35,7 +36,8 @@ class SingleInstance : public QObject, protected QDBusContext {
         alone,  ///< there is no session bus
     };
 
-    explicit SingleInstance(const std::string& applicationID);
+    explicit SingleInstance(const std::string& applicationID,
+                            QDBusConnection bus = QDBusConnection::sessionBus());
     ~SingleInstance() override;
 
     Standing standing() const { return standing_; }
@@ -44,19 +46,21 @@ class SingleInstance : public QObject, protected QDBusContext {
     /// From now on, answers requests with the error that this program is ending. Their senders wait
     /// for a limited time until the id is free.
     void refuse() { isEnding_ = true; }
-    /// Passes the request to the running program. Returns the reason for a failure; empty on
-    /// success, and also if the other program has ended and this one is now the first.
-    std::string forward(const InstanceRequest& request);
+    /// Passes the request to the running program, and removes the actions from it that this program
+    /// has accepted. Returns the reason for a failure; empty on success, and also if the other
+    /// program has ended and this one is now the first, which is left with the rest.
+    std::string forward(InstanceRequest& request);
 
     /// Takes a request from the bus; only for ApplicationInterface.
     void receive(InstanceRequest request);
 
   private:
-    /// Makes one attempt to send all calls of the request. Stops at the first error and returns it;
-    /// otherwise returns the last answer.
-    QDBusMessage ask(const InstanceRequest& request) const;
+    /// Makes one attempt to send all calls of the request, and removes each accepted action. Stops
+    /// at the first error and returns it; otherwise returns the last answer.
+    QDBusMessage ask(InstanceRequest& request);
 
     const QString id_;
+    QDBusConnection bus_;
     Standing standing_ = Standing::alone;
     bool isEnding_ = false;
     std::function<void(const InstanceRequest&)> handler_;

@@ -12,6 +12,7 @@
 #include <QApplication>
 #include <algorithm>
 #include <clocale>
+#include <cstddef>
 #include <filesystem>
 #include <iostream>
 #include <optional>
@@ -53,13 +54,16 @@ bool isOwnStream(const std::filesystem::path& file) {
 }
 
 /// Passes the request to the program that already runs. Returns the exit status; `nullopt` if that
-/// program has just ended and this one takes its place.
-std::optional<int> passOn(SingleInstance& instance, const DesktopRequest& request) {
+/// program has just ended and this one takes its place, with what remains of the request.
+std::optional<int> passOn(SingleInstance& instance, DesktopRequest& request) {
     if (std::ranges::any_of(request.files, isOwnStream)) {
         std::cerr << "tessarune: already running, and cannot read what is piped to this start.\n";
         return noInput;
     }
-    const std::string failure = instance.forward(request.forOther());
+    InstanceRequest rest = request.forOther();
+    const std::string failure = instance.forward(rest);
+    request.actions.erase(request.actions.begin(),
+                          request.actions.end() - static_cast<std::ptrdiff_t>(rest.actions.size()));
     if (instance.standing() == SingleInstance::Standing::first)
         return std::nullopt;
     if (failure.empty())
@@ -100,7 +104,7 @@ int runDesktopProgram(int argc, char** argv) {
     nameInterfaceFaces(StringTables::userLocale());
     EmojiFlagSupport::setGlyphTest(rendersAsOneFlag);
     const std::span<char*> arguments(argv + 1, static_cast<std::size_t>(std::max(argc, 1) - 1));
-    const DesktopRequest request = DesktopRequest::of(arguments);
+    DesktopRequest request = DesktopRequest::of(arguments);
     if (request.unknown) {
         std::cerr << "tessarune: unknown argument '" << *request.unknown
                   << "'; expected start, stop, toggle, show, history, settings, or files.\n";
