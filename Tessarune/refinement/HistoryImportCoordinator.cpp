@@ -39,14 +39,16 @@ std::string extensionOf(const std::filesystem::path& source) {
 HistoryImportCoordinator::HistoryImportCoordinator(Environment environment)
     : environment_(std::move(environment)),
       queue_(environment_.host.serialQueue("Tessarune.HistoryImport", QueuePriority::utility)) {
-    // Posted when the import has its text; its job may still translate it.
+    // Posted when the import has its text; its job may still translate it. The post may run on
+    // another thread while this object is destroyed, so it only queues a call.
     transcripts_ = environment_.notifications.observe(
         NotificationName::recordingTranscriptDidUpdate,
-        [this, alive = std::weak_ptr<bool>(alive_)](const NotificationObject& object) {
+        [this, &host = environment_.host,
+         alive = std::weak_ptr<bool>(alive_)](const NotificationObject& object) {
             const auto* id = std::get_if<UUID>(&object);
             if (!id)
                 return;
-            environment_.host.post([this, alive, changed = *id] {
+            host.post([this, alive, changed = *id] {
                 if (alive.lock())
                     finished(changed);
             });
