@@ -36,6 +36,7 @@ AudioPlayer::~AudioPlayer() {
     weakSelf_->player = nullptr;
     teardown();
     queue_->sync([] {}); // waits for `close`
+    queue_->sync([] {}); // for the write that `close` has ended, and with it for the stream
 }
 
 void AudioPlayer::teardown() {

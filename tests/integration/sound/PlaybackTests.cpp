@@ -29,11 +29,18 @@ class PlaybackTests : public PrivateServerTest {
         if (IsSkipped())
             return;
         player = std::make_unique<AudioPlayer>(
-            host, PlaybackParts{*server,
-                                [](const auto&) { return std::make_unique<testing::ChirpFile>(); },
-                                makeAtempoConverter});
+            host, PlaybackParts{
+                      *server,
+                      [used = used](const auto&) { return std::make_unique<testing::ChirpFile>(); },
+                      makeAtempoConverter});
         player->load("chirp");
         player->startPlayback();
+    }
+
+    void TearDown() override {
+        player.reset();
+        EXPECT_EQ(used.use_count(), 1) << "playback ends with its player";
+        PrivateServerTest::TearDown();
     }
 
     /// Listens to the output from now on.
@@ -83,6 +90,7 @@ class PlaybackTests : public PrivateServerTest {
                << " s too large";
     }
 
+    const std::shared_ptr<int> used = std::make_shared<int>(); ///< by the player and its playback
     std::unique_ptr<AudioPlayer> player;
     std::unique_ptr<RecordStream> stream;
     bool isOpening = false;
