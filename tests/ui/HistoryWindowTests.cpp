@@ -11,6 +11,7 @@
 #include <QTest>
 #include <cstdlib>
 #include <ctime>
+#include <regex>
 
 namespace tessarune {
 namespace {
@@ -62,6 +63,17 @@ TEST_F(HistoryWindowTests, TheListFollowsTheCatalogAndASearch) {
     EXPECT_TRUE(runUntil([&] { return titles() == "Third day more|"; })) << titles();
     model().setQuery({});
     EXPECT_EQ(model().list()->count(), 3);
+
+    const std::string index = testing::contentsOf(history.paths.recordingIndex());
+    const std::regex sound("\"[^\"]*" + noted.text() + "[.]wav\"");
+    for (const bool isDamaged : {true, false}) {
+        testing::writeContents(history.paths.recordingIndex(),
+                               isDamaged ? std::regex_replace(index, sound, "5") : index);
+        model().refresh();
+        EXPECT_TRUE(runUntil([&] { return model().list()->count() == (isDamaged ? 2 : 3); }));
+        EXPECT_EQ(model().message().isEmpty(), !isDamaged) << "a damaged entry is reported";
+        model().dismissMessage();
+    }
 
     // Another program saves a transcript, and then the index.
     const UUID foreign = history.add(5, "");

@@ -136,8 +136,7 @@ Task<void> HistoryListModel::load() {
         std::string problem;
         co_await runOn(Executor::queue(host, queue), [&] {
             entries = reader->entries();
-            if (entries.empty())
-                problem = catalog.readingProblem();
+            problem = catalog.readingProblem();
         });
         if (!*held)
             co_return;

@@ -45,8 +45,10 @@ class HistoryListModel final : public ListedRows<HistoryListReader::EntryPtr> {
 
     /// Whether the catalog has not been read yet.
     bool isLoading() const { return isLoading_; }
-    /// Why the catalog cannot be read; empty if it can be.
+    /// Why the catalog, or a part of it, cannot be read; empty if it can be.
     const std::string& problem() const { return problem_; }
+    /// Whether no recording can be read.
+    bool isUnreadable() const { return all_.empty() && !problem_.empty(); }
 
     /// Lists only recordings that the full-text search finds, or whose note, date, time and
     /// beginning together contain all words of `query`. An empty query lists all.

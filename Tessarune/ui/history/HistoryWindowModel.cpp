@@ -54,6 +54,10 @@ HistoryWindowModel::~HistoryWindowModel() {
 }
 
 void HistoryWindowModel::listUpdated() {
+    // If no recording can be read, the empty list says why.
+    if (std::exchange(listProblem_, list_.problem()) != list_.problem() &&
+        !list_.problem().empty() && !list_.isUnreadable())
+        tell(list_.problem());
     if (wanted_ && list_.rowOf(*wanted_) >= 0) {
         current_ = std::exchange(wanted_, std::nullopt);
         setPage(Page::recording);
@@ -237,19 +241,19 @@ void HistoryWindowModel::copy(bool withTranslation) {
 QString HistoryWindowModel::emptyTitle() const {
     if (list_.isLoading() || list_.count() > 0)
         return {};
-    if (!list_.problem().empty())
+    if (list_.isUnreadable())
         return historyText("无法读取历史记录");
     return query_.trimmed().isEmpty() ? historyText("还没有录音") : historyText("没有找到");
 }
 
 bool HistoryWindowModel::hasNoRecordings() const {
-    return !emptyTitle().isEmpty() && list_.problem().empty() && query_.trimmed().isEmpty();
+    return !emptyTitle().isEmpty() && !list_.isUnreadable() && query_.trimmed().isEmpty();
 }
 
 QString HistoryWindowModel::emptyText() const {
     if (emptyTitle().isEmpty())
         return {};
-    if (!list_.problem().empty())
+    if (list_.isUnreadable())
         return QString::fromStdString(list_.problem());
     return query_.trimmed().isEmpty() ? historyText("开始字幕后，每次会话的录音、文字和译文都会保存"
                                                     "在这里。也可以导入声音或视频文件。")

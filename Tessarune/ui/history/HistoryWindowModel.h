@@ -153,6 +153,7 @@ class HistoryWindowModel final : public QObject {
     std::optional<UUID> current_;  ///< the chosen recording
     std::optional<UUID> wanted_;   ///< to be chosen as soon as it is listed
     int lastRow_ = 0;              ///< where the chosen recording was listed last
+    std::string listProblem_;      ///< as it was told last
     QString message_;
     std::vector<Deletion> deletions_;
     QTimer messageTimer_;
