@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <iostream>
 #include <string>
@@ -66,8 +67,10 @@ TEST(LostDisplay, TheLastWorkRunsOnTheMainThreadUnlessThatIsBlocked) {
                 });
                 std::thread drawing(
                     [] { qWarning("The X11 connection broke: I/O error (code 1)"); });
-                if (!isBlocked)
+                if (!isBlocked) {
+                    std::this_thread::sleep_for(std::chrono::milliseconds(1500)); // as a slow disk
                     runUntil([] { return false; });
+                }
                 drawing.join();
             },
             ::testing::ExitedWithCode(EXIT_FAILURE), isBlocked ? "elsewhere" : "saved");

@@ -1,13 +1,17 @@
 #include "Tessarune/platform/qt-host/LostDisplay.h"
 
 #include <pthread.h>
+#include <sys/syscall.h>
 #include <time.h>
+#include <unistd.h>
 
 #include <QCoreApplication>
 #include <QString>
 #include <QThread>
 #include <atomic>
 #include <cstdlib>
+#include <fstream>
+#include <string>
 #include <utility>
 
 namespace tessarune {
@@ -16,8 +20,8 @@ namespace {
 
 /// Longer than the last work takes.
 constexpr unsigned long longestWaitMS = 10'000;
-/// If the main thread uses no processor time for this long, it is taken to be waiting for the
-/// rendering thread.
+/// If the main thread waits for another thread and uses no processor time for this long, it is
+/// taken to be waiting for the rendering thread.
 constexpr unsigned long blockedMS = 1'000;
 constexpr unsigned long checkMS = 50;
 
@@ -25,6 +29,7 @@ struct PendingWork {
     std::function<void()> work;
     std::atomic<bool> isTaken = false; ///< by the thread that does it
     pthread_t mainThread{};
+    std::string mainThreadCall; ///< the file that names the system call in which it waits
 };
 
 PendingWork& pending() {
@@ -56,6 +61,15 @@ long long processorTimeOfMainThread() {
     return used.tv_sec * 1'000'000'000LL + used.tv_nsec;
 }
 
+/// False while the main thread waits for something else, for example for a slow disk: it will go on
+/// with its work, and must not find another thread at the same objects.
+bool mayMainThreadWaitForAThread() {
+    std::ifstream file(pending().mainThreadCall);
+    std::string call; // its number and arguments; empty if the kernel does not say
+    std::getline(file, call);
+    return call.empty() || call.starts_with(std::to_string(SYS_futex) + " ");
+}
+
 /// The rendering thread may notice the loss first. If it returned to Xlib, Xlib would end the
 /// process, so it stays here. The main thread may be blocked, waiting for the rendering thread, and
 /// then never reaches the queued work; in that case the rendering thread does the work itself.
@@ -67,7 +81,8 @@ void doLastWorkOnMainThread() {
         for (unsigned long idleMS = 0; idleMS < blockedMS && !pending().isTaken;) {
             QThread::msleep(checkMS);
             const long long now = processorTimeOfMainThread();
-            idleMS = std::exchange(used, now) == now ? idleMS + checkMS : 0;
+            const bool isIdle = std::exchange(used, now) == now && mayMainThreadWaitForAThread();
+            idleMS = isIdle ? idleMS + checkMS : 0;
         }
     }
     doLastWork();
@@ -87,6 +102,7 @@ void watchMessages(QtMsgType type, const QMessageLogContext& context, const QStr
 LostDisplay::LostDisplay(std::function<void()> lastWork) {
     pending().work = std::move(lastWork);
     pending().mainThread = pthread_self();
+    pending().mainThreadCall = "/proc/self/task/" + std::to_string(gettid()) + "/syscall";
     previousHandler = qInstallMessageHandler(watchMessages);
     // The fallback if Qt's message has another text. It runs later, when some static objects may
     // already be destroyed.

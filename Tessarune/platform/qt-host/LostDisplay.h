@@ -9,7 +9,7 @@ namespace tessarune {
 class LostDisplay {
   public:
     /// `lastWork` runs once before the process ends: on the main thread, or on another one while
-    /// the main thread is blocked. It cannot use the windows any more.
+    /// the main thread waits for that. It cannot use the windows any more.
     explicit LostDisplay(std::function<void()> lastWork);
     ~LostDisplay();
     LostDisplay(const LostDisplay&) = delete;
