@@ -27,11 +27,11 @@ constexpr double arrowSeconds = 5;   // left and right
 constexpr double letterSeconds = 10; // J and L
 constexpr double rateStep = 0.25;
 
-TranscriptRows rowsOf(Program& program, const HistoryItem& item) {
+TimedSentences sentencesOf(Program& program, const HistoryItem& item) {
     const auto path = program.catalog.wordTimelineURL(item.id);
     try {
         if (program.files.exists(path))
-            return TranscriptRows(HistoryWordTimeline::decoded(program.files.read(path)));
+            return TimedSentences(HistoryWordTimeline::decoded(program.files.read(path)));
     } catch (const std::exception& error) { // the sound can still be played
         printProblem(error.what());
     }
@@ -50,7 +50,7 @@ class PlaybackRun {
           ended_(Executor::main(program.host)),
           signals_(
               program.host, [this] { end(); }, [this] { redraw(); }) {
-        playback_.show(rowsOf(program, item));
+        playback_.show(sentencesOf(program, item));
         const bool isScreenUsed = !options.json && isScreen(STDOUT_FILENO);
         if (isScreenUsed && isatty(STDIN_FILENO))
             keys_ =
@@ -103,7 +103,7 @@ class PlaybackRun {
         picture.repeats = *player_.repeatsBoundedPlayback;
         picture.problem = *player_.problem;
         if (const auto index = playback_.highlightedIndex()) {
-            const TranscriptRows::Sentence& timing = *playback_.rows().sentenceTiming(*index);
+            const TimedSentences::Sentence& timing = *playback_.sentences().sentenceTiming(*index);
             PlaybackPicture::Sentence sentence{*index, timing.source, timing.start, timing.end};
             const auto token = *playback_.activeTokenIndex;
             if (token && index == *playback_.activeSentenceIndex) {

@@ -26,7 +26,7 @@ PlaybackTelemetry::PlaybackTelemetry(Host& host, TessaruneFileLogger& logger,
                                 {"activeSentenceIndex", loggedIndex(index)}});
         lastSentence_ = index;
     });
-    playback.onSentencePlayRequested = [this](const TranscriptRows::Sentence& sentence) {
+    playback.onSentencePlayRequested = [this](const TimedSentences::Sentence& sentence) {
         log("sentencePlayRequested",
             {{"sentenceStart", sentence.start}, {"sentenceEnd", sentence.end}});
     };

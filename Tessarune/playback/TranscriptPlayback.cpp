@@ -19,8 +19,8 @@ TranscriptPlayback::~TranscriptPlayback() {
     player_.currentTime.remove(observer_);
 }
 
-void TranscriptPlayback::show(TranscriptRows rows) {
-    rows_ = std::move(rows);
+void TranscriptPlayback::show(TimedSentences sentences) {
+    sentences_ = std::move(sentences);
     isLimitOutdated_ = true;
     manualHighlightedSentenceIndex = std::nullopt;
     activeTokens_.clear();
@@ -31,16 +31,16 @@ void TranscriptPlayback::show(TranscriptRows rows) {
 
 void TranscriptPlayback::update() {
     const double time = *player_.currentTime;
-    const auto index = rows_.activeSentenceIndex(time);
+    const auto index = sentences_.activeSentenceIndex(time);
     if (*manualHighlightedSentenceIndex && *player_.isPlaying &&
         !*player_.boundedPlaybackSentenceIndex)
         manualHighlightedSentenceIndex = std::nullopt;
     if (index != *activeSentenceIndex) {
         activeTokenIndex = std::nullopt;
-        activeTokens_ = index ? rows_.tokens(*index) : std::vector<SentenceToken>();
+        activeTokens_ = index ? sentences_.tokens(*index) : std::vector<SentenceToken>();
         activeSentenceIndex = index;
     }
-    if (const auto token = TranscriptRows::activeTokenIndex(activeTokens_, time);
+    if (const auto token = TimedSentences::activeTokenIndex(activeTokens_, time);
         token != *activeTokenIndex)
         activeTokenIndex = token;
 }
@@ -50,11 +50,11 @@ std::optional<std::size_t> TranscriptPlayback::highlightedIndex() const {
 }
 
 double TranscriptPlayback::endOf(std::size_t index) const {
-    return rows_.sentenceEnd(index).value_or(0);
+    return sentences_.sentenceEnd(index).value_or(0);
 }
 
 void TranscriptPlayback::playSentences(std::size_t first, std::size_t last) {
-    const TranscriptRows::Sentence* sentence = rows_.sentenceTiming(first);
+    const TimedSentences::Sentence* sentence = sentences_.sentenceTiming(first);
     if (!sentence)
         return;
     if (onSentencePlayRequested)
@@ -70,7 +70,7 @@ void TranscriptPlayback::playFrom(const SentenceToken& token) {
 }
 
 void TranscriptPlayback::focus(std::size_t index) {
-    const TranscriptRows::Sentence* sentence = rows_.sentenceTiming(index);
+    const TimedSentences::Sentence* sentence = sentences_.sentenceTiming(index);
     if (sentence)
         player_.seek(sentence->start);
     manualHighlightedSentenceIndex = index;
@@ -84,13 +84,13 @@ void TranscriptPlayback::stepSentence(int direction) {
     if (direction > 0 && active) {
         ++index;
     } else if (active) {
-        const double start = rows_.sentenceTiming(index)->start;
+        const double start = sentences_.sentenceTiming(index)->start;
         const bool isInside = *player_.currentTime > start + beginningSeconds;
         // Of several sentences that begin together, the last is the active one.
-        while (!isInside && index > 0 && rows_.sentenceTiming(index)->start >= start)
+        while (!isInside && index > 0 && sentences_.sentenceTiming(index)->start >= start)
             --index;
     }
-    if (const TranscriptRows::Sentence* sentence = rows_.sentenceTiming(index))
+    if (const TimedSentences::Sentence* sentence = sentences_.sentenceTiming(index))
         player_.seek(sentence->start);
 }
 
@@ -104,7 +104,7 @@ void TranscriptPlayback::toggleRepeat() {
     if (!index)
         return;
     isLimitOutdated_ = false;
-    if (const TranscriptRows::Sentence* sentence = rows_.sentenceTiming(*index))
+    if (const TimedSentences::Sentence* sentence = sentences_.sentenceTiming(*index))
         player_.repeatBounded(*index, sentence->start, endOf(*index));
 }
 

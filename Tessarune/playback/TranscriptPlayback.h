@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Tessarune/playback/AudioPlayer.h"
-#include "Tessarune/playback/TranscriptRows.h"
+#include "Tessarune/playback/TimedSentences.h"
 
 #include <functional>
 #include <optional>
@@ -21,10 +21,10 @@ class TranscriptPlayback {
     TranscriptPlayback& operator=(const TranscriptPlayback&) = delete;
 
     AudioPlayer& player() { return player_; }
-    const TranscriptRows& rows() const { return rows_; }
+    const TimedSentences& sentences() const { return sentences_; }
     /// Shows the transcript of another recording, or another text of the same recording. The
     /// recording may be playing.
-    void show(TranscriptRows rows);
+    void show(TimedSentences sentences);
 
     /// The sentence that is heard now; `nullopt` before the first.
     Published<std::optional<std::size_t>> activeSentenceIndex;
@@ -52,14 +52,14 @@ class TranscriptPlayback {
     void toggleRepeat();
 
     /// Called before a chosen sentence is played.
-    std::function<void(const TranscriptRows::Sentence&)> onSentencePlayRequested;
+    std::function<void(const TimedSentences::Sentence&)> onSentencePlayRequested;
 
   private:
     void update();
     double endOf(std::size_t index) const;
 
     AudioPlayer& player_;
-    TranscriptRows rows_;
+    TimedSentences sentences_;
     bool isLimitOutdated_ = false; ///< the player's limit is from before the last `show`
     std::vector<SentenceToken> activeTokens_;
     Published<double>::Token observer_;

@@ -17,7 +17,7 @@ struct TranscriptFixture : testing::PlayerFixture {
                               {"Said together.", 10, 12, {}, "audioWord"},
                               {"Said, too.", 10, 13, {}, "audioWord"}};
         timeline.words = {{"First", 2, {}}, {"words.", 3, {}}, {"Said,", 10, {}}, {"too.", 11, {}}};
-        playback.show(TranscriptRows(timeline));
+        playback.show(TimedSentences(timeline));
     }
     std::optional<std::size_t> activeAt(double place) {
         player->seek(place);
@@ -65,7 +65,7 @@ TEST(TranscriptPlaybackTests, RepeatsASentenceOfTheTranscriptThatIsShownNow) {
     fixture.playback.playSentences(2, 2);
     HistoryWordTimeline refined;
     refined.sentences = {{"Words said together.", 2, 13, {}, "audioWord"}};
-    fixture.playback.show(TranscriptRows(refined));
+    fixture.playback.show(TimedSentences(refined));
     fixture.playback.toggleRepeat();
     EXPECT_EQ(*fixture.player->boundedPlaybackSentenceIndex, 0U);
 }

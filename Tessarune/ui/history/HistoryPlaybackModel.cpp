@@ -76,7 +76,7 @@ void HistoryPlaybackModel::loadIfNeeded() {
 }
 
 void HistoryPlaybackModel::showRows() {
-    transcript_->show(TranscriptRows(detail_.timeline()));
+    transcript_->show(TimedSentences(detail_.timeline()));
     markRow(std::nullopt);
 }
 
@@ -175,7 +175,7 @@ void HistoryPlaybackModel::playWord(int row, int character) {
     const auto sentences = detail_.rows()->sentencesOf(row);
     if (!isAvailable() || !sentences)
         return;
-    const auto& sentence = *transcript_->rows().sentenceTiming(sentences->first);
+    const auto& sentence = *transcript_->sentences().sentenceTiming(sentences->first);
     const QString text = QString::fromStdString(sentence.source);
     const QModelIndex index = detail_.rows()->index(row);
     if (detail_.rows()->data(index, HistoryTranscriptModel::SourceRole).toString() != text) {
@@ -184,7 +184,7 @@ void HistoryPlaybackModel::playWord(int row, int character) {
         return transcript_->playFrom({0, 0, sentence.start});
     }
     const auto offset = static_cast<std::size_t>(text.left(character).toUtf8().size());
-    for (const SentenceToken& token : transcript_->rows().tokens(sentences->first)) {
+    for (const SentenceToken& token : transcript_->sentences().tokens(sentences->first)) {
         if (offset < token.offset || offset >= token.offset + token.length)
             continue;
         loadIfNeeded();

@@ -21,12 +21,12 @@ struct SentenceToken {
 
 /// The sentences of a transcript with the times at which they and their words are heard. A plain
 /// value; its functions are pure.
-class TranscriptRows {
+class TimedSentences {
   public:
     using Sentence = HistoryWordTimeline::Sentence;
 
-    TranscriptRows() = default;
-    explicit TranscriptRows(std::optional<HistoryWordTimeline> timeline);
+    TimedSentences() = default;
+    explicit TimedSentences(std::optional<HistoryWordTimeline> timeline);
 
     /// Null if there is no such sentence.
     const Sentence* sentenceTiming(std::size_t index) const;

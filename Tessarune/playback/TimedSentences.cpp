@@ -1,4 +1,4 @@
-#include "Tessarune/playback/TranscriptRows.h"
+#include "Tessarune/playback/TimedSentences.h"
 
 #include <algorithm>
 #include <string>
@@ -12,7 +12,7 @@ constexpr double shortestSentence = 0.05;
 
 } // namespace
 
-TranscriptRows::TranscriptRows(std::optional<HistoryWordTimeline> timeline)
+TimedSentences::TimedSentences(std::optional<HistoryWordTimeline> timeline)
     : timeline_(std::move(timeline).value_or(HistoryWordTimeline())) {
     if (timeline_.sentences.empty())
         timeline_.sentences = timeline_.derivedSentencesFromWords();
@@ -26,11 +26,11 @@ TranscriptRows::TranscriptRows(std::optional<HistoryWordTimeline> timeline)
     }
 }
 
-const TranscriptRows::Sentence* TranscriptRows::sentenceTiming(std::size_t index) const {
+const TimedSentences::Sentence* TimedSentences::sentenceTiming(std::size_t index) const {
     return index < timeline_.sentences.size() ? &timeline_.sentences[index] : nullptr;
 }
 
-std::optional<double> TranscriptRows::sentenceEnd(std::size_t index) const {
+std::optional<double> TimedSentences::sentenceEnd(std::size_t index) const {
     const Sentence& sentence = timeline_.sentences.at(index);
     if (sentence.end >= sentence.start + shortestSentence)
         return sentence.end;
@@ -40,7 +40,7 @@ std::optional<double> TranscriptRows::sentenceEnd(std::size_t index) const {
     return next == timeline_.sentences.end() ? std::nullopt : std::optional(next->start);
 }
 
-std::pair<std::size_t, std::size_t> TranscriptRows::wordsOf(std::size_t sentence) const {
+std::pair<std::size_t, std::size_t> TimedSentences::wordsOf(std::size_t sentence) const {
     const Sentence& own = timeline_.sentences[sentence];
     const auto& words = timeline_.words;
     const auto index = [&](auto word) { return static_cast<std::size_t>(word - words.begin()); };
@@ -61,7 +61,7 @@ std::pair<std::size_t, std::size_t> TranscriptRows::wordsOf(std::size_t sentence
     return {firstFrom(own.start), next ? firstFrom(next->start) : words.size()};
 }
 
-std::vector<SentenceToken> TranscriptRows::tokens(std::size_t index) const {
+std::vector<SentenceToken> TimedSentences::tokens(std::size_t index) const {
     std::vector<SentenceToken> tokens;
     if (index >= timeline_.sentences.size())
         return tokens;
@@ -80,7 +80,7 @@ std::vector<SentenceToken> TranscriptRows::tokens(std::size_t index) const {
 }
 
 std::optional<std::size_t>
-TranscriptRows::activeTokenIndex(const std::vector<SentenceToken>& tokens, double time) {
+TimedSentences::activeTokenIndex(const std::vector<SentenceToken>& tokens, double time) {
     const auto later = std::find_if(tokens.begin(), tokens.end(),
                                     [&](const SentenceToken& token) { return token.start > time; });
     if (later == tokens.begin())
