@@ -60,8 +60,9 @@ bool RunPreparation::prepareToRecord(Application& application, const CaptionsCom
         output.warn(doubt);
     if (holder)
         throw RunFailure(ExitStatus::dataInUse,
-                         localized("%@ (process %lld) has the recordings open; to caption "
-                                   "without recording, add --no-record",
+                         localized("%@ (process %lld) is using the recordings. Try again in some "
+                                   "seconds; if it is recording, add --no-record to caption "
+                                   "without recording",
                                    {holder->program, std::to_string(holder->processID)}));
     if (!failure.empty()) {
         application.recording.recordNothing();

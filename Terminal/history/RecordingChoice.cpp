@@ -74,8 +74,8 @@ std::optional<ExitStatus> lockDataFolder(Program& program) {
         const auto holder = program.recording.takeDataFolder();
         if (!holder)
             return std::nullopt;
-        printProblem(localized("%@ (process %lld) has the recordings open. Change them there, or "
-                               "end it first.",
+        printProblem(localized("%@ (process %lld) is using the recordings. Try again in some "
+                               "seconds; if it is recording, change them there, or end it first.",
                                {holder->program, std::to_string(holder->processID)}));
         return ExitStatus::dataInUse;
     } catch (const std::system_error& error) {
