@@ -60,7 +60,7 @@ bool RunPreparation::prepareToRecord(Application& application, const CaptionsCom
         output.warn(doubt);
     if (holder)
         throw RunFailure(ExitStatus::dataInUse,
-                         localized("%@ (process %lld) is using the recordings. Try again in some "
+                         localized("%@ (process %lld) is using the recordings. Try again in a few "
                                    "seconds; if it is recording, add --no-record to caption "
                                    "without recording",
                                    {holder->program, std::to_string(holder->processID)}));
