@@ -26,8 +26,8 @@ class RecogniserDelay {
     /// The seconds of sound that it has not processed yet. Any thread.
     double secondsBehind() const;
 
-    /// Begins to report a delay of some seconds, and to report it again each time it has doubled.
-    /// Time in which the program or the computer was suspended does not count.
+    /// From now on, reports a delay of some seconds, and reports again whenever the delay has
+    /// doubled. Time in which the program or the computer was suspended does not count.
     void watch(std::function<void(const std::string&)> say);
     void endWatch() { watch_.cancel(); }
 

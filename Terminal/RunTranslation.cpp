@@ -10,7 +10,7 @@ namespace tessarune {
 
 namespace {
 
-/// The settings key that stores the unavailable choice reported last.
+/// The settings key for the last unavailable choice that was reported.
 constexpr std::string_view reportedKey = "toldMissingTranslation";
 
 } // namespace

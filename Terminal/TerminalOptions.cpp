@@ -31,7 +31,8 @@ SourceChoice parseSource(const std::string& text) {
         localized("--source takes system, mic, mic:NAME, file:PATH or -, not '%@'.", {text}));
 }
 
-/// Returns the recogniser's identifier of a locale. `text` may be in any case, and "_" is "-".
+/// Returns the recogniser's identifier of a locale. `text` may be in upper or lower case, and may
+/// have "_" for "-".
 std::string checkedLocale(const std::string& text) {
     std::string wanted = Text::lowercased(text);
     std::ranges::replace(wanted, '_', '-');

@@ -124,7 +124,8 @@ std::size_t CaptionCore::committedOverlapPrefixCount(const Sentences& sentences,
         return recentLocalAgreementOverlapPrefixCount(sentences, t);
     if (kind != FreezeKind::engine)
         return 0;
-    // A final may confirm a freeze of any age. Rows of finals alone suppress nothing.
+    // A final may confirm a freeze of any age. If none of the matching rows was frozen, nothing is
+    // skipped.
     return overlapPrefixCount(SentenceStabilityKey::normalize(sentences),
                               [](RowIterator first, RowIterator last) {
                                   return std::any_of(first, last, [](const CaptionSegment& row) {

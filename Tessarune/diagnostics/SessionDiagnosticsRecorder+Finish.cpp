@@ -28,7 +28,8 @@ void SessionDiagnosticsRecorder::finish(const Finish& finish) {
                   .finishedAt = environment_.host.now(),
                   .sourceTranscriptPath = {},
                   .bilingualTranscriptPath = {}};
-    // Without one, for example because the catalog cannot be read, that of `noteRecording` stays.
+    // If `finish` has no recording, for example because the catalog cannot be read, the recording
+    // from `noteRecording` stays.
     if (finish.recording)
         run_->recording = finish.recording;
     if (const auto& recording = run_->recording) {

@@ -72,7 +72,7 @@ void LiveCaptionDisplayCache::updateSourceRows(const Captions& captions, bool fo
     if (force || (isChanged && !appendSourceRowsIfPossible(captions))) {
         rebuildSourceRows(captions);
     } else if (patch) {
-        // An append does not replace the patch, because the unit may consist of earlier rows.
+        // The patch is needed even after an append, because its unit may consist of earlier rows.
         patchSourceRows(*patch);
     }
     if (force || isChanged)

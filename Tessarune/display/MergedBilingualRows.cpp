@@ -66,7 +66,7 @@ MergedBilingualRows::Merged MergedBilingualRows::overlapping(Span range) const {
             static_cast<std::size_t>(last - spans_.begin())};
 }
 
-/// Rebuilds the merged rows `merged` from the source rows in `range`, which they cover.
+/// Replaces the merged rows `merged` by new ones, made of the source rows in `range`.
 void MergedBilingualRows::replace(Merged merged, const LiveCaptionDisplayRows& source, Span range) {
     MergedBilingualRows rebuilt;
     rebuilt.append(source, range);

@@ -56,7 +56,7 @@ RecordingAudioCompressor::RecordingAudioCompressor(Host& host, FileSystem& files
       queue_(host.serialQueue("Tessarune.audio.backgroundEncoder", QueuePriority::utility)) {}
 
 RecordingAudioCompressor::~RecordingAudioCompressor() {
-    endLeftover(); // this regular end is not a crash that the recording may have caused
+    endLeftover(); // a regular end must not count as a crash
 }
 
 // While a session records
@@ -217,7 +217,7 @@ RecordingMetadata RecordingAudioCompressor::adopt(RecordingMetadata recording, b
     recording.sampleRate = M4A::sampleRate;
     recording.channelCount = M4A::channels;
     recording.awaitsCompression = false;
-    recording.note.reset(); // keeps the note in the catalog, which may be newer
+    recording.note.reset(); // keeps the stored note, which may be newer
     // If the update fails, the new entry may still be on the disk. Without its M4A, the next launch
     // would drop the recording from the list. So the M4A is removed only if the recording was
     // deleted or its entry surely names another file; otherwise both files stay.

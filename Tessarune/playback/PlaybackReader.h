@@ -47,7 +47,7 @@ class PlaybackReader {
     /// AudioConversionError; after that it returns null.
     AudioBufferPtr next();
 
-    /// A piece of silence, to be output until the end has been heard.
+    /// A block of silence, to be output after the last sound until that sound has been heard.
     AudioBufferPtr silence();
     /// The length of the output with sound, in seconds since `begin`.
     double soundSeconds() const { return seconds(soundFrames_); }

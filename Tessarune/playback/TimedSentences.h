@@ -10,7 +10,7 @@
 
 namespace tessarune {
 
-/// A word of a sentence that can be clicked, and that is highlighted while it is heard.
+/// A word of a sentence: it can be clicked, and is highlighted while it is heard.
 struct SentenceToken {
     std::size_t offset = 0; ///< bytes, in the sentence's text
     std::size_t length = 0; ///< in bytes

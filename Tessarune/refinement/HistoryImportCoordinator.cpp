@@ -39,8 +39,9 @@ std::string extensionOf(const std::filesystem::path& source) {
 HistoryImportCoordinator::HistoryImportCoordinator(Environment environment)
     : environment_(std::move(environment)),
       queue_(environment_.host.serialQueue("Tessarune.HistoryImport", QueuePriority::utility)) {
-    // Posted when the import has its text; its job may still translate it. The post may run on
-    // another thread while this object is destroyed, so it only queues a call.
+    // This notification is posted when a recording gets its text. The translation of the text may
+    // still be in progress. The handler may run on another thread while this object is destroyed,
+    // so it only queues a call.
     transcripts_ = environment_.notifications.observe(
         NotificationName::recordingTranscriptDidUpdate,
         [this, &host = environment_.host,

@@ -26,7 +26,7 @@ struct HistoryRefinementOutcome {
         none,
         nothingUnderstood, ///< the recogniser found no text
         sound,             ///< the file is missing, damaged or incomplete
-        recogniser, ///< it cannot be loaded, takes no files, or failed; also for other failures
+        recogniser, ///< it cannot be loaded, takes no files, or failed; also any other failure
         disk        ///< a text could not be read or saved, or the data folder was not available
     };
     enum class Translation {

@@ -8,7 +8,7 @@ namespace tessarune {
 
 namespace {
 
-/// More bytes than the text usually grows between two builds.
+/// More bytes than the text usually gains between two builds.
 constexpr std::size_t usualGrowth = 1024;
 
 /// Appends a line and returns the number of characters added. A line end is always a separate

@@ -44,8 +44,8 @@ class LiveRecordingTracker {
     const std::optional<UUID>& currentID() const { return currentID_; }
     const std::optional<UUID>& lastSavedID() const { return lastSavedID_; }
     bool hasCurrentRecording() const { return currentID_.has_value(); }
-    /// The start of the current recording on the clock of the word times; the time of its file's
-    /// first sample as soon as that is known.
+    /// When the current recording began, on the clock of the word times. Corrected when the time of
+    /// the first sample in its file becomes known.
     std::optional<double> currentStartedAt() const { return currentStartedAt_; }
 
     void reset();
@@ -62,8 +62,9 @@ class LiveRecordingTracker {
                        const std::string& recognitionOptionID);
     /// Notes the host time of the first sample in the file of a recording.
     void handleFirstSample(const UUID& recording, double heardAt);
-    /// Call when the recorder has closed the file of a recording. Completes the entry in the
-    /// catalog if the recorder could not; `saveTranscripts` and its retries try that again.
+    /// Call when the recorder has closed the file of a recording. If the recorder could not
+    /// complete the entry in the catalog, completes it; if that fails, too, `saveTranscripts` and
+    /// its retries try again.
     void handleFinished(const RecordingMetadata& metadata);
     /// Deletes the current recording and its journal, but keeps its diagnostics run.
     void discardCurrentRecordingIfAny();

@@ -36,8 +36,8 @@ class SessionDiagnostics {
         AudioSource source;
         std::string sourceName; ///< the name for display
         LiveAudioInactivityAutoStopConfiguration audioInactivityAutoStopConfiguration;
-        /// The text that is open if the run starts in the middle of a session, without messages of
-        /// the program.
+        /// The open text, if the run starts in the middle of a session; empty while a message of
+        /// the program is shown.
         std::string openText;
     };
     struct Finish {
@@ -85,8 +85,8 @@ class SessionDiagnostics {
     virtual void startIfNeeded(const Start&) {}
     virtual bool isRunning() const { return false; }
     virtual bool capturesFullDiagnostics() const { return false; }
-    /// Called when the session's recording begins or another run begins within the session, and
-    /// with `nullopt` when the recording is discarded.
+    /// Called when the session's recording begins, and when another run begins within the session.
+    /// Called with `nullopt` when the recording is discarded.
     virtual void noteRecording(const std::optional<RecordingMetadata>&) {}
     virtual void recordLiveCaptionStopSnapshot(const StopSnapshot&) {}
     virtual void finish(const Finish&) {}

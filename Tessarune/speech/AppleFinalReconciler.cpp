@@ -12,7 +12,7 @@ namespace {
 using Candidate = AppleFinalReconcileCandidate;
 using Decision = AppleFinalReconcileDecisionRecord::Decision;
 
-/// Seconds by which a final may end after the mark and still be dropped.
+/// A final that ends at most this many seconds after `suppressedFinalsUntilAudioTime` is dropped.
 constexpr double replacementWindowTolerance = 0.12;
 constexpr std::size_t previewLimit = 220;
 

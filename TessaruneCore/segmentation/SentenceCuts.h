@@ -27,7 +27,8 @@ class SentenceCuts {
     struct Rules {
         bool sentences = true;  ///< compute the list of sentences
         bool clauses = false;   ///< compute the list of clauses
-        std::int64_t limit = 0; ///< units per part of a long remainder; below 1: it stays whole
+        std::int64_t limit = 0; ///< a long text after the last cut is split into parts of this many
+                                ///< units; below 1: it is not split
         BoundaryUnit boundaryUnit = BoundaryUnit::words;
     };
 

@@ -18,7 +18,8 @@ namespace tessarune {
 namespace {
 
 constexpr int rounds = 60;
-/// The first changes of each round only warm up the caches, which another session has used.
+/// The first changes of each round are not measured: the caches still have the data of another
+/// session.
 constexpr std::size_t warmUps = 8;
 constexpr std::size_t changesEachRound = 40;
 const std::string sentence = "It was the best of times, it was the worst of times, it was the age.";

@@ -68,7 +68,7 @@ struct Picture {
     const xcb_screen_t& screen;
 };
 
-/// The processor time of the process's present threads so far.
+/// The processor time that the threads of a process have used; ended threads do not count.
 double processorSecondsOf(pid_t process) {
     double nanoseconds = 0;
     const auto threads = "/proc/" + std::to_string(process) + "/task";

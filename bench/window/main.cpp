@@ -34,7 +34,8 @@ namespace {
 
 constexpr int rounds = 12;
 constexpr int changesEachRound = 25;
-/// The first changes of each round only warm up the caches, which another window has used.
+/// The first changes of each round are not measured: the caches still have the data of another
+/// window.
 constexpr int warmUps = 5;
 
 int measureFrames() {

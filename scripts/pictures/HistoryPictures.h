@@ -9,7 +9,7 @@
 
 namespace tessarune {
 
-/// A state of the history window that is drawn.
+/// A state of the history window, to be drawn.
 struct HistoryPicture {
     const char* name;
     std::function<void(StagedHistory&)> stage;    ///< before the window opens

@@ -25,7 +25,8 @@ class FileSoundServer final : public SoundServer {
         /// At real speed.
         static Pace realTime() { return {}; }
         /// As fast as the listener: delivers sound until it is `lead` seconds ahead of the
-        /// listener's progress, which `heardSeconds` returns. Calls it on the stream's executor.
+        /// listener's progress, which `heardSeconds` returns. `heardSeconds` is called on the
+        /// stream's executor.
         static Pace following(std::function<double()> heardSeconds, double lead) {
             return {std::move(heardSeconds), lead};
         }

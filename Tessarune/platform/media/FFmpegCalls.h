@@ -25,7 +25,8 @@ inline constinit LateLibrary
 inline constinit LateLibrary
     filtersLibrary("libavfilter.so." AV_STRINGIFY(LIBAVFILTER_VERSION_MAJOR));
 
-// As a template argument, a type loses its attributes, which only help the compiler.
+// GCC warns that a type loses its attributes as a template argument. The attributes are not needed
+// here.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wignored-attributes"
 #define TESSARUNE_CALL(library, name)                                                              \

@@ -102,7 +102,7 @@ class ProcessAttributes {
 };
 
 /// Waits for a process and returns its status. Kills a process that hangs, because other exports
-/// wait for this one. Throws after killing the process, or if waiting fails.
+/// wait for the current one. Throws after killing the process, or if waiting fails.
 int waitForEnd(pid_t process) {
     constexpr int maximumMilliseconds = 180'000; // eight hours of text take some seconds
     // The C library of Debian 12 declares pidfd_open wrongly for C++.

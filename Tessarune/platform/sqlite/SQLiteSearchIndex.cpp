@@ -41,8 +41,8 @@ SQLiteSearchIndex::Schema::Schema(SQLiteDatabase& database) {
     SQLiteDatabase::Transaction transaction(database);
     database.run("CREATE TABLE IF NOT EXISTS recordings("
                  "row INTEGER PRIMARY KEY, id TEXT NOT NULL UNIQUE, stamp TEXT NOT NULL)");
-    // Texts are already split into tokens and folded, so the tokenizer "ascii" suffices: to it, all
-    // non-ASCII characters belong to tokens.
+    // Texts are already split into tokens and folded, so the tokenizer "ascii" suffices: it regards
+    // all non-ASCII characters as parts of tokens.
     database.run("CREATE VIRTUAL TABLE IF NOT EXISTS texts USING fts5("
                  "source, translation, tokenize='ascii', prefix='2 3')");
     // Has a row while the file may still contain words of deleted recordings.

@@ -99,7 +99,7 @@ class OfflineTranslationService::Session final : public TranslationSession {
         std::string target;
         Executor executor;
         std::atomic<bool> isOver = false;
-        std::atomic<bool> wasAbandoned = false; ///< its engine has reached a limit
+        std::atomic<bool> wasAbandoned = false; ///< its engine did not answer within the time limit
 
         std::optional<Route> route; ///< only on the executor
 

@@ -185,8 +185,9 @@ void CaptionStageModel::remedyEmpty() const {
     environment_.commands.openDesktopSettings(PermissionsManager::Key::systemAudioStatus);
 }
 
-/// Checks whether the translation model is missing. Called repeatedly while it is, because
-/// another program may install it; the offered action then changes from a download to a retry.
+/// Checks whether the translation model is missing. Called repeatedly while the model is missing,
+/// because another program may install it; the offered action then changes from a download to a
+/// retry.
 void CaptionStageModel::lookForModel() {
     explainedStatus_ = frame().translationStatus.text;
     const bool lacks =

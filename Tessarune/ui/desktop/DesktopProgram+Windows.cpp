@@ -191,7 +191,8 @@ void DesktopProgram::handle(const InstanceRequest& request) {
     listening_.captionFiles({request.files.begin(), request.files.end()});
 }
 
-/// Ends the sample before a session of the user begins. The caption window takes the page's place.
+/// Closes the welcome page before a session of the user begins. This ends the page's sample and
+/// shows the caption window.
 void DesktopProgram::closeWelcome() {
     if (welcome_)
         welcome_->close();

@@ -59,7 +59,7 @@ struct HistoryWindowEnvironment {
     std::shared_ptr<AudioPlayer> player = nullptr;       ///< null: no recording can be played
     /// Null: no pronunciation can be played.
     std::shared_ptr<HistoryPronunciationAudioPlayer> pronunciation = nullptr;
-    /// The text so far of this program's session; null if this program runs no sessions.
+    /// What this program's session has recognised so far; null if this program runs no sessions.
     const Published<std::string>* liveText = nullptr;
     /// The duration of this program's session in seconds, updated once a second; null if this
     /// program runs no sessions.

@@ -47,7 +47,7 @@ class HistoryWordsModel final : public WordListModel {
     HistoryDetailModel& detail_;
     const std::unordered_set<std::string> core_;
     HistoryWordStatsService::Stats stats_; ///< null: not counted yet
-    std::uint64_t counts_ = 0;             ///< counts so far; only the result of the last is used
+    std::uint64_t counts_ = 0;             ///< raised by each count; only the last result is used
     bool isOpen_ = false;
     QString placedWord_;    ///< the word of the last call of `nextPlace`
     std::size_t place_ = 0; ///< counts the calls for that word from 0

@@ -63,8 +63,8 @@ class DiagnosticsRunsModel final : public QObject {
     using Apply = std::function<void(DiagnosticsRunsModel&)>;
 
     const DiagnosticsRunContents* at(int row) const;
-    /// Runs `work` on the queue, and then the function that it returns on the main thread, unless
-    /// this model has been destroyed.
+    /// Runs `work` on the queue. `work` returns a function, which then runs on the main thread,
+    /// unless this model has been destroyed.
     void inBackground(std::function<Apply()> work);
     void tell(const QString& message, bool isGood);
 

@@ -11,8 +11,8 @@
 
 namespace tessarune {
 
-/// The status of the chosen way of translation, and a test of it. The status does not depend on the
-/// installed models. Main thread; the settings must outlive it.
+/// The status of the chosen translation backend, and a test of the backend. The status does not
+/// depend on the installed models. Main thread; the settings must outlive it.
 class TranslationTestModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString state READ state NOTIFY changed)
