@@ -15,8 +15,8 @@ namespace tessarune {
 /// of a failed unit is a unit of its own. Main queue.
 class TranslationNews {
   public:
-    /// Indexes, among the first `count` rows, of those that show a new outcome. `count` never
-    /// decreases.
+    /// Of the first `count` rows, returns the indexes of those that show a new outcome. `count`
+    /// never decreases.
     std::vector<std::size_t> take(const CaptionCore::Rows& rows, std::size_t count);
 
   private:

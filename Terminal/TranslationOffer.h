@@ -8,10 +8,12 @@
 
 namespace tessarune {
 
-/// Called before captions begin. If the model for their translation is missing or damaged and a
-/// user can answer, offers to download it, but not with --json or --quiet. A declined target of the
-/// settings is not offered again until another target is declined; a target of the command line is
-/// always offered.
+/// Called before captions begin. If the model for their translation is missing or damaged, asks the
+/// user whether to download it. Does not ask with --json or --quiet, or if nobody can answer.
+///
+/// If the user declines the target language of the settings, does not ask for it again until the
+/// user declines another one. Always asks for a target of the command line.
+///
 /// Returns the exit status if the captions must not begin. Main queue.
 Task<std::optional<ExitStatus>> offerTranslation(Program& program, const TerminalOptions& options,
                                                  CaptionsCommand command);

@@ -6,8 +6,9 @@
 #include <string>
 #include <vector>
 
-/// `--replay`: replays a recorded event log once for each freeze value and prints the captions. All
-/// messages, including errors, go to `out`; there is no exit status.
+/// `--replay`: replays a recorded event log once for each value of `--freeze`, the seconds after
+/// which an unchanged sentence is committed, and prints the captions. All messages, including
+/// errors, go to `out`; there is no exit status.
 namespace tessarune::ReplayCLI {
 
 /// `arguments` are those of the process, the program's name first. Timelines are written through

@@ -125,8 +125,8 @@ void RecordingCatalog::cleanupOrphanTranscripts() {
     }
 }
 
-/// The recordings that are missing from an index because it is older than they are, such as one
-/// from a backup, or because their entries in it are damaged. They are found by the copies of their
+/// The recordings that the index `listed` lacks, because it is older than they are (it may come
+/// from a backup) or because their entries are damaged. They are found by the copies of their
 /// entries. Unfinished recordings and those without sound are left out.
 RecordingIndex RecordingCatalog::forgotten(const RecordingIndex& listed) {
     std::set<UUID> known;
@@ -158,7 +158,7 @@ std::set<UUID> RecordingCatalog::relistForgotten(const RecordingIndex& listed) {
 }
 
 /// Removes the files whose names begin with a UUID that is not in `known`. If `notBefore` is above
-/// 0, files that were last changed before it stay. Returns the number of removed files.
+/// 0, keeps files that were last changed before that time. Returns the number of removed files.
 std::size_t RecordingCatalog::removeOrphans(const std::filesystem::path& folder,
                                             const std::set<UUID>& known, double notBefore) {
     std::size_t count = 0;

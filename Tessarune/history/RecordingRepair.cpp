@@ -76,7 +76,8 @@ RecordingRepair::Report RecordingRepair::runAtLaunch() {
 
 /// Reports imports without a transcript, and those whose transcription or translation was
 /// interrupted by the end of the program. If the end was unexpected, the import may be its cause.
-/// An import without text then gets an empty one, so that only the user starts another attempt.
+/// Such an import gets an empty transcript if it has none, so that only the user starts another
+/// attempt.
 void RecordingRepair::sortImports(Report& report) {
     using Mark = RecordingCatalog::TranscriptionMark;
     for (const RecordingMetadata& recording : catalog_.recordings()) {
@@ -263,11 +264,14 @@ void RecordingRepair::removeReplacedSound() {
     }
 }
 
-/// Finishes or undoes replacements of a transcript by a refined one. A replacement moves its text
-/// first. If the text has been moved, the remaining files are moved into place; an empty one stands
-/// for a sidecar that is removed. If the text has not been moved, no file has, and the files of the
-/// replacement are removed. The text is removed last: without it, the next launch would move the
-/// others.
+/// Finishes or undoes interrupted replacements of a transcript by a refined one. A replacement
+/// moves its files into place one by one, the text first.
+///
+/// If the text has been moved, the other files are moved as well. An empty file is not moved: it
+/// means that the sidecar of this name is removed.
+///
+/// If the text has not been moved, no file has, and all files of the replacement are removed. The
+/// text is removed last: if it alone were missing, the next launch would move the other files.
 void RecordingRepair::completeReplacements() {
     const auto& folder = catalog_.paths().transcripts();
     try {

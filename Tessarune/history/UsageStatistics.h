@@ -35,8 +35,8 @@ struct Session {
     bool isReadable = true; ///< false: its words could not be counted
 };
 
-/// The recordings of the catalog; reads each transcript to count its words. An unreadable one
-/// counts without words.
+/// The recordings of the catalog; reads each transcript to count its words. A recording whose
+/// transcript is unreadable counts without words.
 std::vector<Session> sessions(RecordingCatalog& catalog, FileSystem& files);
 
 /// All periods from the first session to the last, including empty ones, in order. The listening

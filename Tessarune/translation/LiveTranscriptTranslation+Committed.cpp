@@ -65,8 +65,8 @@ LiveTranscriptTranslation::prepareCommittedTranslationRunContext() {
     return context;
 }
 
-/// Reports why no run can start: with `message`, a short text, as the translation status, and with
-/// `sentence` as the session's status.
+/// Reports why no run can start. The short `message` becomes the translation status, and `sentence`
+/// becomes the session's status.
 void LiveTranscriptTranslation::reportBlocked(const std::string& message,
                                               const std::string& sentence) {
     setPreparationIdle();

@@ -12,10 +12,10 @@ namespace tessarune::Text {
 /// full-width, emoji), none for control and formatting characters.
 std::size_t columns(std::string_view text);
 
-/// Wraps `text` into lines of at most `width` cells. Lines break at blanks, and after wide
-/// characters such as Chinese ones; if possible, not before closing or after opening punctuation. A
-/// text without such a place breaks anywhere. The blank at a break is dropped. No line is empty; a
-/// character wider than `width` gets a line of its own.
+/// Wraps `text` into lines of at most `width` cells. Lines break at blanks and after wide
+/// characters such as Chinese ones, but if possible not before closing punctuation or after opening
+/// punctuation. A text without such a place breaks anywhere. The blank at a break is dropped. No
+/// line is empty; a character wider than `width` gets a line of its own.
 std::vector<std::string> wrapped(std::string_view text, std::size_t width);
 
 /// `text` if it fills at most `width` cells, else the longest prefix that fits together with a "…"

@@ -41,7 +41,7 @@ bool canRetryIncomplete(std::span<const CaptionSegment> segments, bool backendCa
 /// Whether the backend can translate. The target makes no difference: if it is the source language,
 /// the text is passed through.
 bool backendCanRun(std::string_view backend, std::string_view target);
-/// `nullopt` if there is nothing to retry. Otherwise presumes that the backend cannot run.
+/// Call it only if the backend cannot run. Returns `nullopt` if there is nothing to retry.
 std::optional<RetryBlockedStatus> retryBlockedStatus(bool hasIncomplete, std::string_view backend);
 
 /// What the status line needs in addition to the rows.

@@ -87,8 +87,9 @@ def loudness(values):
 
 def speech_loudness(sound):
     """The loudness of the parts in which somebody speaks. The measure is a loud part: one that is
-    louder than 95 of 100 parts. Somebody speaks in a part that is less than 25 dB softer. Parts
-    that are louder than the measure, such as a thump on the desk, count as equally loud."""
+    louder than 95 of 100 parts. Parts that are less than 25 dB softer than the measure count as
+    speech. Parts that are louder than the measure, such as a thump on the desk, count as equally
+    loud."""
     step = RATE // 50
     parts = sorted(loudness(sound[i:i + step]) for i in range(0, len(sound) - step, step))
     loud = parts[len(parts) * 95 // 100]

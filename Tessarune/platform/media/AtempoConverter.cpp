@@ -12,8 +12,8 @@ namespace {
 
 using namespace ffmpeg;
 
-/// Above this rate the filter skips samples instead of blending them. Then two filters in a row are
-/// used, each with a lower rate.
+/// Above this rate the filter would skip samples instead of blending them. For higher rates, two
+/// filters in a row are used, each with a lower rate.
 constexpr double maximumRateOfOneFilter = 2.0;
 
 struct FilterGraphDeleter {

@@ -28,9 +28,9 @@ class ModelInstaller {
     ModelInstaller(const ModelInstaller&) = delete;
     ModelInstaller& operator=(const ModelInstaller&) = delete;
 
-    /// Returns why the model is unusable; empty if it is in any part of the store, all its
-    /// checksums match and its trial, if there is one, succeeds. Throws if the trial cannot be
-    /// run.
+    /// Returns why the model is unusable, or an empty text. A model is usable if any part of the
+    /// store has it, all its checksums match, and its trial, if there is one, succeeds. Throws if
+    /// the trial cannot be run.
     Task<std::string> flaw(ModelKind kind, std::string name, ModelTrial trial = {});
 
     /// Returns when the model is installed. Keeps an intact model. Replaces a damaged model once

@@ -12,7 +12,7 @@ namespace {
 using Session = std::shared_ptr<RecognitionSession>;
 
 /// Runs `work` on the worker queue and resumes on the main queue when it is done. A separate
-/// coroutine, because it keeps the session alive until then, even without the analyzer.
+/// coroutine, because it keeps the session alive until then, even if the analyzer is destroyed.
 Task<void> onWorker(Executor worker, Session session, void (RecognitionSession::*work)()) {
     co_await runOn(std::move(worker), [&] { (*session.*work)(); });
 }

@@ -10,21 +10,22 @@
 
 namespace tessarune {
 
-/// The words of the line that is being spoken: decides which of them are shown, and which are
-/// settled and never change again. No side effects; one thread at a time.
+/// The words of the line that is being spoken. Decides which of them are shown, and which are
+/// settled: returned to the caller as final. No side effects; one thread at a time.
 ///
 /// The engine recognises the whole line again at each pass, and its results differ. New words are
 /// shown once two passes in a row have them, and a shown word stays until two passes agree on
 /// another one; the words after it are unaffected. A shown word with enough words after it is
-/// fixed: it does not change any more, so that a late change does not move a whole line of text. A
-/// shown hesitation ("um") stays unless passes agree on words in its place, and no hesitation is
-/// inserted between shown words, because the engine reports hesitations in one pass and omits them
-/// in the next.
+/// fixed: until it is settled, later passes change only its capitals, punctuation and times, so
+/// that a late change does not move a whole line of text. A shown hesitation ("um") stays unless
+/// passes agree on words in its place, and no hesitation is inserted between shown words, because
+/// the engine reports hesitations in one pass and omits them in the next.
 ///
 /// The front of a long line is settled before the line ends: at the end of a sentence, later at the
-/// end of a clause, and later still anywhere. Only a text that contains all shown words is settled,
-/// so that nothing disappears from the screen for a moment. Later guesses repeat the settled words
-/// more or less exactly; these repetitions are matched and left out.
+/// end of a clause, and later still anywhere. A pass that settles words settles all shown words,
+/// and perhaps more: a shown word that is left out would disappear from the screen for a moment.
+/// Later guesses repeat the settled words more or less exactly; these repetitions are matched and
+/// left out.
 ///
 /// An engine that is stuck in a loop repeats the same words: at most three copies of a single word,
 /// and two of a run of two to four words, are kept.
@@ -36,8 +37,8 @@ class OpenLine {
   public:
     /// Takes the engine's current guess of all words of the line, one run per word without blanks,
     /// and the start of the line in seconds of the session. Returns the words that this pass
-    /// settles. If it settles none and the next pass does not follow soon, all words of the guess
-    /// are shown.
+    /// settles. If this pass settles none and the next pass does not follow soon, all words of the
+    /// guess are shown.
     std::vector<SpeechRun> look(std::vector<SpeechRun> words, double begin, bool looksAgainSoon);
 
     /// The shown words after the settled ones.
@@ -74,7 +75,7 @@ class OpenLine {
     static Words withoutRepeats(std::vector<SpeechRun> runs);
     struct Joint {
         std::size_t place; ///< in the guess
-        double frontFit;   ///< of `front` with the words before `place`, as described at `jointOf`
+        double frontFit;   ///< how well `front` matches the words before `place`
     };
     /// `beginsInside`: the guess may begin with any word of `front`.
     static Joint jointOf(const Words& front, bool beginsInside, const Words& behind,
@@ -84,8 +85,8 @@ class OpenLine {
     static Joint jointOfSpoken(const Keys& front, bool beginsInside, const Keys& behind,
                                const Keys& guess);
     struct Divided {
-        Words front; ///< the guess at the fixed words
-        Words open;  ///< the guess at the words after them
+        Words front; ///< the part of the guess that repeats the fixed words
+        Words open;  ///< the words of the guess after this part
     };
     Divided divide(std::vector<SpeechRun> words) const;
     std::size_t lengthOfFixed(const Words& guess) const;
@@ -101,7 +102,7 @@ class OpenLine {
     std::vector<SpeechRun> settle(std::size_t count);
 
     Words last_; ///< the end of the previous line, until words of this line are settled
-    /// The first words of the line, which no longer change; while `last_` is not empty, the words
+    /// The first words of the line, up to the last fixed one. While `last_` is not empty: the words
     /// that repeat the previous line.
     Words fixed_;
     std::size_t settled_ = 0; ///< how many of the fixed words are settled

@@ -140,7 +140,7 @@ struct TranslationModelInventory::Shared {
         } catch (...) {
             failure = std::current_exception();
         }
-        // The pair is chosen after the refresh: only the newest catalogue tells the best one.
+        // The pair is chosen after the refresh, because a newer catalogue may list a better pair.
         const std::optional<TranslationPair> pair = self->pairFor(languages);
         std::optional<AvailableModel> model = pair ? self->catalogue()->model(*pair) : std::nullopt;
         if (!model && failure)

@@ -19,9 +19,9 @@ std::size_t charactersOf(const CaptionStageRows& rows, std::size_t first, std::s
 
 } // namespace
 
-/// Returns how many characters of the growing row of `next` were visible in other rows before: when
-/// an open row settles, its remainder becomes the next row; when a sentence opens again, it absorbs
-/// the rows after it.
+/// Returns how many characters of the growing row of `next` are already visible in other rows. Some
+/// are if an open row settles and its remainder becomes the next row, or if a sentence opens again
+/// and absorbs the rows after it.
 std::size_t CaptionRowsModel::revealedIn(const CaptionStageRows& next) const {
     const std::size_t before = rows_.growing();
     const std::size_t now = next.growing();

@@ -10,8 +10,8 @@ namespace tessarune {
 /// What the stage shows while there are no captions.
 enum class CaptionEmptyPresentation { idle, checking, silent };
 
-/// What the stage, the part of the caption window with the captions, shows for a frame. Pure
-/// functions.
+/// What the stage shows for a frame. The stage is the part of the caption window with the captions.
+/// Pure functions.
 namespace CaptionStage {
 
 bool hasCaptionOutput(const LiveCaptionDisplayFrame& frame);

@@ -14,7 +14,7 @@ namespace tessarune {
 
 namespace {
 
-/// The time that a guess takes from the recogniser to the screen; newer guesses may replace it.
+/// The time that a guess takes from the recogniser to the screen.
 constexpr double guessToScreen = 0.06;
 
 // Global, because the engine's functions are plain pointers without a context.

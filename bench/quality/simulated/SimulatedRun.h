@@ -10,13 +10,13 @@ namespace tessarune {
 /// Runs the recogniser with the real engine over a file, on simulated time, so that the result does
 /// not depend on the load of this computer.
 ///
-/// A pass of the engine takes as long as on an idle computer (see `passSeconds`); nothing else
-/// takes time. The program above the recogniser is left out, except for the time that a guess takes
-/// to reach the screen. For this reason no long line is closed early.
+/// A pass of the engine takes as long as on an idle computer (see `passSeconds`), and a guess takes
+/// some time to reach the screen; nothing else takes time. The program above the recogniser is left
+/// out, so nothing asks the recogniser to close a long line early.
 class SimulatedRun {
   public:
-    /// Runs until the end of the file. Lines that begin before the second `from` of the file are
-    /// heard, but are not in `history`. Throws if the file or the engine fails.
+    /// Runs until the end of the file. Lines that begin before `from`, in seconds of the file, are
+    /// recognised, but are not in `history`. Throws if the file or the engine fails.
     SimulatedRun(ModelStore& models, const std::filesystem::path& file, double from);
 
     /// Times in seconds since the sound began.
