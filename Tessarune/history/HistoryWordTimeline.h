@@ -82,8 +82,9 @@ struct HistoryWordTimeline {
 
     /// The same timeline, limited to sound of this length in seconds. A row that was still open
     /// when the session stopped ends with the stop, which may be up to three seconds after the last
-    /// sound; the times of such a row are limited to the sound. If rows begin later than that, the
-    /// recording broke off during the session, and these rows keep their times.
+    /// sound; the times of such a row are limited to the sound. If a row begins more than three
+    /// seconds after the last sound, the recording broke off during the session; such a row keeps
+    /// its times.
     HistoryWordTimeline endingBy(double seconds) const;
 
     /// Sentences derived from runs of words of the same row, for timelines that were saved without
@@ -91,10 +92,11 @@ struct HistoryWordTimeline {
     std::vector<Sentence> derivedSentencesFromWords() const;
 
     /// For each row of a bilingual text, the index of its sentence. Such a text may be older than a
-    /// refined timeline. Therefore rows and sentences with equal and unique texts are paired first,
-    /// as far as their order agrees. The rows and sentences between two pairs are paired in order
-    /// if there are equally many, otherwise from both ends as long as their texts are equal. If
-    /// nothing matches at all, all are paired in order. A row without a counterpart has `nullopt`.
+    /// refined timeline. Therefore a row and a sentence are paired first if they have the same text
+    /// and no other row or sentence has it, as far as the order of the pairs agrees. The rows and
+    /// sentences between two pairs are paired in order if there are equally many, otherwise from
+    /// both ends as long as their texts are equal. If nothing matches at all, all are paired in
+    /// order. A row without a counterpart has `nullopt`.
     static std::vector<std::optional<std::size_t>>
     sentencesOfRows(const std::vector<std::string>& rows, const std::vector<Sentence>& sentences);
 

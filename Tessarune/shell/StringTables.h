@@ -19,15 +19,15 @@ using Row = std::pair<std::string_view, std::string_view>;
 std::span<const Row> rows(std::string_view language);
 
 /// The table for a locale from the environment ("zh_TW.UTF-8", "de_DE", "C"). It has the texts for
-/// the language and region of the locale or, if po/ has none, for the language alone. A missing
-/// text is English. The table of a Chinese locale has only the texts in its script; a missing text
-/// is shown as its key.
+/// the language and region of the locale or, if po/ has none, for the language alone. A text that
+/// is missing there is shown in English. In a Chinese locale it is shown as its key, which is
+/// Chinese.
 LocalizationTable forLocale(std::string_view locale);
 
 /// The user's locale for messages: the first of LC_ALL, LC_MESSAGES and LANG that is set, or "C".
-/// If this locale is not "C", "C.…" or "POSIX", the list in LANGUAGE takes precedence: the first
-/// language of the list for which the program has texts or, if it has texts for none of them, the
-/// first language of the list.
+/// If this locale is not "C", "C.…" or "POSIX", the list in LANGUAGE takes precedence. In this
+/// case, returns the first language of the list for which the program has texts; if it has texts
+/// for none of them, returns the first language of the list.
 std::string userLocale();
 
 } // namespace tessarune::StringTables

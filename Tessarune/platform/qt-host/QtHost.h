@@ -28,8 +28,8 @@ class QtHost final : public QObject, public Host {
                                              QueuePriority priority) override;
     bool isOnMainQueue() const override;
 
-    /// Runs the main queue without the toolkit, which may no longer be usable, until `isDone` or
-    /// for at most `seconds`.
+    /// Runs the main queue without the toolkit, which may no longer be usable, until `isDone`
+    /// returns true, but for at most `seconds`.
     void runByItself(const std::function<bool()>& isDone, double seconds);
 
   protected:
