@@ -51,7 +51,7 @@ class CaptionCore {
         bool softClauseLevel = true;      ///< find the clauses of the open sentence
         double freezeStableSeconds = 0.6; ///< a sentence unchanged for this long is frozen
         /// How long a committed row suppresses its repetition by a freeze or a seal. A frozen row
-        /// suppresses its repetition by a final without a limit of time.
+        /// suppresses its repetition by a final however late the final comes.
         double duplicateCommitWindowSeconds = 4.0;
         bool softCaptionEnabled = true;
         double softCaptionStableSeconds = 0.3; ///< a clause unchanged for this long is shown

@@ -251,8 +251,8 @@ void AudioSessionRecorder::observeFormat(const AudioBuffer& buffer) {
     appendSilenceOnQueue(std::exchange(pendingSilence_, 0));
 }
 
-/// Returns the sound at the file's rate. Its own rate differs if another device took over during
-/// the session.
+/// Returns the sound at the file's rate. The sound has another rate if another device took over
+/// during the session.
 std::vector<float> AudioSessionRecorder::convertedToFileRate(std::vector<float> mono, double rate) {
     const bool sameAsFile = rate == observedSampleRate_;
     std::vector<float> result;

@@ -95,8 +95,8 @@ struct RecordHandlers {
     std::function<void(SoundServerError)> onEnd;
 };
 
-/// An open stream of sound from one source; it never moves to another one. The destructor closes
-/// it. After a destruction on the stream's executor, no handler runs; after a destruction
+/// An open stream of sound from one source; it never moves to another source. The destructor closes
+/// the stream. After a destruction on the stream's executor, no handler runs; after a destruction
 /// elsewhere, a running handler may still finish.
 class RecordStream {
   public:

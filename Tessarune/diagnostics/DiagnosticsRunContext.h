@@ -35,8 +35,8 @@ nlohmann::json displaySnapshot(const AppSettings& settings);
 /// The settings of the captions, for records about what is shown.
 nlohmann::json displaySnapshotFields(const AppSettings& settings);
 
-/// The content of a run's settings.json, without the host: most of the `sections` of the manifest,
-/// and the single settings.
+/// The content of a run's settings.json, except its field `host`: most of the manifest's
+/// `sections`, and settings under their own names.
 nlohmann::json settingsFile(const AppSettings& settings, const nlohmann::json& sections,
                             bool capturesFullDiagnostics);
 

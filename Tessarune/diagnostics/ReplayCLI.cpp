@@ -180,7 +180,7 @@ void run(const Arguments& arguments, std::ostream& out, FileSystem& files) {
         out << "error: 读取失败 " << *path << ": " << description << "\n";
         return;
     }
-    // The log of a run also holds marks, which are no events: they would shift the printed times.
+    // The log of a run also holds marks, which are no events. Marks would shift the printed times.
     std::erase_if(records,
                   [](const ASREventRecord& record) { return captionMark(record).has_value(); });
     if (records.empty()) {

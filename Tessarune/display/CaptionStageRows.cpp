@@ -72,8 +72,8 @@ bool CaptionStageRows::hasGhost() const {
     return ghostRow_ || std::ranges::any_of(tail_, &CaptionStageRow::isGhost);
 }
 
-/// Whether the preview's sentence is a part of the untranslated rows that may still change, even
-/// without a row of its own.
+/// Whether the untranslated rows that may still change contain the preview's sentence, even if it
+/// has no row of its own.
 bool CaptionStageRows::isGhostOfPart(const LiveCaptionDisplayFrame& frame) const {
     const std::string key =
         GhostTranslationPlanner::normalizedKey(frame.ghostTranslationSourceText);

@@ -119,9 +119,9 @@ class RecordingCatalog {
         bool sourceSaved = false; ///< and the word times, if they were to be saved
         bool bilingualSaved = false;
     };
-    /// Replaces the texts that a session saved with the same source text and newer translations, if
-    /// the recording is listed and was not refined meanwhile, by this process or another one. No
-    /// deletion can run at the same time.
+    /// Replaces the texts that a session has saved: the source text is the same, the translations
+    /// are newer. Saves nothing if the recording is not listed or was refined meanwhile, by this
+    /// process or another one. No deletion can run at the same time.
     TranscriptUpdate updateTranscripts(std::string_view sourceText, std::string_view bilingualText,
                                        const UUID& id);
     /// The same for transcripts that could not be saved at the end of their session. A text that

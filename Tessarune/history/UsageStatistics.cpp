@@ -19,7 +19,7 @@ namespace {
 constexpr double earliestUsage = 946684800; // 2000
 constexpr double latestUsage = 4102444800;  // 2100
 
-/// The first moment of the period that is `later` periods after the one with `moment`.
+/// The first moment of the period that comes `later` periods after the one that contains `moment`.
 double startOfPeriod(double moment, UsagePeriodKind kind, int later) {
     constexpr int daysAWeek = 7;
     const std::tm local = LocalDay::timeOf(moment);

@@ -65,9 +65,9 @@ class SpeechAnalyzerFileTranscriber {
 
     explicit SpeechAnalyzerFileTranscriber(Environment environment);
 
-    /// Throws MediaFileError for a file that cannot be opened or breaks off before its first text,
-    /// AudioConversionError, SpeechAnalyzerFileTranscriberError, CancellationError, and what
-    /// `beforeBlock` and the recogniser throw.
+    /// Throws MediaFileError for a file that cannot be opened or breaks off before its first text.
+    /// Also throws AudioConversionError, SpeechAnalyzerFileTranscriberError, CancellationError, and
+    /// what `beforeBlock` and the recogniser throw.
     Task<Transcription> transcribe(std::string audioPath, std::string localeIdentifier,
                                    Control control,
                                    SpeechAnalyzerFileTranscriberDiagnostics diagnostics = {});

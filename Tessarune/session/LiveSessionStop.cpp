@@ -22,7 +22,8 @@ SessionLog& LiveSessionStop::log() const {
 }
 
 void LiveSessionStop::request(const LiveSessionControlTrigger& trigger) {
-    // A start that completes during a stop resets the phase, but a second stop must not begin.
+    // A start that completes during a stop resets the phase, so the phase does not keep a second
+    // stop from beginning.
     if (isFinalizing_) {
         store_.view_.startsAgain = false;
         return;

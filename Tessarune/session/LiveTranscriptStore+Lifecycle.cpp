@@ -43,8 +43,8 @@ void LiveTranscriptStore::toggleListening(const LiveSessionControlTrigger& trigg
 }
 
 void LiveTranscriptStore::startListening(const LiveSessionControlTrigger& trigger) {
-    // A start that completes during a stop resets the phase to idle, but two sessions must never
-    // share the recorder and the texts that are being saved.
+    // The phase alone is not enough, because a start that completes during a stop resets it to
+    // idle. Two sessions must never share the recorder and the texts that are being saved.
     if (*view_.sessionPhase == LiveSessionPhase::stopping || stop_.isFinalizing()) {
         const std::string event = "listen.start.ignoredWhileStopping";
         log_.milestone(event, trigger.logFields(), Importance::important);
@@ -110,7 +110,8 @@ Task<void> LiveTranscriptStore::startSession(Self self, StartRequest start) {
     Task<void> starting = self->liveTranscriber_->start(start.source);
     co_await starting;
     if (start.number != self->startNumber_) {
-        // The newer start is still waiting for permissions; the sound belongs to this start.
+        // The newer start is still waiting for permissions, so the sound and the recording belong
+        // to this start.
         self->liveTranscriber_->stop();
         self->discardRecording();
         co_return;

@@ -12,8 +12,8 @@ namespace tessarune {
 /// A piece of a result's text with the engine's attributes.
 struct SpeechRun {
     std::string text;
-    /// Seconds of the sound fed since the start or, for a file, of the recording. Present if the
-    /// attribute audioTimeRange was requested.
+    /// Seconds from the beginning of the fed sound; for a file, from the beginning of the
+    /// recording. Present if the attribute audioTimeRange was requested.
     std::optional<double> audioStart;
     std::optional<double> audioEnd;
     /// 0 to 1. Absent unless the attribute transcriptionConfidence was requested and the engine

@@ -13,8 +13,8 @@
 
 namespace tessarune {
 
-/// Counts, lemmas and definitions of the words of recordings. Main queue; the work is done on the
-/// queue "Tessarune.HistoryWordStats".
+/// Provides the counts, lemmas and definitions of the words in recordings. Main queue; the work is
+/// done on the queue "Tessarune.HistoryWordStats".
 class HistoryWordStatsService {
   public:
     /// The host and the logger must outlive this and its tasks.

@@ -36,7 +36,7 @@ double weight(const WordReading& reading, const std::string& form, Position posi
     // An inflection is one of several forms that share the uses of their lemma.
     constexpr double shareOfAnInflection = 0.25;
     constexpr double unlikely = 0.125;
-    constexpr double impossible = 0.001; // not 0, so that an only reading is still chosen
+    constexpr double impossible = 0.001; // not 0, so that a sole reading is still chosen
     constexpr double usesOfARareWord = 0.5;
     double likelihood = reading.uses + usesOfARareWord;
     if (reading.lemma != form)

@@ -15,10 +15,10 @@ namespace tessarune {
 
 /// Appends lines to a file on a serial queue of its own with low priority.
 ///
-/// Lines are written without a buffer, so a crash loses only queued lines. Lines that
-/// cannot be encoded or written, and lines that arrive while `maximumQueued` others are queued, are
-/// dropped silently, because a diagnostic log must not disturb its caller. Later lines are still
-/// written, and a partial line never runs into the next.
+/// Lines are written without a buffer, so a crash loses only queued lines. Lines that cannot be
+/// encoded or written, and lines that arrive while `maximumQueued` others are queued, are dropped
+/// silently, because a diagnostic log must not disturb its caller. Later lines are still written,
+/// and a partial line never runs into the next.
 ///
 /// A new file is private to its user. A pipe is written at its reader's pace until `close`, which
 /// waits at most two seconds in total for a reader that has stopped reading.

@@ -10,7 +10,7 @@ namespace tessarune {
 /// A word of the final text. Times in seconds.
 struct TracedWord {
     std::string text;
-    double shownAt = 0;              ///< when a word was first shown in its place
+    double shownAt = 0;              ///< when this word, or one that it replaced, was first shown
     double changedAt = 0;            ///< when the word became this text
     std::optional<double> settledAt; ///< `nullopt` if it was still open at the end
     bool isUnstable = false;         ///< replaced another word, or had disappeared once

@@ -46,8 +46,7 @@ FileInput::~FileInput() {
 
 void FileInput::openFile(const std::filesystem::path& path) {
     // Opening a pipe without a writer must not block, because only the wait for data can be
-    // cancelled. Standard input is shared with other programs, so its mode is not
-    // changed.
+    // cancelled. Standard input is shared with other programs, so its mode is not changed.
     const bool isStandardInput = path == "-" || path == "/dev/stdin";
     file_ = isStandardInput ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
                             : open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);

@@ -26,8 +26,8 @@ struct FixingRule {
     std::size_t wordsBehind;
 };
 constexpr std::array<FixingRule, 2> fixingRules{{{3, 7}, {4, 3}}};
-/// Seconds of speech after which the front of a line is settled at the end of a clause, or
-/// anywhere.
+/// Even if no sentence has ended, a line is settled up to the end of a clause after `clauseSeconds`
+/// of speech, and as a whole after `anywhereSeconds`.
 constexpr double clauseSeconds = 2;
 constexpr double anywhereSeconds = 3;
 /// The minimum number of words that are settled at once.
@@ -297,8 +297,8 @@ OpenLine::Words OpenLine::withoutRepeats(std::vector<SpeechRun> runs) {
 /// both match best. A matching word counts 1; a changed or missing one counts -1, so that a
 /// frequent word much later is not taken for a settled one. An inserted word counts -1 in `behind`
 /// and -1.5 in `front`, because it more likely belongs to the following text. If a word of `front`
-/// is either missing or changed, it counts as changed: this sometimes leaves out one word too many,
-/// which the next pass shows; if one too few were left out, a word would be shown twice.
+/// could be either missing or changed, it counts as changed. This sometimes leaves out one word too
+/// many, which the next pass shows; if one too few were left out, a word would be shown twice.
 /// Hesitations do not count, because the engine does not always write them.
 OpenLine::Joint OpenLine::jointOf(const Words& front, bool beginsInside, const Words& behind,
                                   const Words& guess) {

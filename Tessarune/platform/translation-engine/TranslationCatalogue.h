@@ -43,8 +43,8 @@ class TranslationCatalogue {
     std::map<Key, Model> models_;
 };
 
-/// The files of a translation model by purpose, which the beginnings of their names show.
-/// Throws std::runtime_error if one is missing.
+/// Finds the files of a translation model by purpose; a file's name begins with its purpose. Throws
+/// std::runtime_error if a file is missing.
 TranslationEngine::Files translationFilesOf(const StoredModel& model);
 
 } // namespace tessarune

@@ -13,9 +13,8 @@
 
 namespace tessarune {
 
-/// Connects a Qt Quick list to the driver that keeps it at its newest line. Content that is shorter
-/// than the list is aligned to its bottom edge. Lengths are in device-independent pixels. Main
-/// thread.
+/// Connects a Qt Quick list to the driver that keeps it at its newest line. Rows that do not fill
+/// the list stand at its bottom. Lengths are in device-independent pixels. Main thread.
 ///
 /// New rows scroll the list at once. So that a reader sees the lines move up, the list is then
 /// drawn lower by `glide`, which is animated to zero.

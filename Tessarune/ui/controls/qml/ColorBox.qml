@@ -58,7 +58,7 @@ T.Button {
         margins: 8
         padding: Math.round(Theme.body * 0.8)
         focus: true
-        // The field is set here: with a binding, a text that was typed and left would stay.
+        // A binding would end when the user types, and text that was not accepted would stay.
         onAboutToShow: field.text = root.value
         onOpened: field.forceActiveFocus()
 
