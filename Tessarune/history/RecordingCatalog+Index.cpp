@@ -152,8 +152,8 @@ bool RecordingCatalog::isAside(const std::string& name) const {
     return name.starts_with(paths_.recordingIndex().filename().string() + std::string(asideMark));
 }
 
-/// Copies an index that cannot be decoded to a file beside it. Returns the copy's path; empty if
-/// there was nothing to copy. Throws if no copy could be made.
+/// Writes `bytes`, an index that cannot be decoded, to a file beside the index. Returns the path of
+/// this file; empty if `bytes` is blank. Throws if the file cannot be written.
 std::filesystem::path RecordingCatalog::keepAside(const std::string& bytes) {
     if (Text::trimmed(bytes).empty())
         return {};

@@ -116,7 +116,7 @@ class RecordingCatalog {
 
     struct TranscriptUpdate {
         RecordingTranscriptSaveOutcome outcome = RecordingTranscriptSaveOutcome::failed;
-        bool sourceSaved = false; ///< and the word times, if they were to be saved
+        bool sourceSaved = false; ///< includes the word times, if they were to be saved
         bool bilingualSaved = false;
     };
     /// Replaces the texts that a session has saved: the source text is the same, the translations

@@ -28,8 +28,8 @@ struct FormerTranscript {
                                const RecordingCatalog& catalog, FileSystem& files);
 
     /// Whether a refinement that heard the first `heardSeconds` of the recording heard all sound of
-    /// this transcript; true for a transcript without text. `isWhole` is true if it read the file
-    /// to its end.
+    /// this transcript; true for a transcript without text. `isWhole` is true if the refinement
+    /// read the file to its end.
     bool wasHeard(double heardSeconds, bool isWhole) const;
 
     /// Returns `refined` with its times pulled back to the onset, and adds each sentence of this

@@ -12,8 +12,8 @@
 namespace tessarune {
 
 /// Makes this process the only writer of a data folder while the object lives; the lock also ends
-/// with the process, even if it crashes. A program takes the lock before it uses the catalog, and
-/// keeps the lock; a program that only lists recordings needs none.
+/// with the process, even if it crashes. A program takes the lock before it writes to the folder,
+/// and keeps the lock until that work is done. To list recordings, no lock is needed.
 class DataFolderLock {
   public:
     /// The process that holds the lock, as noted in the lock file. A new holder writes this note

@@ -24,7 +24,7 @@ Rectangle {
     Accessible.name: text
     Accessible.ignored: text === ""
 
-    // Measures the width of the text without wrapped lines.
+    // Measures the width of the unwrapped text.
     Text {
         id: natural
         readonly property real oneLine: implicitHeight / lineCount

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Tessarune
 
-// A column that scrolls. It scrolls to an item of the column that gets the keyboard focus.
+// A scrolling column. It keeps the item with the keyboard focus in view.
 Flickable {
     id: root
 
