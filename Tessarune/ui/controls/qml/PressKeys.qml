@@ -1,7 +1,7 @@
 import QtQuick
 
-// Set this as `Keys.forwardTo` of a button, so that Return and Enter press the button, as Space does.
-// A held key presses once.
+// Set this as `Keys.forwardTo` of a button, so that Return and Enter press the button, as Space
+// does. A held key presses once.
 Item {
     signal pressed
 
