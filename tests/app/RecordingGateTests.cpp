@@ -31,7 +31,7 @@ struct RecordingProgram {
     std::vector<RecordingGate::Obstacle> obstacles;
 };
 
-TEST(RecordingGateTests, OneProgramRecordsAtATimeAndAnotherOnceItHasLeftTheFolder) {
+TEST(RecordingGateTests, OneProgramRecordsAtATimeAndAnotherAfterTheFirstHasLeftTheFolder) {
     const testing::TemporaryFolder folder;
     RecordingProgram first(folder, "first");
     RecordingProgram second(folder, "second");
@@ -48,7 +48,7 @@ TEST(RecordingGateTests, OneProgramRecordsAtATimeAndAnotherOnceItHasLeftTheFolde
     EXPECT_FALSE(second.obstacles.back().isThere()) << "the obstacle is gone";
     EXPECT_FALSE(first.gate.mayRecord());
 
-    // Each change keeps the folder until it is done, even if the program leaves it meanwhile.
+    // A change holds the folder until the change is done, even if its program leaves the folder.
     second.gate.leaveDataFolder();
     auto change = first.gate.holdDataFolder();
     EXPECT_TRUE(first.gate.mayRecord());

@@ -81,7 +81,7 @@ TEST_F(PermissionsTests, TheGatePassesOrSaysWhatIsRefused) {
     struct Step {
         const char* name;
         AudioSource source;
-        int serverStatus; // when a microphone is opened
+        int serverStatus; // the server's answer when a microphone is opened
         Authorization speech;
         bool answer;
         std::string outcome;

@@ -225,7 +225,7 @@ TEST_F(SystemAudioCaptureTests, FollowsTheDefaultOutputWithoutAGap) {
     EXPECT_EQ(server.openSources(), std::vector<std::string>{"b.monitor"});
     EXPECT_EQ(listener->events, (std::vector<CaptureEvent>{{Kind::deviceChanged, 0, "Output b"}}));
 
-    // The default changes and returns before the stream opens: nothing changes.
+    // The default changes back before the new stream is open, so the old stream stays.
     server.setDevices(devices({"a", "b"}, "a"));
     host.advanceBy(0.1);
     server.setDevices(devices({"a", "b"}, "b"));
@@ -253,10 +253,11 @@ TEST_F(SystemAudioCaptureTests, ResumesAfterEachInterruptionAndReportsTheGap) {
              server.setDevices(devices({"b"}, "b"));
          },
          12, [&] { server.openDelay = 0; }, SoundServerError::streamKilled, other, 6},
-        {"unplugged beside another", [&] { server.setDevices(devices({"b"}, "b")); }, 5, [] {},
-         SoundServerError::streamKilled, other, 0},
-        {"unplugged, later another device", [&] { server.setDevices(devices({}, "")); }, 5,
-         [&] { server.setDevices(devices({"b"}, "b")); }, SoundServerError::streamKilled, other, 5},
+        {"unplugged while there is another device", [&] { server.setDevices(devices({"b"}, "b")); },
+         5, [] {}, SoundServerError::streamKilled, other, 0},
+        {"unplugged, and another device appears later", [&] { server.setDevices(devices({}, "")); },
+         5, [&] { server.setDevices(devices({"b"}, "b")); }, SoundServerError::streamKilled, other,
+         5},
         {"server restarted", [&] { server.goDown(); }, 7, [&] { server.comeBack(); },
          SoundServerError::connectionTerminated, same, 7},
         {"device asleep", [&] { server.keepDelivering(std::nullopt); }, 20,
@@ -294,12 +295,12 @@ TEST_F(SystemAudioCaptureTests, ResumesAfterEachInterruptionAndReportsTheGap) {
     EXPECT_EQ(server.openSources().size(), 1U) << "after a success the pauses are short again";
 }
 
-TEST_F(SystemAudioCaptureTests, LateFirstSoundOfAnotherOutputIsAGapAndOtherLateSoundIsNot) {
+TEST_F(SystemAudioCaptureTests, LateSoundIsAGapOnlyIfItIsTheFirstOfAnotherOutput) {
     server.setDevices(devices({"a", "b"}, "a"));
     start();
     server.keepDelivering(0.5F);
     host.advanceBy(1);
-    server.keepDelivering(std::nullopt); // the server keeps the sound and delivers all of it later
+    server.keepDelivering(std::nullopt); // the server delivers all of this sound later
     host.advanceBy(2);
     server.deliver("a.monitor", 0.5F, 2);
     server.keepDelivering(0.5F);

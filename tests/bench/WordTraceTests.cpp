@@ -45,7 +45,7 @@ std::string summary(const WordHistory& history) {
     return all.str();
 }
 
-TEST(WordTraceTests, CountsErasedWordsAndTimesTheFinalOnes) {
+TEST(WordTraceTests, CountsErasedWordsAndMeasuresWhenWordsSettle) {
     const struct {
         const char* name;
         const char* script;

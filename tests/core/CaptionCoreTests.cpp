@@ -12,7 +12,7 @@ TEST(CaptionCoreTests, PartialsAreThinnedOutAndOnlyTheNewestIsFlushed) {
     struct Case {
         const char* name;
         const char* script;
-        const char* expected; // time and open text of each activity; timers started
+        const char* expected; // the time and open text of each activity, then the number of timers
     };
     const Case cases[] = {
         {"one timer flushes the newest partial", "100 p a;100.01 p  a b ;100.03 p a b c",

@@ -13,7 +13,7 @@ using testing::DiagnosedSession;
 using Level = DiagnosticsLevel;
 using Names = std::set<std::string>;
 
-/// The path of a file below `folder` that contains "elephant", which was said; empty: none.
+/// The path of a file below `folder` that contains the spoken word "elephant"; empty: none.
 std::string saidIn(DiagnosedSession& session, const std::filesystem::path& folder) {
     for (const auto& name : session.files.list(folder)) {
         const auto path = folder / name;
@@ -147,8 +147,8 @@ TEST(SessionDiagnosticsRecorderTests, EachLevelWritesItsFilesAndACoreRunContains
     }
 }
 
-/// A session of hours at each level: the manifest is true, no queue grows, and a kill at any time
-/// would leave complete lines.
+/// A session of hours at each level: the manifest is correct, no queue grows, and a kill at any
+/// time would leave complete lines.
 TEST(SessionDiagnosticsRecorderTests, AfterHoursTheManifestIsTrueAndNoQueueHasGrown) {
     constexpr int hours = testing::rounds(8);
     constexpr int minutesBetween = 6;
@@ -435,7 +435,7 @@ TEST(DiagnosticsNDJSONWriterTests, ARecordThatIsWrittenInPartIsRemoved) {
     EXPECT_EQ(log.lostRecords(), 1u);
 }
 
-TEST(SessionDiagnosticsRecorderTests, PruningKeepsTheNewestRunsAndRunsOfOneSecondDifferInName) {
+TEST(SessionDiagnosticsRecorderTests, PruningKeepsTheNewestRunsAndRunsOfTheSameSecondDifferInName) {
     simulation::FaultyFileSystem files;
     const TessarunePaths paths{"/data"};
     const auto make = [&](int number, std::size_t bytes) {

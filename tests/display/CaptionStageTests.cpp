@@ -10,7 +10,7 @@
 namespace tessarune {
 namespace {
 
-TEST(SmoothStreamingText, RevealsWordByWordAtThePaceOfItsBacklog) {
+TEST(SmoothStreamingText, RevealsWordByWordFasterWithALargerBacklog) {
     const auto revealed = [](SimulatedHost& host, SmoothStreamingText& text, double seconds) {
         host.advanceBy(seconds);
         return text.renderedTail().settled;
@@ -55,7 +55,7 @@ TEST(SubtitleChromeState, HidesAMomentAfterThePointerLeftUnlessAMenuIsOpen) {
     chrome.setBodyHovering(true);
     chrome.setBodyHovering(false);
     host.advanceBy(0.1);
-    chrome.setBodyHovering(true); // comes back in time
+    chrome.setBodyHovering(true); // the pointer comes back in time
     host.advanceBy(1);
     EXPECT_TRUE(*chrome.isPresented);
     chrome.menuDidBeginTracking();
@@ -63,7 +63,7 @@ TEST(SubtitleChromeState, HidesAMomentAfterThePointerLeftUnlessAMenuIsOpen) {
     host.advanceBy(1);
     EXPECT_TRUE(*chrome.isPresented);
     chrome.menuDidEndTracking();
-    host.advanceBy(0.15); // it hides after 0.16 seconds
+    host.advanceBy(0.15); // the chrome hides after 0.16 seconds
     EXPECT_TRUE(*chrome.isPresented);
     host.advanceBy(0.02);
     EXPECT_FALSE(*chrome.isPresented);
@@ -77,7 +77,7 @@ LiveCaptionDisplaySegment stageRow(const std::string& source, const std::string&
     return *LiveCaptionDisplaySegment::from(segment);
 }
 
-TEST(CaptionStageRows, AGhostJoinsTheRowOfItsSourceThatHasNoTranslation) {
+TEST(CaptionStageRows, AGhostJoinsTheUntranslatedRowOfItsSource) {
     using Content = CaptionStageRows::Block;
     LiveCaptionDisplayFrame frame;
     frame.sourceTextTail.push_back(stageRow("Hello.", "你好。"));

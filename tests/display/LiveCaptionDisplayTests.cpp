@@ -79,7 +79,8 @@ std::string shown(const LiveCaptionDisplayRows& rows) {
 }
 
 /// Incremental updates show what a rebuild shows, and any visible change raises a revision. Two
-/// accepted exceptions are left out: a committed row revised in the middle, a patch without text.
+/// accepted exceptions do not occur here: a committed row that changes in the middle of the list,
+/// and a patch without text.
 RC_GTEST_PROP(LiveCaptionDisplayTests, IncrementalUpdatesShowWhatARebuildShows, ()) {
     Captions captions;
     LiveCaptionDisplayFrame before = captions.refresh(true);
@@ -174,7 +175,8 @@ TEST(LiveCaptionDisplayTests, WorkIsProportionalToTheChange) {
     EXPECT_EQ(shown(shared.mergedBilingualSourceTail), "One. Two.=Un deux.|Three.=|");
     EXPECT_EQ(shown(old.sourceTextTail), "One.=|Two.=|") << "an older frame never changes";
     EXPECT_EQ(&shared.sourceTextTail[2], &captions.cache.frame().sourceTextTail[2]);
-    // Accepted: a change without an update path waits for a rebuild; a patch may remove a text.
+    // Accepted: a committed row that changes shows its old text until a rebuild. A patch without
+    // text removes a row's translation, but not from the list of translations.
     captions.committed[1].sourceText = "Due.";
     auto withoutText = patch;
     withoutText.translatedText.reset();

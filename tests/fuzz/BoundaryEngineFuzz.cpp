@@ -44,7 +44,7 @@ void checkPartial(HeuristicBoundaryEngine& engine, std::string_view text,
     fuzz::require(decision.tail == (all.empty() ? "" : all.back()), "a wrong tail");
     if (all.empty())
         return;
-    // Sentences frozen earlier come first.
+    // `all` begins with the sentences frozen earlier.
     fuzz::require(fixedAndLeading.size() < all.size(), "more pieces than the text has");
     fuzz::require(std::equal(fixedAndLeading.begin(), fixedAndLeading.end(),
                              all.end() - 1 - std::ssize(fixedAndLeading)),

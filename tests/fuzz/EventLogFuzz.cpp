@@ -33,7 +33,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         fuzz::require(line.has_value(), "a record that was read but cannot be written");
         fuzz::require(line->find('\n') == std::string::npos, "a line feed inside a line");
         const auto again = ASREventRecord::fromLine(*line);
-        fuzz::require(again && again->line() == line, "a record that is written otherwise");
+        fuzz::require(again && again->line() == line,
+                      "a record that changes when written and read");
         if (const auto event = records[i].asEvent())
             fuzz::require(ASREventRecord(records[i].t, *event).asEvent() == event,
                           "an event that changes in a record");

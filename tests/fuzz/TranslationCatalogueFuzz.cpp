@@ -18,7 +18,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     for (const char* target : {"fr", "ja", "th", ""}) {
         const TranslationPair pair{"en", target};
         const std::optional<AvailableModel> model = catalogue->model(pair);
-        fuzz::require(model.has_value() == catalogue->lists(pair), "a list unlike its models");
+        fuzz::require(model.has_value() == catalogue->lists(pair),
+                      "a listed pair without a model, or a model of an unlisted pair");
         if (!model)
             continue;
         StoredModel stored;

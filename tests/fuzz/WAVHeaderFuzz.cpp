@@ -18,6 +18,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::require(header->bytesPerSecond() > 0, "a header with no bytes per second");
     WAVHeader plain = *header;
     plain.dataOffset = WAVHeader::size;
-    fuzz::require(WAVHeader::decoded(plain.encoded()) == plain, "a header that reads otherwise");
+    fuzz::require(WAVHeader::decoded(plain.encoded()) == plain,
+                  "a header that changes when written and read");
     return 0;
 }

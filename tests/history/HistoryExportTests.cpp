@@ -49,7 +49,7 @@ TEST(HistoryTranscriptExportTests, ARowHasTheTimeOfItsSentenceAndMarkupIsEscaped
     EXPECT_NE(untimed.find("class=\"transcript no-timing\""), std::string::npos);
 }
 
-/// A refinement may leave the former bilingual text in place.
+/// After a refinement, the bilingual text may still be the former one, with other sentences.
 TEST(HistoryTranscriptExportTests, ABilingualRowHasTheTimeOfItsOwnSentence) {
     const struct {
         const char* rows; ///< in the order of the former text
@@ -258,7 +258,7 @@ TEST_F(HistoryExportTests, AnImpossibleExportSaysWhy) {
 }
 
 TEST_F(HistoryExportTests, AudioExportGivesAnM4AAndTouchesNoOtherFile) {
-    disk.setContents("/home/x.m4a.part/mine", "mine"); // in a folder of the user
+    disk.setContents("/home/x.m4a.part/mine", "mine"); // the user's own folder
     const UUID own = add(1, "own.m4a");
     const UUID import = add(2, "film.m4a"); // an M4A by name only
     RecordingMetadata recording = *catalog.recording(own);

@@ -40,7 +40,7 @@ std::string summary(const Timeline& timeline) {
     return text + " (" + sentence.timingKind + ", " + timeline.timingKind + ")";
 }
 
-TEST(HistoryWordTimelineTests, BuildsTimesFromWordsRowsOrTheirArrival) {
+TEST(HistoryWordTimelineTests, BuildsTimesFromWordTimesRowTimesOrArrivalTimes) {
     const auto none = std::nullopt;
     const auto check = [](const char* name, const char* option, const CaptionSegment& segment,
                           std::vector<WordEvent> events, std::string_view expected) {

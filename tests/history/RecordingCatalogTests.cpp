@@ -159,7 +159,8 @@ TEST_F(RecordingCatalogTests, AnUnreadableIndexIsKeptAsideAndSalvaged) {
         const std::filesystem::path aside = "/data/recordings.json.unreadable-20251009-200000";
         EXPECT_EQ(disk.contentsOf(aside), c.index);
         catalog.cleanupOrphanTranscripts();
-        EXPECT_EQ(disk.has(catalog.transcriptURL(a)), true) << "its entry may have been lost";
+        EXPECT_EQ(disk.has(catalog.transcriptURL(a)), true)
+            << "a transcript stays whose entry may have been lost";
         disk.remove(aside);
         disk.remove(catalog.entryURL(id));
         setIndex(whole);
@@ -173,7 +174,7 @@ TEST_F(RecordingCatalogTests, ADiskThatDoesNotAnswerCostsNoEntry) {
     disk.remove(paths.recordingIndex());
     EXPECT_NE(catalog.readingProblem(), "") << "an entry file without an index is a problem";
     setIndex(whole);
-    disk.failAt = disk.operations + 3; // reading the index, after two folders
+    disk.failAt = disk.operations + 3; // the third operation, which reads the index
     EXPECT_FALSE(catalog.upsert(recording(20, "b.wav", makeID())));
     EXPECT_TRUE(catalog.upsert(recording(20, "b.wav", makeID())));
     EXPECT_EQ(order(), "b a ");
@@ -254,7 +255,7 @@ TEST_F(RecordingCatalogTests, DeletingARecordingRemovesAllItsFiles) {
     EXPECT_EQ(disk.contentsOf("/data/recordings.json"), "[]\n");
 }
 
-TEST(RecordingDeletionTests, AnInterruptedOneIsCompletedByTheNextStartOrCanBeRepeated) {
+TEST(RecordingDeletionTests, AnInterruptedDeletionIsCompletedByTheNextStartOrCanBeRepeated) {
     for (std::uint64_t operation = 1;; ++operation) {
         SCOPED_TRACE("operation " + std::to_string(operation));
         testing::Catalogued computer;
@@ -359,7 +360,7 @@ TEST_F(RecordingCatalogTests, KilledAnywhereAllTranscriptsAreReplacedOrNone) {
         const bool isNew = disk.contentsOf(catalog.transcriptURL(id)) == "new";
         EXPECT_TRUE(isNew || outcome == Outcome::failed);
         EXPECT_EQ(disk.list(paths.transcripts()).size(), isNew ? 2U : 4U)
-            << "operation " << n; // entry and text; before, also translation and times
+            << "operation " << n; // entry and text; the former ones have translation and times, too
     }
     EXPECT_FALSE(disk.has("/data/recordings.json.new-1000001"));
     EXPECT_TRUE(disk.has("/data/Vocabulary.json.new-1000001"));

@@ -25,7 +25,7 @@ class SessionJournalTests : public ::testing::Test, public testing::Catalogued {
     }
 };
 
-TEST_F(SessionJournalTests, ReadsBackTheRowsAsTheyWereLast) {
+TEST_F(SessionJournalTests, ReadsBackTheLastVersionOfEachRow) {
     SessionJournal journal(host, disk, logger, path, 100.25, "apple-en");
     const UUID a = makeID(), b = makeID();
     const std::vector<WordEvent> words{{"a\n\"é\"", 1.5, {}, 2.25, 3}, {"b", {}, {}, {}, {}}};

@@ -10,7 +10,7 @@
 namespace tessarune {
 namespace {
 
-/// Sets the computer's time zone for the duration of a test, then that of the catalog's tests.
+/// Sets the process's time zone; the destructor sets the one of the catalog's tests again.
 class TimeZone {
   public:
     explicit TimeZone(const char* name) {

@@ -206,7 +206,8 @@ TEST_F(MediaFileTests, DamageAnywhereDoesNotMakeReadingEndless) {
     for (const char* name : {"whole.wav", "whole.m4a"}) {
         const std::string whole = testing::contentsOf(folder / name);
         for (int round = 0; round < 60; ++round) {
-            // Each format has its headers at one of the two ends. Ten times the sound is allowed.
+            // Each format has its headers at one of the two ends. Damage may lengthen the sound,
+            // but at most tenfold.
             std::string damaged = whole;
             for (int flips = 0; flips <= round % 4; ++flips) {
                 const std::size_t at = random() % 60;

@@ -52,8 +52,8 @@ TEST(HistoryRefinementTests, WithoutACompleteTranslationTheFormerOneStays) {
     }
 }
 
-// The first word of a late recogniser is moved back to the first loud sound; if a recogniser cannot
-// be late, the sound before the word was music.
+// A recogniser may report its first word too late, so the word is moved back to the first loud
+// sound. If the recogniser is never late, the sound before the word was music.
 TEST(HistoryRefinementTests, TimesCountFromTheStartOfTheRecording) {
     struct Case {
         double firstWord, loudFrom, mostLateness, expected;
@@ -123,7 +123,7 @@ TEST(HistoryRefinementTests, ASentenceStaysWhereTheRecogniserHasNothing) {
     EXPECT_NE(recording.bilingual().find("Only live.\nde-DE:Only live."), std::string::npos);
 }
 
-// Any failure before the refined text is complete.
+// Each case fails before the refined text is complete.
 TEST(HistoryRefinementTests, AFailureLeavesTheFormerTranscriptUnchanged) {
     struct Case {
         const char* what;

@@ -71,7 +71,7 @@ class RefinedRecording : public Catalogued {
     std::vector<SpeechResult> heard = {simulation::spoken(true, "New words. And more.", 1)};
     double mostLateness = 0;
     std::string failure;
-    std::size_t failingBlock = 0; ///< from 1
+    std::size_t failingBlock = 0; ///< counted from 1; 0: none
     std::vector<double> blocks;   ///< seconds of each
     int loadedModels = 0;
     std::function<void()> onBlock = [] {};

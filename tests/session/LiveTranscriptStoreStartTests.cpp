@@ -34,7 +34,7 @@ TEST_F(LiveTranscriptStoreStartTests, AStartTakesItsStepsInOrder) {
         calls.push_back("run of " + start.source.logName());
     };
     session.launch();
-    session.settings.audioInactivityAutoStopMinutes = 7; // not a choice: counts as 1
+    session.settings.audioInactivityAutoStopMinutes = 7; // not among the choices, so 1 is used
     session.start();
     EXPECT_EQ(session.phases,
               (std::vector<Phase>{Phase::preparing, Phase::loading, Phase::listening}));

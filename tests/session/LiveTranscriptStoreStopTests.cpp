@@ -126,14 +126,14 @@ TEST(LiveTranscriptStoreFailureTests, TheSessionEndsInIdleWhateverFails) {
         std::string status;
         std::string audio;              // its extension; empty: no recording
         std::string event;              // one that the case logs
-        bool savesText = false;         // where other files are not saved
+        bool savesText = false;         // although other files are not saved
         std::string repaired = "Said."; // the text after the next start
     };
     const std::vector<Case> cases{
         {"the drain never ends", before,
          [](Session& s) {
              s.engine.script.finishNeverEnds = true;
-             // The stop seals it after the end of the sound.
+             // The stop seals this line after the end of the sound.
              s.engine.script.lines = {{3, simulation::spoken(false, "and", 3)}};
          },
          "complete", idle, ".m4a", "speechAnalyzer.drain.timeout", true, "Said.\nand"},

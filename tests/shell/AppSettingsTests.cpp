@@ -44,8 +44,9 @@ TEST_F(AppSettingsTests, NumbersAndFlagsAreReadInTheFormsThatPeopleWrite) {
     EXPECT_FALSE(*settings.trueFreeze);
     EXPECT_EQ(*settings.smoothPaceMS, 120);
     EXPECT_EQ(*settings.bgColorHex, 0x0A0B0C);
-    EXPECT_EQ(*settings.audioInactivityAutoStopMinutes, 1) << "no choice, so it counts as 1";
-    EXPECT_EQ(*settings.shortcutPin.modifiers, 0x1A0000) << "without Caps Lock, left and right";
+    EXPECT_EQ(*settings.audioInactivityAutoStopMinutes, 1) << "-5 is not among the choices";
+    EXPECT_EQ(*settings.shortcutPin.modifiers, 0x1A0000)
+        << "Caps Lock is ignored, and so is the side of a key";
     EXPECT_EQ(*settings.diagnosticsLevel, DiagnosticsLevel::verbose);
     EXPECT_EQ(*settings.selectedRecognitionOptionID, "apple-analyzer-en-gb");
 }

@@ -16,11 +16,12 @@
 
 namespace tessarune::simulation {
 
-/// A disk in memory that fails as instructed: at one operation or from one on, when it is full, for
-/// some paths, or by a loss of power, after which only synchronized data remains.
+/// A disk in memory that fails as instructed: at one operation, at every operation from one on,
+/// when it is full, for some paths, or by a loss of power, after which only synchronized data
+/// remains.
 ///
-/// One thread. Every call that would reach a real disk is an operation; operations are counted
-/// from 1.
+/// Used by one thread. Every call that would reach a real disk is an operation; operations are
+/// counted from 1.
 class FaultyFileSystem final : public FileSystem {
   public:
     static constexpr std::uint64_t never = std::numeric_limits<std::uint64_t>::max();
@@ -36,8 +37,8 @@ class FaultyFileSystem final : public FileSystem {
 
     std::uint64_t operations = 0;
     std::uint64_t failAt = never; ///< this one operation fails
-    /// Whether the operation `failAt` happens although it reports a failure, as if only the folder
-    /// could not be flushed. For atomic writes and renamings.
+    /// Whether the operation `failAt` takes effect although it reports a failure, as if only the
+    /// folder could not be flushed. Applies to atomic writes and renamings.
     bool failsLate = false;
     std::uint64_t failFrom = never; ///< this and all later ones fail, as in a killed process
     std::errc failure = std::errc::io_error;
@@ -247,7 +248,7 @@ class FaultyFileSystem final : public FileSystem {
         if (operations == failAt || operations >= failFrom || isRefused)
             fail(failure, path);
     }
-    /// Returns the failure to report afterwards.
+    /// Returns the failure to report after the operation has taken effect; null: none.
     std::exception_ptr beginReplacement(const char* operation, const Path& path) {
         try {
             begin(operation, path);

@@ -41,7 +41,7 @@ class ScriptedAudioConverter final : public AudioConverter {
 /// The converters of a simulated computer: makes them, records the formats, fails on demand.
 struct ScriptedAudioConverters {
     std::vector<AudioFormat> made; ///< input formats
-    int failures = 0;              ///< how many of the next ones fail
+    int failures = 0;              ///< how many of the next requests fail
 
     MakeAudioConverter maker() {
         return [this](AudioFormat from, AudioFormat to) {

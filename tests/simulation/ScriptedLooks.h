@@ -55,8 +55,8 @@ class ScriptedLooks {
         return results;
     }
 
-    /// Reports a lost or repeated word, or one that begins before the one before it ends; empty if
-    /// there is none.
+    /// Reports a lost or repeated word, or a word that begins before the previous one ends; empty
+    /// if there is none.
     const std::string& violation() const { return violation_; }
 
     /// Whether a word was spoken rather than invented.
@@ -159,7 +159,7 @@ class ScriptedLooks {
     std::size_t lineBegin_ = 0; ///< in `said_`
     std::size_t looked_ = 0;    ///< words known to the last pass
     std::size_t checked_ = 0;   ///< words covered by finals
-    double heardThrough_ = 0;   ///< of the last final, seconds of the session
+    double heardThrough_ = 0;   ///< the end of the last final, in seconds of the session
     bool leavesOut_ = false;
     std::string violation_;
 };

@@ -138,7 +138,7 @@ class ScriptedSoundServer final : public SoundServer {
       private:
         std::shared_ptr<Line> line_;
     };
-    /// An output that plays what it is given in simulated time, some milliseconds at a time.
+    /// An output that plays the written sound in simulated time, a few milliseconds at a time.
     struct Speaker : std::enable_shared_from_this<Speaker> {
         static constexpr double tickSeconds = 0.005;
         static constexpr double serverSeconds = 0.2;

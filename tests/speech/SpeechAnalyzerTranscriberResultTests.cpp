@@ -29,8 +29,7 @@ TEST_F(SpeechAnalyzerTranscriberResultTests, AtMostOnePartialLeavesPerWindowAndI
     EXPECT_EQ(perf("partialEvents"), 3);
 }
 
-/// Against the partial "we are going to talk about it now" a final of one word of confidence 0.4
-/// is overruled; the partial's eight words end at 2 seconds.
+/// A partial that overrules a final of one word with confidence 0.4. Its eight words end at 2 s.
 const std::string talk = "we are going to talk about it now";
 
 TEST_F(SpeechAnalyzerTranscriberResultTests, FinalsAreArbitratedAgainstTheLastPartialAndTheMark) {

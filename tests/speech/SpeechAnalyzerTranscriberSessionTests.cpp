@@ -41,7 +41,7 @@ TEST_F(SpeechAnalyzerTranscriberSessionTests, AFailedStartLeavesNoSession) {
     EXPECT_TRUE(sent.empty());
 }
 
-TEST_F(SpeechAnalyzerTranscriberSessionTests, AStopDuringTheStartEndsIt) {
+TEST_F(SpeechAnalyzerTranscriberSessionTests, AStopDuringTheStartEndsTheStart) {
     engine.script.prepareSeconds = 2;
     begin(transcriber->start("en-US"));
     host.advanceBy(1);

@@ -37,7 +37,7 @@ class JSONOutputTests : public ::testing::Test, public testing::PrintedCaptions 
 TEST_F(JSONOutputTests, EachOutcomeOfAUnitIsOneObject) {
     commit("One,");
     commit("two.");
-    EXPECT_EQ(take("committed").size(), 2u) << "rows wait for no translation";
+    EXPECT_EQ(take("committed").size(), 2u) << "a row does not wait for its translation";
     fail(0, 1, "went wrong");
     EXPECT_EQ(take("translation"), (std::vector<Json>{{{"type", "translation"},
                                                        {"t", 1000},
@@ -49,13 +49,13 @@ TEST_F(JSONOutputTests, EachOutcomeOfAUnitIsOneObject) {
     EXPECT_TRUE(take("translation").empty());
     translate(0, 1, "Un, deux.");
     const auto again = take("translation");
-    ASSERT_EQ(again.size(), 1u) << "a retry is a unit of its own";
+    ASSERT_EQ(again.size(), 1u) << "a retry counts as a new unit";
     EXPECT_EQ(again[0]["text"], "Un, deux.");
     EXPECT_EQ(again[0]["unit"], unit(1));
     EXPECT_FALSE(again[0].contains("error"));
 }
 
-TEST_F(JSONOutputTests, PreviewsHaveTheirSourceAndAreWithdrawnByAnEmptyOne) {
+TEST_F(JSONOutputTests, PreviewsHaveTheirSourceAndAreWithdrawnByAnEmptyPreview) {
     const std::string withControls = "Je crois\u009b2J\u202e\177";
     preview = {withControls, "I think"};
     update();

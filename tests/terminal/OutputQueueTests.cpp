@@ -11,7 +11,7 @@
 namespace tessarune {
 namespace {
 
-TEST(OutputQueueTests, PrintingWaitsForNoReaderAndALateReaderGetsEverything) {
+TEST(OutputQueueTests, PrintingDoesNotWaitForAReaderAndALateReaderGetsEverything) {
     int ends[2];
     ASSERT_EQ(::pipe(ends), 0);
     std::promise<void> caughtUp;

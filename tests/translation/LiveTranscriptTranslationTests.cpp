@@ -209,7 +209,7 @@ TEST_F(LiveTranslationRuntimeTests, OneRunIsActiveAndAFormerRunDoesNotClearItsSu
     EXPECT_FALSE(runtime->hasCommittedTask());
 }
 
-TEST_F(LiveTranslationRuntimeTests, APreparationIsStartedOnceAndSupersededByAnotherPairs) {
+TEST_F(LiveTranslationRuntimeTests, APreparationIsStartedOnceAndSupersededByThatOfAnotherPair) {
     for (const char* pair : {"en-US->fr-FR", "en-US->de-DE"})
         service->pairs[pair] = {Status::supported, false, true, {2, std::nullopt}};
     EXPECT_EQ(prepare("fr"), Start::started);

@@ -35,7 +35,8 @@ class ScriptedTranslationService final
         /// `isReady` after a preparation; `nullopt`: unchanged.
         std::optional<bool> readyAfterPreparation = true;
         Answer preparation{};
-        /// The outcome of a session's first use. After `alreadyCancelled` it never works again.
+        /// The outcome of a session's first use. After `alreadyCancelled`, the session never works
+        /// again.
         Answer load{};
     };
 

@@ -12,7 +12,7 @@
 namespace tessarune {
 namespace {
 
-/// A window whose focused item has properties.
+/// A window with a focused item, to which a test gives properties.
 struct OtherWindow : QWindow {
     QObject focus;
     QObject* focusObject() const override { return const_cast<QObject*>(&focus); }
@@ -56,7 +56,8 @@ TEST_F(ApplicationShortcutsTests, AreTheSameInEveryWindow) {
     }
     for (QWindow* const window :
          {static_cast<QWindow*>(&other), static_cast<QWindow*>(&captions.window->window())}) {
-        EXPECT_EQ(press(*window, Qt::Key_Exclam, ctrlShift, 10), Asked{"clear"}) << "the first";
+        EXPECT_EQ(press(*window, Qt::Key_Exclam, ctrlShift, 10), Asked{"clear"})
+            << "the first of two commands with these keys";
         captions.session.hasVisibleSourceTextFlag = false; // nothing to clear
         EXPECT_EQ(press(*window, Qt::Key_Exclam, ctrlShift, 10), Asked{"history"});
         captions.session.hasVisibleSourceTextFlag = true;

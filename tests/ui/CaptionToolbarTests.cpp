@@ -70,13 +70,14 @@ TEST_F(CaptionToolbarTests, AFileIsNamedAsTheSourceAndAnotherSourceCanBeChosen) 
     EXPECT_TRUE(toolbar->showsStatus() && changed.size() == 1) << "captions hide the empty stage";
 
     captions.window.reset();
-    captions.otherWayToTop = "Alt+Space"; // the desktop does not let the program do it
+    captions.otherWayToTop = "Alt+Space"; // the desktop does not let the program keep it on top
     captions.open();
     const CaptionCommandsModel& commands = captions.window->commands();
     QStringList texts;
     for (int i = 0; i < commands.rowCount(); ++i)
         texts << commands.index(i).data(CaptionCommandsModel::TextRole).toString();
-    EXPECT_EQ(texts.filter("Alt+Space").size(), 1) << "the menu names the desktop's own way";
+    EXPECT_EQ(texts.filter("Alt+Space").size(), 1)
+        << "the menu names the keys with which the desktop does it";
     commands.choose(static_cast<int>(texts.indexOf("关于 Tessarune")));
     EXPECT_EQ(captions.asked.back(), "settings about");
 }

@@ -51,7 +51,7 @@ TEST_F(CaptionWindowLookTests, EveryTextStandsOutFromTheBackground) {
 TEST_F(CaptionWindowLookTests, ALongNoticeIsNotCutOffInASmallWindow) {
     QQuickWindow& window = captions.window->window();
     window.resize(380, 300);
-    const auto isBelowToolbar = [&] { // whose buttons end above 48
+    const auto isBelowToolbar = [&] { // the toolbar's buttons end above 48
         return window.findChild<QQuickItem*>("notice")->mapToScene({0, 0}).y() >= 48;
     };
     captions.notice =

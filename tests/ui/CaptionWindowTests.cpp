@@ -262,7 +262,7 @@ TEST_F(CaptionWindowTests, WordsAlreadyShownAreNotStreamedAgain) {
     EXPECT_TRUE(runUntil([&] { return !markup().contains("<font"); })) << "no highlight remains";
 }
 
-TEST_F(CaptionWindowTests, SwapsTheLinesAndAnimatesNothingIfMotionIsReduced) {
+TEST_F(CaptionWindowTests, LinesCanBeSwappedAndReducedMotionAnimatesNothing) {
     captions.settings.swapCaptionOrder = true;
     captions.settings.smoothStreaming = true;
     captions.reducesMotion = true;

@@ -31,7 +31,7 @@ class DesktopListeningTests : public ::testing::Test {
         bool hasEnded = false; // the engine must not be loading when the process exits
         spawn(Executor::main(host), endRefinement(application.refinement, hasEnded));
         EXPECT_TRUE(runUntil([&] { return hasEnded; }));
-        setLocalizationTable({}); // which the application sets
+        setLocalizationTable({}); // the application has set it
     }
 
     bool setEnvironment() const {

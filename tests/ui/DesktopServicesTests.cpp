@@ -213,7 +213,7 @@ TEST(LoginItem, FollowsTheSettingAndTheDesktopsOwnSwitch) {
     testing::MemoryUserDefaults untouched;
     AppSettings fresh(untouched);
     const LoginItem taken(host, fresh, desktop);
-    EXPECT_TRUE(*fresh.launchAtLogin) << "an entry of the user's own counts";
+    EXPECT_TRUE(*fresh.launchAtLogin) << "an entry that the user wrote counts";
     EXPECT_NE(testing::contentsOf(entry).find("tessarune start"), std::string::npos);
 }
 

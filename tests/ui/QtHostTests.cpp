@@ -37,7 +37,7 @@ TEST(QtHost, RunsBlocksOfAnyThreadInOrderAndDelayedOnesWhenTheyAreDue) {
     EXPECT_TRUE(runUntil([&] { return order == "from elsewhere"; }));
 }
 
-/// More blocks than one turn of the event loop runs.
+/// The host runs so many blocks in several turns of the event loop.
 TEST(QtHost, RunsEachOfManyBlocksAndReleasesPendingOnesAtItsEnd) {
     offscreenApplication();
     int runs = 0;

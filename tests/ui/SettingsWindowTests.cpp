@@ -176,7 +176,7 @@ TEST_F(SettingsWindowTests, ConflictsOfShortcutsAreShown) {
     EXPECT_EQ(conflicts(), (std::vector<int>{0, 7}));
     EXPECT_EQ(*settings.settings.shortcutToggleRecord.keyCode, 14);
     EXPECT_EQ(*settings.settings.shortcutToggleRecord.modifiers, 0x100000);
-    press(Qt::Key_F, Qt::ControlModifier); // recorded although they search in this window
+    press(Qt::Key_F, Qt::ControlModifier); // recorded, although these keys search in this window
     EXPECT_EQ(*settings.settings.shortcutToggleRecord.keyCode, 3);
     EXPECT_EQ(conflicts(), std::vector<int>{0}) << "Ctrl+F searches the history";
     for (const Qt::Key key : {Qt::Key_Z, Qt::Key_S, Qt::Key_O, Qt::Key_Q}) { // of other windows
@@ -268,7 +268,8 @@ TEST_F(SettingsWindowTests, EveryControlHasANameAndIsReachedByTab) {
                 << name(pane) << ": the name of a " << item->metaObject()->className();
             QTest::keyClick(&window(), Qt::Key_Tab);
         } while (!reached.contains(window().activeFocusItem()));
-        EXPECT_EQ(window().activeFocusItem(), first) << name(pane) << ": Tab comes full circle";
+        EXPECT_EQ(window().activeFocusItem(), first)
+            << name(pane) << ": Tab returns to the first control";
         for (const QQuickItem* item : controls())
             EXPECT_TRUE(!item->isEnabled() || reached.contains(item))
                 << name(pane) << ": reached: " << item->property("text").toString().toStdString();

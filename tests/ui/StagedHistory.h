@@ -194,7 +194,7 @@ class StagedHistory {
     Published<std::string> liveText; ///< of the running session
     Published<double> liveDuration{0.0};
     std::optional<UUID> live; ///< the running session's recording
-    /// The player's sound server has no passing time: playback stays where it begins.
+    /// No time passes for the player's sound server, so playback stays where it begins.
     SimulatedHost stillHost{1e9};
     testing::ScriptedSoundServer speakers{stillHost};
     std::shared_ptr<AudioPlayer> player = std::make_shared<AudioPlayer>(

@@ -24,7 +24,7 @@ class SharedUserDefaults final : public testing::MemoryUserDefaults {
     std::function<void()> changed;
 };
 
-/// Speech models whose download ends when the script says so.
+/// Speech models whose download ends when the test says so.
 class ScriptedSpeechModels final : public SpeechModelManager {
   public:
     explicit ScriptedSpeechModels(Host& host) : succeeds(Executor::main(host)) {}

@@ -57,7 +57,8 @@ TEST_F(WelcomeWindowTests, ShowsTheSampleAtOnceIfNothingHasToBeDownloaded) {
     page.captions.settings.translationTargetLanguage = page.languages.list()[13].id; // unsupported
     page.open();
     EXPECT_TRUE(runUntil([&] { return page.model().stage() == "sample"; }));
-    EXPECT_EQ(*page.captions.settings.translationBackend, "苹果") << "nothing is confirmed";
+    EXPECT_EQ(*page.captions.settings.translationBackend, "苹果")
+        << "no setting changes unless the user confirms it";
 }
 
 TEST_F(WelcomeWindowTests, SkippingItDownloadsNothingAndChangesNoSetting) {
@@ -65,7 +66,8 @@ TEST_F(WelcomeWindowTests, SkippingItDownloadsNothingAndChangesNoSetting) {
     page.press("skip");
     EXPECT_EQ(page.closed, 1);
     EXPECT_EQ(page.model().stage(), "ask");
-    EXPECT_EQ(*page.captions.settings.translationTargetLanguage, "zh-Hans") << "not confirmed";
+    EXPECT_EQ(*page.captions.settings.translationTargetLanguage, "zh-Hans")
+        << "a language that is not confirmed is not stored";
 }
 
 TEST_F(WelcomeWindowTests, FitsOnTheScreenWithItsFrameEvenWithLargeText) {

@@ -91,7 +91,7 @@ TEST(HistoryWordStatsTests, CountsTokensAndLemmasBySentence) {
 }
 
 /// Irregular forms, forms with several readings, and function words that a lexicon of content words
-/// takes for others.
+/// confuses with other words.
 TEST(HistoryWordStatsTests, FindsLemmasOfIrregularAndAmbiguousForms) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {"she was not there and they were is am are been being",

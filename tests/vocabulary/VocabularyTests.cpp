@@ -150,7 +150,7 @@ TEST(VocabularyTests, AWordIsFetchedOnlyOnRequestAndPlayedOnce) {
 
     player.play(Source::youdaoUS, "one");
     EXPECT_EQ(*player.loadingKey(), "youdaoUS|one");
-    player.play(Source::cambridgeUS, "two"); // takes its place
+    player.play(Source::cambridgeUS, "two"); // replaces the request for "one"
     host.runUntilIdle();
     EXPECT_EQ(heard, std::vector<std::string>{"TWO"});
     EXPECT_EQ(*player.loadingKey(), Key());

@@ -211,7 +211,7 @@ TEST(AsyncStreamTests, DeliversInOrderAndThenEndsFailsOrStops) {
         host.runUntilIdle();
         EXPECT_EQ(log, c.expected) << c.name;
         EXPECT_TRUE(handle.isFinished()) << c.name;
-        EXPECT_EQ(stream.yield(3), std::string(c.name) == "stop") << c.name; // false: has ended
+        EXPECT_EQ(stream.yield(3), std::string(c.name) == "stop") << c.name; // false: it has ended
     }
 }
 

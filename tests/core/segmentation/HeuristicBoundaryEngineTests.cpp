@@ -104,7 +104,7 @@ TEST(HeuristicBoundaryEngineTests, AFinalOmitsSentencesFrozenFromPartials) {
     EXPECT_EQ(frozen.softPieces, Texts());
     EXPECT_EQ(labels(frozen), "localAgreement punctuation:.");
 
-    // The soft pieces exclude the sentences that are leading or frozen now, not those frozen
+    // The soft pieces omit sentences that lead or freeze in this call, but not one that froze
     // earlier.
     const auto later = engine.ingestPartial("One is here. Two, and so on, then", context, 2);
     EXPECT_EQ(later.softPieces, (Texts{"One is here.", "Two, and so on,"}));
@@ -124,7 +124,7 @@ TEST(HeuristicBoundaryEngineTests, AFinalOmitsSentencesFrozenFromPartials) {
 }
 
 TEST(HeuristicBoundaryEngineTests, HandlesManyPieces) {
-    // Every piece is a leading sentence and a clause, so that each is looked up among all others.
+    // Every piece is a leading sentence and a clause, so each is looked up among all others.
     const int pieces = 100'000;
     std::string text;
     for (int i = 0; i < pieces; ++i)

@@ -89,10 +89,10 @@ TEST(SentenceSegmenterTests, ClausesNeedThreeUnits) {
          {"我，你好，", "他们都来了；", "好"}},
         {"我 们，来", BoundaryUnit::characters, {"我 们，", "来"}},
         {"我，你好，他们", BoundaryUnit::words, {"我，你好，他们"}},
-        // without an ideograph the unit is words, whichever is requested
+        // a text without ideographs is measured in words, even if characters are requested
         {"abc, def", BoundaryUnit::characters, {"abc, def"}},
         {"かな，かな", BoundaryUnit::characters, {"かな，かな"}},
-        // a clause that was cut off does not belong to the next word
+        // the word before a full stop begins after the last cut, so "e.g." is recognised
         {"你好你，e.g. 好", BoundaryUnit::characters, {"你好你，", "e.g. 好"}},
     };
     for (const auto& c : cases)
@@ -156,7 +156,7 @@ TEST(SentenceSegmenterTests, ACombiningAccentThatArrivesLaterUndoesACut) {
     EXPECT_EQ(cuts.sentences().size(), 1U) << "a full stop with an accent ends no sentence";
 }
 
-/// Texts of the given parts, which are hard to cut and rare in random text.
+/// Texts made of `parts`, which are hard to cut and which random text rarely contains.
 rc::Gen<std::string> textOf(std::vector<std::string> parts) {
     return rc::gen::map(
         rc::gen::container<std::vector<std::string>>(rc::gen::elementOf(std::move(parts))),

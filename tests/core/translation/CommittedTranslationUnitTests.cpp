@@ -21,7 +21,8 @@ std::string repeated(std::string_view text, int count) {
     return all;
 }
 
-/// Rows with the ids 1, 2, 3, …; a text that begins with "=" is translated, with "!" failed.
+/// Rows with the ids 1, 2, 3, …. A row whose text begins with "=" is translated; "!" means that its
+/// translation failed.
 std::vector<CaptionSegment> rows(const std::vector<std::string>& texts) {
     const auto newID = countingUUIDSource();
     std::vector<CaptionSegment> made;
@@ -68,7 +69,7 @@ TEST(CommittedTranslationUnitPlannerTests, GroupsPendingRowsUntilTheUnitIsComple
         {{"He said \"no.\" )"}, {}, "", {0}}, // the backward search stops at the blank
         {{"他说「好。」』】）"}, {0}, "他说「好。」』】）", {0}},
         {{"Hello,", "\")"}, {}, "", {0, 1}},
-        // Punctuation alone needs no translation.
+        // Rows of punctuation alone complete no unit; they join the next row.
         {{"...", "?!", "Yes.", "No."}, {0, 1, 2}, "... ?! Yes.", {0, 1, 2}},
         {{"..."}, {}, "", {0}},
         {{words27}, {}, "", {0}},
@@ -110,7 +111,7 @@ TEST(CommittedTranslationUnitPlannerTests, AGroupOfTenSecondsIsComplete) {
         {"a little short", 100, 104, 109.9, {}, false},
         {"without an end, the commit time counts", 100, 104, {}, 110, true},
         {"the end takes precedence over the commit time", 100, 104, 105, 110, false},
-        {"without both, the previous row's end counts", 100, 110, {}, {}, true},
+        {"without end and commit time, the end of the row before counts", 100, 110, {}, {}, true},
         {"ends before it starts", 200, 104, 110, {}, false},
         {"no end and no commit time", 100, {}, {}, {}, false},
     };
@@ -133,7 +134,7 @@ TEST(CommittedTranslationUnitPlannerTests, AGroupOfTenSecondsIsComplete) {
     }
 }
 
-/// All lists of up to five rows of these kinds, in every order.
+/// Tries every list of up to five rows, each of any of the `kinds`.
 TEST(CommittedTranslationUnitPlannerTests, ForcedUnitsPartitionThePendingRows) {
     const std::vector<std::string> kinds = {"go on", "Stop.",           "", "...", "=done",
                                             "!gone", repeated("a ", 28)};

@@ -15,7 +15,8 @@ TEST(TranslationSupportTests, ListsItsTargetLanguages) {
     EXPECT_EQ(targetLanguages().back().id, "uk");
     EXPECT_EQ(targetLanguage("en"), nullptr);
     ASSERT_NE(targetLanguage("zh-Hant"), nullptr);
-    EXPECT_EQ(targetLanguage("zh-Hant")->flag, "🇹🇼") << "without a glyph test it counts as drawn";
+    EXPECT_EQ(targetLanguage("zh-Hant")->flag, "🇹🇼")
+        << "without a glyph test, the flag counts as drawable";
     EXPECT_EQ(EmojiFlagSupport::resolveTraditionalChineseFlag(false), "🇭🇰");
     EXPECT_EQ(translationTargetDisplayName(*targetLanguage("hi")), "हिन्दी");
     EXPECT_EQ(translationTargetDisplayName({"xx", ""}), "xx");
@@ -87,7 +88,7 @@ TEST(GhostTranslationPlannerTests, PrefersTheNewestSentenceToAClause) {
         {{"Well,"}, {"I think so."}, "I think so."},
         {{"Well, I think,"}, {}, "Well, I think,"},
         {{"Well, I"}, {"One two.", " Three four. ", "  "}, "Three four."},
-        {{"Well, I"}, {"Yes."}, std::nullopt}, // only the newest one counts
+        {{"Well, I"}, {"Yes."}, std::nullopt}, // only the newest sentence counts
         {{}, {"我觉得是的。"}, std::nullopt},
         {{}, {"我 觉得。"}, "我 觉得。"},
         {{}, {"one\u00A0word"}, std::nullopt},

@@ -124,7 +124,8 @@ double playedSeconds(const fs::path& audio) {
     return seconds;
 }
 
-/// Checks, before any repair, that a WAV's header lags by at most its update interval and 1 s.
+/// Checks, before any repair, that a WAV's header lags behind its sound by at most its update
+/// interval and 1 s.
 void expectPlayable(Program& program) {
     for (const auto& entry : program.catalog.recordings()) {
         if (!entry.filePath.ends_with(".wav"))

@@ -185,7 +185,8 @@ TEST_F(TerminalProgramTests, ARecordingThatIsTranscribedAgainOrImportedIsNoWorse
     ASSERT_EQ(listed.size(), 2U) << "unreadable files leave no recording";
     EXPECT_EQ(Json::parse(listed.front())["note"], "two_cities");
     EXPECT_EQ(Json::parse(listed.front())["bilingual"], true);
-    constexpr double oneWord = 0.01; // of some 100; the import reads another file of the speech
+    constexpr double oneWord =
+        0.01; // of about 100; the import reads the original, not the recording
     EXPECT_LE(rateOf(Json::parse(listed.front())["id"]), live + 2 * oneWord);
     const fs::path sounds = folder / "data/Tessarune/Recordings";
     EXPECT_EQ(std::distance(fs::directory_iterator(sounds), {}), 2);
@@ -216,7 +217,7 @@ TEST_F(TerminalProgramTests, ASecondProgramDoesNotRecordIntoTheSameFolder) {
     const ProgramRun alone = captions({"--no-record"});
     EXPECT_EQ(alone.status, 0) << alone.error;
     EXPECT_NE(alone.output, "");
-    // Diagnostics record, too, whatever the recording setting.
+    // A session with diagnostics counts as recording, even if recordings are switched off.
     ASSERT_EQ(terminal({"--set", "recordWhileCaptioning=false", "--set",
                         "sessionDiagnosticsEnabled=true"})
                   .status,
@@ -378,7 +379,7 @@ TEST_F(TerminalProgramTests, WithUnreadableSettingsNothingIsRecordedAndTheProgra
     EXPECT_FALSE(fs::exists(folder / "data/Tessarune/recordings.json"));
     EXPECT_EQ(terminal({"--set", "bgOpacity=50"}).status, 0);
     EXPECT_TRUE(fs::exists(folder / "config/Tessarune/settings.json.unreadable"));
-    EXPECT_EQ(terminal(captions).error, "") << "recording is now plainly switched off";
+    EXPECT_EQ(terminal(captions).error, "") << "the new settings file switches recording off";
     EXPECT_FALSE(fs::exists(folder / "data/Tessarune/recordings.json"));
 }
 
@@ -404,7 +405,8 @@ TEST_F(TerminalProgramTests, ADamagedModelIsNamedBeforeItIsLoadedAndTheRestWorks
     const ProgramRun refused = terminal(captions);
     EXPECT_EQ(refused.status, 78);
     EXPECT_NE(refused.error.find("tiny-en/encoder_model.ort"), std::string::npos) << refused.error;
-    EXPECT_NE(refused.error.find("--model NAME"), std::string::npos) << "tells how to get it again";
+    EXPECT_NE(refused.error.find("--model NAME"), std::string::npos)
+        << "the program tells how to get the model again";
     EXPECT_EQ(lines(terminal({"--list", "--json"}).output).size(), 1u) << "only one was recorded";
     EXPECT_EQ(terminal({"--set", "speechModel=small-streaming-en"}).status, 0);
     EXPECT_NE(terminal(captions).error.find("small-streaming-en is not"), std::string::npos)

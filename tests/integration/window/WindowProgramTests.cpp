@@ -314,7 +314,7 @@ TEST_F(WindowProgram, AStopCancelsAStartThatWaitsForItsSound) {
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     StartedProgram program = start({"file:" + pipe});
     ASSERT_TRUE(within(20, [&] { return count("app.launch") == 1; }));
-    expectEndedWell(start({"show"}).wait()); // it still answers
+    expectEndedWell(start({"show"}).wait()); // the waiting program still answers
     expectEndedWell(start({"stop"}).wait());
     EXPECT_TRUE(within(10, [&] { return open(pipe.c_str(), O_WRONLY | O_NONBLOCK) == -1; }))
         << "nothing waits for a writer of the pipe";
@@ -376,7 +376,8 @@ TEST_F(WindowProgram, ADisplayThatGoesAwayCostsNothingThatWasSaid) {
     display_->send(SIGKILL);
     program.wait();
     expectSaved(1);
-    // Another test's server may have the number of the killed one, but none takes this by itself.
+    // Another test's display may now have the number of the killed one, but no server chooses this
+    // number by itself.
     environment_.insert(environment_.begin(), "DISPLAY=:60000");
     EXPECT_EQ(start({"show"}).wait().status, 69) << "a start fails without a display";
 }

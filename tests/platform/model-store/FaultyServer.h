@@ -18,7 +18,7 @@ struct Reply {
     bool honoursRange = true;                      ///< answers a range with 206 and the remainder
     std::optional<std::size_t> claimedLength = {}; ///< replaces the true length
     std::size_t sendAtMost = std::string::npos; ///< bytes of the body, then the connection is cut
-    bool stalls = false;                        ///< then neither sends more nor closes
+    bool stalls = false;                        ///< sends no more, but stays connected
 
     static Reply whole(std::string file) { return {.body = std::move(file)}; }
     static Reply cut(std::string file, std::size_t after) {

@@ -394,7 +394,7 @@ TEST_F(InstallerTest, TwoCallersShareADownloadThatContinuesWhenOneGivesUp) {
     EXPECT_EQ(server_.requests().size(), 1u);
 }
 
-// The test below runs this one in processes of their own.
+// The test below runs this one in separate processes.
 TEST_F(InstallerTest, DISABLED_AnotherProcess) {
     const char* folder = std::getenv("TESSARUNE_TEST_STORE");
     const char* url = std::getenv("TESSARUNE_TEST_URL");

@@ -38,11 +38,11 @@ class ScriptedEngine {
         return static_cast<float>(at * 1e-6 + (isLoud ? loud : 0));
     }
 
-    std::vector<Spoken> script; ///< times of the whole session
+    std::vector<Spoken> script; ///< its times count from the start of the session
     double completionLag = 0.1;
     double passCost = 0;
     double stoppedInPass = 0;    ///< seconds that the process is stopped in the next pass
-    double processorSeconds = 0; ///< what the passes have cost
+    double processorSeconds = 0; ///< what the passes so far have cost
     std::string dependencies;    ///< the list of a model's files, JSON
     std::string failing; ///< the call that fails: "load", "start", "add", "transcribe", "list"
     std::vector<Pass> passes;

@@ -231,7 +231,7 @@ TEST_F(SpeechAnalyzerTest, AComputerThatIsMuchTooSlowSkipsSoundInsteadOfFallingB
     startUp({.longestBacklog = 4});
     hearUntil(1.2);
     EXPECT_TRUE(texts(true).empty());
-    engine_.passCost = 6; // followed by a rest of the same length
+    engine_.passCost = 6; // after a pass, the recogniser rests as long
     hearUntil(59);
     EXPECT_GT(engine_.passes.back().heard, 45) << "it continues with the newest sound";
     EXPECT_LT(texts(true).size(), 25u);
@@ -310,7 +310,7 @@ TEST_F(SpeechAnalyzerTest, ALineIsClosedWhereItsSoundStopsAndAnotherFollows) {
     }
 }
 
-TEST_F(SpeechAnalyzerTest, OldLinesAreDroppedBetweenLinesAndTimesContinue) {
+TEST_F(SpeechAnalyzerTest, OldLinesAreDroppedBetweenTwoLinesAndTimesContinue) {
     startUp(RecognitionPolicy{.linesBeforeRestart = 2});
     hearUntil(2);
     run(analyzer_->cancelAnalysis(0.5));
@@ -374,7 +374,7 @@ TEST_F(SpeechAnalyzerTest, AbortEndsTheResultsAtOnce) {
 TEST_F(SpeechAnalyzerTest, FailuresAreReportedWhereTheyHappen) {
     struct Case {
         const char* call;
-        const char* prepare; // this and the next two: the failure there, or empty
+        const char* prepare; // this and the next two: the failure in that step; empty: none
         const char* start;
         const char* results;
     };

@@ -79,7 +79,7 @@ TEST(TranscriptReaderTest, WordsWaitUntilTwoPassesAgreeIfTheNextPassIsSoon) {
     };
     for (const auto& step : steps)
         EXPECT_EQ(read(reader, {line(step.pass, false)}, true), step.given) << step.pass;
-    // A slow computer shows every pass at once. Words that four passes had stay.
+    // A slow computer shows every pass at once. Words that four passes contained stay.
     EXPECT_EQ(read(reader, {line("It was a pest.", false)}), Texts{"~It was a pest."});
     EXPECT_EQ(read(reader, {line("It is a test.", true)}, true), Texts{"It was a test."});
     EXPECT_EQ(read(reader, {line("It is a test.", true), line("It was me.", false)}, true), Texts{})
@@ -102,7 +102,8 @@ TEST(TranscriptReaderTest, FrontOfALongLineIsSettledOnce) {
         {"So it goes on and then it was so much", 3.5F, {"~and then it was so"}},
         {"So it goes on and then it was so much too",
          5.5F,
-         {"~and then it was so much", "and then it was so much"}}, // eventually settled at any word
+         {"~and then it was so much",
+          "and then it was so much"}}, // after a while, settled at any word
     };
     for (const auto& step : steps)
         EXPECT_EQ(read(reader, {line(step.pass, false, 0, step.seconds)}, true), step.given)
@@ -149,8 +150,7 @@ TEST(TranscriptReaderTest, LongRepetitionsAreShortened) {
     }
 }
 
-// The finals have every word once and in its place, either as spoken or as the word that it was
-// misheard as.
+// The finals contain every word once and in its place, as spoken or as misheard.
 TEST(TranscriptReaderTest, NoWordIsLostOrDoubled) {
     for (unsigned seed = 1; seed <= tessarune::testing::rounds(2000); ++seed) {
         std::mt19937 chance(seed);
@@ -204,9 +204,10 @@ TEST(TranscriptReaderTest, RunsJoinedAreTheTextAndCarryTimes) {
         std::vector<SpeechRun> runs;
     };
     const std::vector<Case> cases{
-        // The engine's times; its parts of a word are merged, with the lowest confidence.
+        // The engine's times. Its parts of a word are merged and get the lowest confidence.
         {"In short,", timed, {{"In", 10.5, 10.75, 0.5}, {" short,", 11.0, 11.5, 0.25}}},
-        // No words, or words of another text: the line's span, 12 to 14, divided by length.
+        // Without words, or with those of another text, the line's span (12 to 14) is divided among
+        // the words by their length.
         {"In short,", {}, {{"In", 12.0, 12.5, {}}, {" short,", 12.5, 14.0, {}}}},
         {"In short,", other, {{"In", 12.0, 12.5, {}}, {" short,", 12.5, 14.0, {}}}},
         {" In  short,, ", {}, {{"In", 12.0, 12.5, {}}, {" short,", 12.5, 14.0, {}}}},

@@ -151,7 +151,7 @@ void expectTimesInOrder(const LiveRun& live, double seconds) {
         for (const SpeechRun& run : result.runs) {
             ASSERT_TRUE(run.audioStart && run.audioEnd) << run.text;
             EXPECT_LE(before, *run.audioStart) << result.text();
-            // Equal if the previous line reaches beyond the word.
+            // They are equal if the previous line reaches beyond the word.
             EXPECT_LE(*run.audioStart, *run.audioEnd);
             EXPECT_LE(*run.audioEnd, seconds + 0.1);
             before = *run.audioStart;
@@ -185,8 +185,8 @@ TEST_P(SpeechRecordingLiveTest, LiveAndFileModeAreAsAccurateAsTheWholeRecordingA
     std::cout << name << ": word error rate live " << liveRate << ", at once " << batchRate
               << ", in file mode " << fileRate << "\n";
     EXPECT_LE(fileRate, liveRate + 0.02) << "replacing streams must not cost words";
-    // In a process that has heard other recordings a word more may differ: nothing resets the
-    // engine's voice detector.
+    // One more word may differ in a process that has heard other recordings, because nothing resets
+    // the engine's voice detector.
     EXPECT_LE(liveRate, batchRate + 0.03) << live.finalText();
     EXPECT_LT(batchRate, 0.3) << "the engine must understand most words";
     expectTimesInOrder(live, recording.seconds());

@@ -38,7 +38,7 @@ class OfflineTranslationTest : public TranslationFixture {
     }
 };
 
-/// Without the models that came with the program.
+/// Tests without the models that came with the program.
 class OwnTranslationTest : public OfflineTranslationTest {
   protected:
     OwnTranslationTest() : OfflineTranslationTest(std::vector<std::filesystem::path>()) {}
@@ -258,7 +258,7 @@ class HangingDisk : public PosixFileSystem {
             back_.wait();
         return PosixFileSystem::size(path);
     }
-    std::atomic<bool> hangs = false; ///< for later calls
+    std::atomic<bool> hangs = false; ///< whether later calls hang
     void comeBack() { comingBack_.set_value(); }
 
   private:

@@ -155,7 +155,7 @@ TEST_F(TranslationDownloadTest, OneDownloadServesAllCallers) {
     EXPECT_EQ(status("en-US", "fr-FR"), "installed");
 }
 
-TEST_F(TranslationDownloadTest, CatalogueIsFetchedOverABadNetworkOrTheFailureReported) {
+TEST_F(TranslationDownloadTest, CatalogueIsFetchedOverABadNetworkOrTheFailureIsReported) {
     publish("fr", "no model", "no vocabulary");
     const std::string good = catalogueOf(
         {record("en", "fr", "model", "no model"), record("en", "fr", "vocab", "no vocabulary")});
@@ -268,7 +268,8 @@ TEST_F(TranslationDownloadTest, LanguagesAreListedDownloadedAndRemoved) {
     writeContents(vocabulary, "NO vocabulary");
     EXPECT_NE(run(inventory.flaw("fr")).text.find("vocab.enfr.spm"), std::string::npos);
     EXPECT_EQ(run(inventory.download("fr", {}, {})).failure, "");
-    EXPECT_EQ(contentsOf(vocabulary), "no vocabulary") << "also if only its checksum is wrong";
+    EXPECT_EQ(contentsOf(vocabulary), "no vocabulary")
+        << "a model is replaced even if only its checksum is wrong";
     EXPECT_EQ(run(inventory.flaw("fr")).text, "");
 
     inventory.remove("fr");
