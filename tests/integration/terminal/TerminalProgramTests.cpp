@@ -185,8 +185,7 @@ TEST_F(TerminalProgramTests, ARecordingThatIsTranscribedAgainOrImportedIsNoWorse
     ASSERT_EQ(listed.size(), 2U) << "unreadable files leave no recording";
     EXPECT_EQ(Json::parse(listed.front())["note"], "two_cities");
     EXPECT_EQ(Json::parse(listed.front())["bilingual"], true);
-    constexpr double oneWord =
-        0.01; // of about 100; the import reads the original, not the recording
+    constexpr double oneWord = 0.01; // of about 100; the import reads the original sound file
     EXPECT_LE(rateOf(Json::parse(listed.front())["id"]), live + 2 * oneWord);
     const fs::path sounds = folder / "data/Tessarune/Recordings";
     EXPECT_EQ(std::distance(fs::directory_iterator(sounds), {}), 2);

@@ -102,8 +102,7 @@ TEST(TranscriptReaderTest, FrontOfALongLineIsSettledOnce) {
         {"So it goes on and then it was so much", 3.5F, {"~and then it was so"}},
         {"So it goes on and then it was so much too",
          5.5F,
-         {"~and then it was so much",
-          "and then it was so much"}}, // after a while, settled at any word
+         {"~and then it was so much", "and then it was so much"}}, // settled at any word after 3 s
     };
     for (const auto& step : steps)
         EXPECT_EQ(read(reader, {line(step.pass, false, 0, step.seconds)}, true), step.given)
