@@ -21,11 +21,10 @@ class RunTranslation {
     ~RunTranslation();
     RunTranslation(const RunTranslation&) = delete;
 
-    /// Chooses and returns the target; empty for no translation. Overrides the settings for this
-    /// run: sets the target of the command line or, if there is no target, switches translation
-    /// off, so that the session does not retry in vain. If the target of the settings is
-    /// unavailable, reports that once, not in every run. Throws RunFailure if the target of the
-    /// command line is unavailable.
+    /// Chooses the target, applies it to this run, and returns it; empty for no translation, which
+    /// is then switched off for this run. If the target of the settings is unavailable, there is no
+    /// translation, and this is reported once, not in every run. Throws RunFailure if the target of
+    /// the command line is unavailable.
     std::string choose();
     /// Chooses again whenever another program has changed the stored target or backend, and passes
     /// the result of `choose` to `onChange`. Does nothing if the command line decides. Call once,

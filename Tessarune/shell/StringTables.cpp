@@ -49,7 +49,9 @@ LocalizationTable forLocale(std::string_view locale) {
             table.insert_or_assign(std::string(key), std::string(text));
     };
     const std::string language = languageOf(locale);
-    if (!language.starts_with("zh")) // a text without a Chinese entry is shown as its key
+    // English replaces what a table lacks. Chinese readers see the key instead: it is Chinese or
+    // English.
+    if (!language.starts_with("zh"))
         add("en");
     add(language);
     return table;

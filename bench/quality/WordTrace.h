@@ -37,7 +37,7 @@ class WordTrace {
     void show(double time, const std::vector<std::string>& newlySettled,
               const std::vector<std::string>& open);
 
-    /// The history of the current text; words that are still open count as final.
+    /// The history of the current text, including the words that are still open.
     WordHistory history() const;
 
   private:

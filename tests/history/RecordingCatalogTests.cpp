@@ -159,7 +159,7 @@ TEST_F(RecordingCatalogTests, AnUnreadableIndexIsKeptAsideAndSalvaged) {
         const std::filesystem::path aside = "/data/recordings.json.unreadable-20251009-200000";
         EXPECT_EQ(disk.contentsOf(aside), c.index);
         catalog.cleanupOrphanTranscripts();
-        EXPECT_EQ(disk.has(catalog.transcriptURL(a)), true)
+        EXPECT_TRUE(disk.has(catalog.transcriptURL(a)))
             << "a transcript stays whose entry may have been lost";
         disk.remove(aside);
         disk.remove(catalog.entryURL(id));

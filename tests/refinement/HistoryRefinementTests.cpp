@@ -198,8 +198,8 @@ TEST(HistoryRefinementTests, WithoutAFormerTranscriptDamageCostsOnlyWhatFollowsI
 // Text and times always match, at the latest after the next start. The refined text keeps the
 // former sentence, because nothing was heard at its time.
 TEST(HistoryRefinementTests, ADiskFailureLeavesOneCompleteText) {
-    enum class Fault { once, onceAndLate, forEver };
-    for (const Fault fault : {Fault::once, Fault::onceAndLate, Fault::forEver}) {
+    enum class Fault { once, onceAndLate, permanent };
+    for (const Fault fault : {Fault::once, Fault::onceAndLate, Fault::permanent}) {
         for (std::uint64_t operation = 1;; ++operation) {
             SCOPED_TRACE("operation " + std::to_string(operation));
             RefinedRecording recording;
@@ -210,7 +210,7 @@ TEST(HistoryRefinementTests, ADiskFailureLeavesOneCompleteText) {
             former = recording.timeline();
             const std::string merged = refinedText + "\n" + formerText;
             const std::uint64_t before = recording.disk.operations;
-            (fault == Fault::forEver ? recording.disk.failFrom : recording.disk.failAt) =
+            (fault == Fault::permanent ? recording.disk.failFrom : recording.disk.failAt) =
                 before + operation;
             recording.refine();
             const bool wasReached = recording.disk.operations >= before + operation;

@@ -125,7 +125,7 @@ TEST_F(LiveTranscriptStoreStartTests, AStopOvertakesAStart) {
     struct Case {
         const char* name;
         std::function<void()> delay;
-        bool startsAnew;        ///< before the first start has ended
+        bool startsAgain;       ///< before the first start has ended
         std::size_t recordings; ///< that begin
         std::vector<Phase> phases;
     };
@@ -170,12 +170,12 @@ TEST_F(LiveTranscriptStoreStartTests, AStopOvertakesAStart) {
         EXPECT_TRUE(*session.store->view().isListening);
         session.store->toggleListening(LiveSessionControlTrigger::keyboardShortcut());
         session.host.advanceBy(3.1); // a drain may take three seconds
-        if (c.startsAnew)
+        if (c.startsAgain)
             session.start();
         session.host.advanceBy(30);
         EXPECT_EQ(session.phases, c.phases);
         EXPECT_EQ(session.events("transcriber.recorder.start").size() - before, c.recordings);
-        if (c.startsAnew) {
+        if (c.startsAgain) {
             EXPECT_EQ(session.server.openSources(), Strings{"mic"});
             EXPECT_EQ(session.catalog->recordings().size(), 1U);
             session.hear(1);

@@ -83,7 +83,8 @@ void PulseConnection::attempt() {
         },
         this);
     timer_->set(connectTimeoutSeconds, [this] { lose(pulseOutcome(PA_ERR_TIMEOUT)); });
-    // A failed call may already have reported the state, and so have dropped the context.
+    // A failed call may already have reported the failure to `handleState`, which drops the
+    // context.
     if (pa_context_connect(context_, address_.empty() ? nullptr : address_.c_str(),
                            PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0 &&
         context_)

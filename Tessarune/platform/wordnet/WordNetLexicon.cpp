@@ -114,7 +114,8 @@ class WordNetLibrary {
     }
 
   private:
-    /// Adds up the counts of each lemma's senses. A line is "lemma%kind:…:: sense count".
+    /// Adds up the counts of each lemma's senses. A line consists of a sense ("lemma%kind:…::"),
+    /// its number and its count.
     void readUses() {
         if (!cntlistfp)
             return;

@@ -129,8 +129,8 @@ void DesktopProgram::tellObstacle(const RecordingGate::Obstacle& obstacle) {
     watchHolder();
 }
 
-/// Removes the notice of the other program that records once it no longer does. During a session
-/// the notice stays, because this session is not recorded either way.
+/// Looks whether the other program still records. When it has stopped, removes the notice about it.
+/// During a session the notice stays, because this session is not recorded either way.
 void DesktopProgram::watchHolder() {
     holderLook_.cancel();
     if (!holder_)

@@ -43,7 +43,7 @@ struct Program {
 
 /// Records one session after another, as fast as the disk allows, until the process is killed.
 /// Writes the ID of each saved session to `report`.
-Task<void> recordForEver(LoopHost& host, Program& program, int report) {
+Task<void> recordEndlessly(LoopHost& host, Program& program, int report) {
     AudioExporter exporter(host, transcodeToM4A);
     RecordingAudioCompressor compressor(host, program.files, program.catalog, program.logger,
                                         exporter, openFFmpegMediaFile, createM4A);
@@ -101,7 +101,7 @@ std::vector<UUID> recordAndKill(const fs::path& folder, std::chrono::microsecond
     if (::pipe(report) != 0)
         throw std::runtime_error("no pipe");
     runAndKill(folder, after, [&](LoopHost& host, Program& program) {
-        spawn(Executor::main(host), recordForEver(host, program, report[1]));
+        spawn(Executor::main(host), recordEndlessly(host, program, report[1]));
         host.run();
     });
     ::close(report[1]);
@@ -204,7 +204,7 @@ TEST(KilledRefinementTests, TextAndTimesAreOfTheSameRefinement) {
         recording.filePath = (program.paths.recordings() / "a.m4a").string();
         program.catalog.upsert(recording);
         program.files.writeAtomically(recording.filePath, "sound");
-        const auto refineForEver = [&](LoopHost&, Program& refining) {
+        const auto refineEndlessly = [&](LoopHost&, Program& refining) {
             for (int round = 0;; ++round) {
                 HistoryWordTimeline timeline;
                 timeline.sentences = {{std::to_string(round), 0, 1, std::nullopt, "audioWord"}};
@@ -212,7 +212,7 @@ TEST(KilledRefinementTests, TextAndTimesAreOfTheSameRefinement) {
                                                        timeline, recording.id);
             }
         };
-        runAndKill(folder.path(), std::chrono::microseconds(random() % 50'000), refineForEver);
+        runAndKill(folder.path(), std::chrono::microseconds(random() % 50'000), refineEndlessly);
         RecordingRepair(program.files, program.catalog, program.logger).runAtLaunch();
         const std::string text = testing::contentsOf(program.catalog.transcriptURL(recording.id));
         const auto timeline = HistoryWordTimeline::decoded(

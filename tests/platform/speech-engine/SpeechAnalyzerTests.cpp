@@ -113,7 +113,7 @@ class SpeechAnalyzerTest : public ::testing::Test {
         return ScriptedEngine::sound(time, speaks && !rests);
     }
 
-    void hearUntilAnew(double seconds) {
+    void hearAgainUntil(double seconds) {
         fed_ = 0;
         startedAt_ = host_.now();
         hearUntil(seconds);
@@ -202,7 +202,7 @@ TEST_F(SpeechAnalyzerTest, SlowComputerUpdatesLessOftenAndKeepsUp) {
         startUp();
         engine_.passes.clear();
         engine_.passCost = cost;
-        hearUntilAnew(12);
+        hearAgainUntil(12);
         ASSERT_GE(engine_.passes.size(), 3u);
         for (std::size_t i = 1; i < engine_.passes.size(); ++i) {
             const auto& [at, heard] = engine_.passes[i];
@@ -279,7 +279,7 @@ TEST_F(SpeechAnalyzerTest, SoundFasterThanRealTimeIsNotDelayedAndGivesNoSpeedOfT
 
     engine_.passCost = 0.05;
     startUp();
-    hearUntilAnew(30);
+    hearAgainUntil(30);
     TearDown();
     EXPECT_TRUE(std::filesystem::exists(speeds)) << "live sound gives the speed of the model";
 }
@@ -292,7 +292,7 @@ TEST_F(SpeechAnalyzerTest, ALineIsClosedWhereItsSoundStopsAndAnotherFollows) {
         engine_.passCost = 0;
         startUp();
         engine_.passCost = cost;
-        hearUntilAnew(3);
+        hearAgainUntil(3);
         host_.simulated.advanceBy(1.5);
         EXPECT_TRUE(texts(true).empty()) << "a short pause does not close the line";
         host_.simulated.advanceBy(8);
@@ -345,7 +345,7 @@ TEST_F(SpeechAnalyzerTest, FinalizeClosesALongLineAtARestIfThereIsOneSoon) {
         rests_ = {rest};
         results_.clear();
         startUp();
-        hearUntilAnew(8.05);
+        hearAgainUntil(8.05);
         std::string deciding;
         spawn(Executor::main(host_), noteOutcome(analyzer_->finalize(through), &deciding));
         hearUntil(9.1);
@@ -395,7 +395,7 @@ TEST_F(SpeechAnalyzerTest, FailuresAreReportedWhereTheyHappen) {
         }
         if (*results != '\0') {
             engine_.failing = call;
-            hearUntilAnew(2);
+            hearAgainUntil(2);
             EXPECT_EQ(outcome_, results);
             input_->finish();
             EXPECT_EQ(run(analyzer_->finalizeAndFinishThroughEndOfInput()), "");
