@@ -273,10 +273,12 @@ LiveTranscriptTranslation::drainCommittedTranslationsBeforePersist(double timeou
 
 /// Whether rows are pending but their model is not installed. A session downloads no models.
 Task<bool> LiveTranscriptTranslation::needsMissingModel(Self self) {
-    const auto translator = self->runtime_->translator();
     const auto context =
         TranslationRunContext::forTarget(self->runtime_->settings().translationTargetLanguage);
-    if (!translator || context.passThrough || !self->hasPendingTranslations())
+    if (context.passThrough || !self->hasPendingTranslations())
+        co_return false;
+    const auto translator = self->runtime_->translator();
+    if (!translator)
         co_return false;
     Task<TranslationAvailabilityStatus> checking =
         translator->availabilityStatus(context.sourceLanguage, context.target);

@@ -134,7 +134,8 @@ TEST_F(LiveTranscriptTranslationTests, TheDrainTranslatesTheTailWithinItsTimeLim
         session.service->pairs["en-US->fr-FR"] = {c.status, isReady, isReady, {}, {}};
         session.settings.translationBackend = c.backend;
         session.hasTranslator = c.delay > 0;
-        session.commit(c.texts);
+        if (!c.texts.empty())
+            session.commit(c.texts);
         const double begun = session.host.now();
         std::optional<bool> finished;
         double ended = 0;
@@ -147,6 +148,7 @@ TEST_F(LiveTranscriptTranslationTests, TheDrainTranslatesTheTailWithinItsTimeLim
         EXPECT_EQ(finished, c.finished) << c.name;
         EXPECT_LE(ended - begun, c.seconds) << c.name;
         EXPECT_EQ(session.shown(), c.shown) << c.name;
+        EXPECT_TRUE(!c.texts.empty() || session.translatorsMade == 0) << c.name;
         session.host.advanceBy(2e6);
         EXPECT_EQ(session.shown(), c.shown) << c.name << ": a cancelled translation must not write";
     }
