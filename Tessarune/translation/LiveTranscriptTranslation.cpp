@@ -271,19 +271,21 @@ LiveTranscriptTranslation::drainCommittedTranslationsBeforePersist(double timeou
     return drain(shared_from_this(), timeoutSeconds);
 }
 
-/// Whether rows are pending but their model is not installed. A session downloads no models.
-Task<bool> LiveTranscriptTranslation::needsMissingModel(Self self) {
+/// Sets `isMissing` if rows are pending but their model is not installed. A session downloads no
+/// models.
+Task<void> LiveTranscriptTranslation::checkForMissingModel(Self self,
+                                                           std::shared_ptr<bool> isMissing) {
     const auto context =
         TranslationRunContext::forTarget(self->runtime_->settings().translationTargetLanguage);
     if (context.passThrough || !self->hasPendingTranslations())
-        co_return false;
+        co_return;
     const auto translator = self->runtime_->translator();
     if (!translator)
-        co_return false;
+        co_return;
     Task<TranslationAvailabilityStatus> checking =
         translator->availabilityStatus(context.sourceLanguage, context.target);
     const TranslationAvailabilityStatus status = co_await checking;
-    co_return status == TranslationAvailabilityStatus::supported;
+    *isMissing = status == TranslationAvailabilityStatus::supported;
 }
 
 Task<bool> LiveTranscriptTranslation::drain(Self self, double timeoutSeconds) {
@@ -292,9 +294,10 @@ Task<bool> LiveTranscriptTranslation::drain(Self self, double timeoutSeconds) {
     if (!TranslationSupport::isAppleBackend(runtime.settings().translationBackend))
         co_return true;
     const double deadline = runtime.now() + timeoutSeconds;
-    Task<bool> checking = needsMissingModel(self);
-    const bool isModelMissing = co_await checking;
-    while (!isModelMissing && runtime.now() < deadline) {
+    // A check that hangs must not delay the stop, so the loop does not wait for it.
+    const auto isModelMissing = std::make_shared<bool>(false);
+    spawn(runtime.executor(), checkForMissingModel(self, isModelMissing));
+    while (!*isModelMissing && runtime.now() < deadline) {
         if (self->hasPendingTranslations())
             self->startCommittedRun(true);
         if (!runtime.hasCommittedTask())

@@ -116,6 +116,7 @@ TEST_F(LiveTranscriptTranslationTests, TheDrainTranslatesTheTailWithinItsTimeLim
         double seconds; // at most; the limit of 4 is checked every 0.05
         std::string backend = "苹果";
         Status status = Status::installed;
+        double statusDelay = 0;
     };
     const Case cases[] = {
         {"no rows", {}, 1, true, {}, 0},
@@ -125,13 +126,15 @@ TEST_F(LiveTranscriptTranslationTests, TheDrainTranslatesTheTailWithinItsTimeLim
         {"no translator", {"One."}, -1, false, {"?"}, 0},
         {"a slow translator", {"One.", "Two."}, 3, false, {"fr-FR:One.", "?"}, 4.06},
         {"a translator that hangs", {"One."}, 1e6, false, {"?"}, 4.06},
-        {"no model", {"One."}, 1, false, {"?"}, 0, "苹果", Status::supported},
+        {"no model", {"One."}, 1, false, {"?"}, 0.06, "苹果", Status::supported},
+        {"availability hangs", {"One."}, 1, false, {"?"}, 4.06, "苹果", Status::installed, 1e7},
     };
     for (const auto& c : cases) {
         testing::TranslatedSession session;
         session.service->answer = [&](auto&) { return Answer{c.delay, std::nullopt}; };
         const bool isReady = c.status == Status::installed;
-        session.service->pairs["en-US->fr-FR"] = {c.status, isReady, isReady, {}, {}};
+        session.service->pairs["en-US->fr-FR"] = {c.status, isReady, isReady,
+                                                  {},       {},      c.statusDelay};
         session.settings.translationBackend = c.backend;
         session.hasTranslator = c.delay > 0;
         if (!c.texts.empty())

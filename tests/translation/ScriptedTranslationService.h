@@ -38,6 +38,7 @@ class ScriptedTranslationService final
         /// The outcome of a session's first use. After `alreadyCancelled`, the session never works
         /// again.
         Answer load{};
+        double statusDelay = 0;
     };
 
     std::map<std::string, Pair> pairs; ///< a pair that is not listed is installed
@@ -77,7 +78,7 @@ class ScriptedTranslationService::Availability final : public LanguageAvailabili
     Task<TranslationAvailabilityStatus> status(std::string from, std::string to) override {
         const std::string pair = from + "->" + to;
         service_->note("status " + pair, executor_);
-        co_await sleep(executor_, 0);
+        co_await sleep(executor_, service_->pairs[pair].statusDelay);
         co_return service_->pairs[pair].status;
     }
 
