@@ -65,24 +65,23 @@ LiveTranscriptTranslation::make(Host& host, AppSettings& settings, TessaruneFile
 void LiveTranscriptTranslation::attach(TranslatedCaptions& captions) {
     captions_ = &captions;
     applied_ = runtime_->settings();
+    observations_.emplace();
     const auto observe = [this](Setting<std::string>& setting, const char* reason) {
-        return setting.published().onDidChange(
-            [weak = weak_from_this(), reason](const std::string&) {
-                if (const auto self = weak.lock())
-                    self->applySettings(reason);
-            });
+        observations_->follow(setting.published(), [this, reason] { applySettings(reason); });
     };
-    targetObserver_ = observe(settings_.translationTargetLanguage, "settings.translationTarget");
-    backendObserver_ = observe(settings_.translationBackend, "settings.translationBackend");
+    observe(settings_.translationTargetLanguage, "settings.translationTarget");
+    observe(settings_.translationBackend, "settings.translationBackend");
+    observations_->followChanges(settings_.softTranslationEnabled.published(),
+                                 [this](bool isEnabled) {
+                                     if (!isEnabled)
+                                         cancelGhostTranslation();
+                                 });
 }
 
 void LiveTranscriptTranslation::shutDown() {
     runtime_->bigCleanup();
     captions_ = nullCaptions();
-    if (const auto token = std::exchange(targetObserver_, std::nullopt))
-        settings_.translationTargetLanguage.published().remove(*token);
-    if (const auto token = std::exchange(backendObserver_, std::nullopt))
-        settings_.translationBackend.published().remove(*token);
+    observations_.reset();
 }
 
 bool LiveTranscriptTranslation::hasPendingTranslations() const {
@@ -165,15 +164,9 @@ void LiveTranscriptTranslation::reportLanguagePreparation(const std::string& sou
 // Previews
 
 void LiveTranscriptTranslation::pumpGhostTranslation(const BoundaryObservation& observation) {
-    if (!*settings_.softTranslationEnabled) {
-        // This is called for every boundary decision, so it avoids a redraw if there is no preview.
-        if (runtime_->hasGhostTask() || !runtime_->ghostSource().empty() ||
-            !view_.ghostTranslationText->empty())
-            cancelGhostTranslation();
-        return;
-    }
     const auto now = runtime_->settings();
-    if (!TranslationSupport::isAppleBackend(now.translationBackend) || runtime_->hasCommittedTask())
+    if (!*settings_.softTranslationEnabled ||
+        !TranslationSupport::isAppleBackend(now.translationBackend) || runtime_->hasCommittedTask())
         return;
     const auto candidate = GhostTranslationPlanner::latestCandidate(observation);
     if (!candidate)
@@ -242,9 +235,6 @@ void LiveTranscriptTranslation::applySettings(const std::string& reason) {
 
 void LiveTranscriptTranslation::setSoftTranslationEnabled(bool enabled) {
     settings_.softTranslationEnabled = enabled;
-    if (!enabled)
-        cancelGhostTranslation();
-    refresh("settings.softTranslation");
 }
 
 // The session's lifecycle

@@ -5,6 +5,7 @@
 #include "Tessarune/translation/LiveTranslationRuntime.h"
 #include "Tessarune/translation/SessionTranslation.h"
 #include "Tessarune/translation/TranslationService.h"
+#include "TessaruneCore/observation/Observations.h"
 #include "TessaruneCore/translation/CommittedTranslationUnit.h"
 
 #include <functional>
@@ -17,7 +18,7 @@ namespace tessarune {
 
 /// The translation half of a live session: starts runs of committed translations and previews,
 /// prepares language pairs, writes outcomes into the caption rows, and reports its progress. It
-/// observes the target and backend settings, so a change from anywhere takes effect.
+/// observes the settings that it depends on, so a change from anywhere takes effect.
 ///
 /// Main queue, for the life of the process. Made with `std::make_shared`: tasks that still wait for
 /// the translator keep it alive.
@@ -117,8 +118,7 @@ class LiveTranscriptTranslation final
     AppSettings& settings_;
     TranslatedCaptions* captions_; ///< a null object before `attach` and after `shutDown`
     LiveTranslationSettingsSnapshot applied_;
-    std::optional<Published<std::string>::Token> targetObserver_;
-    std::optional<Published<std::string>::Token> backendObserver_;
+    std::optional<Observations> observations_; ///< from `attach` to `shutDown`
 };
 
 } // namespace tessarune

@@ -92,7 +92,7 @@ TEST_F(GhostTranslationTests, APreviewThatFailsOrIsNoLongerWantedIsNotShown) {
     check(
         "another target", [&] { translation->setTranslationTarget("de"); }, "");
     check(
-        "the preview switched off", [&] { translation->setSoftTranslationEnabled(false); }, "");
+        "the preview switched off", [&] { settings.softTranslationEnabled = false; }, "");
     const auto drawn = refreshes.size();
     speak("Not while it is off.");
     EXPECT_EQ(refreshes.size(), drawn) << "without a preview to withdraw nothing is redrawn";
