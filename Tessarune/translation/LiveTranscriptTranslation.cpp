@@ -211,10 +211,7 @@ void LiveTranscriptTranslation::setTranslationBackend(const std::string& backend
 
 void LiveTranscriptTranslation::applySettings(const std::string& reason) {
     const auto before = std::exchange(applied_, runtime_->settings());
-    const auto isOff = [](const LiveTranslationSettingsSnapshot& settings) {
-        return TranslationSupport::isDisabledBackend(settings.translationBackend);
-    };
-    if (before == applied_ || (isOff(before) && isOff(applied_)))
+    if (before == applied_)
         return;
     runtime_->cancelCommittedTask();
     runtime_->committedHealth.reset();
@@ -222,7 +219,7 @@ void LiveTranscriptTranslation::applySettings(const std::string& reason) {
     // The end of the previous pair's preparation will be ignored, so its status is cleared here.
     if (const auto pair = view_.translationPreparationDisplayState->preparing)
         clearTranslationPreparationStatus(pair->source, pair->target);
-    if (TranslationSupport::isDisabledBackend(runtime_->settings().translationBackend)) {
+    if (TranslationSupport::isDisabledBackend(applied_.translationBackend)) {
         captions_->setStatusMessage(localized("翻译已关闭。"));
         return;
     }

@@ -88,7 +88,9 @@ TEST_F(CommittedTranslationTests, AResultForFormerSettingsIsDiscarded) {
     EXPECT_EQ(status(), "请先开启 Apple 离线翻译后再补齐译文");
 
     service->takeCalls();
+    statusMessage = "";
     translation->setTranslationTarget("en");
+    EXPECT_EQ(statusMessage, "翻译已关闭。");
     translation->setTranslationBackend("苹果");
     settle();
     EXPECT_EQ(shown(), (Strings{"Warm up.", "Hello.", "Late."}));
