@@ -12,6 +12,8 @@ struct LiveAudioInactivityAutoStopConfiguration {
 
     std::int64_t minutes;
     std::optional<double> timeoutSeconds; ///< absent for 0 minutes, which means never
+
+    bool operator==(const LiveAudioInactivityAutoStopConfiguration&) const = default;
 };
 
 } // namespace tessarune

@@ -30,6 +30,8 @@ struct LiveSessionControlTrigger {
 
     /// "trigger", "triggerCategory", "triggerUserInitiated", and "trigger." with each detail's key.
     LogFields logFields() const;
+
+    bool operator==(const LiveSessionControlTrigger&) const = default;
 };
 
 } // namespace tessarune

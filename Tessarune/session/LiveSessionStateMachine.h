@@ -23,6 +23,8 @@ struct LiveSessionStateMachine {
     /// In `idle` and `failed`, accepted only while a recording is still to be saved.
     std::optional<LiveSessionTransition> requestStop(bool hasRecording);
     std::optional<LiveSessionTransition> stopFinished();
+
+    bool operator==(const LiveSessionStateMachine&) const = default;
 };
 
 } // namespace tessarune

@@ -17,6 +17,8 @@ struct LiveSessionTransition {
     /// The start was completed after its session had been abandoned: discard its results.
     bool discardLateStartArtifacts = false;
     bool presentStartFailure = false; ///< tell the user why the start failed
+
+    bool operator==(const LiveSessionTransition&) const = default;
 };
 
 } // namespace tessarune

@@ -8,6 +8,8 @@ namespace tessarune {
 struct TranscriptSnapshot {
     std::string sourceText;
     std::string bilingualText;
+
+    bool operator==(const TranscriptSnapshot&) const = default;
 };
 
 } // namespace tessarune
