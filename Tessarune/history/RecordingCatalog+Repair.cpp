@@ -90,13 +90,14 @@ std::size_t RecordingCatalog::reconcileIndex() {
                                  files_.exists(transcriptURL(recording.id))));
     };
     const auto gone = std::count_if(all.begin(), all.end(), isGone);
-    if (gone == 0 || !mutateIndex([&](RecordingIndex& index) { index.removeIf(isGone); }))
+    if (gone == 0)
         return 0;
+    const bool isSaved = mutateIndex([&](RecordingIndex& index) { index.removeIf(isGone); });
     TessaruneLog::storage.notice([&] {
         return "Tessarune catalog reconcile: pruned " + std::to_string(gone) +
                " missing-audio entries";
     });
-    return static_cast<std::size_t>(gone);
+    return isSaved ? static_cast<std::size_t>(gone) : 0;
 }
 
 void RecordingCatalog::cleanupOrphanTranscripts() {

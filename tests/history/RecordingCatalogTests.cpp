@@ -387,10 +387,13 @@ TEST_F(RecordingCatalogTests, LaunchRepairsCorrectTheIndexAndRemoveOrphans) {
 
     catalog.healStaleRecordings();
     EXPECT_EQ(catalog.recording(stale)->endedAt, 12);
-    catalog.reconcileIndex();
+    disk.capacity = 0;
+    EXPECT_EQ(catalog.reconcileIndex(), 0U);
+    EXPECT_EQ(log.back(), "Tessarune catalog reconcile: pruned 1 missing-audio entries");
+    disk.recover();
+    EXPECT_EQ(catalog.reconcileIndex(), 1U);
     EXPECT_EQ(order(), "stale moved ");
     EXPECT_EQ(catalog.recording(moved.id)->filePath, "/data/Recordings/moved.wav");
-    EXPECT_EQ(log.back(), "Tessarune catalog reconcile: pruned 1 missing-audio entries");
     catalog.cleanupOrphanTranscripts();
     EXPECT_EQ(log.back(), "Tessarune catalog cleanup: removed 3 orphan transcript sidecar(s)");
     EXPECT_EQ(
