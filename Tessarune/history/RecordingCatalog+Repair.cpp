@@ -159,7 +159,8 @@ std::set<UUID> RecordingCatalog::relistForgotten(const RecordingIndex& listed) {
 }
 
 /// Removes the files whose names begin with a UUID that is not in `known`. If `notBefore` is above
-/// 0, keeps files that were last changed before that time. Returns the number of removed files.
+/// 0, keeps files that were last changed before that time. Returns the number of orphans, including
+/// those that could not be removed; the next launch tries to remove these again.
 std::size_t RecordingCatalog::removeOrphans(const std::filesystem::path& folder,
                                             const std::set<UUID>& known, double notBefore) {
     std::size_t count = 0;
@@ -171,8 +172,8 @@ std::size_t RecordingCatalog::removeOrphans(const std::filesystem::path& folder,
         if (!id || known.contains(*id) ||
             (notBefore > 0 && files_.modifiedAt(folder / name) < notBefore))
             continue;
-        if (removeQuietly(folder / name))
-            ++count;
+        removeQuietly(folder / name);
+        ++count;
     }
     return count;
 }
