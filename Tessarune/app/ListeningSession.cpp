@@ -45,6 +45,7 @@ ListeningSession::ListeningSession(Application& application, SoundServer& sound,
     permissions_ = std::make_unique<PermissionsManager>(host, sound, permissionDefaults_,
                                                         SystemAuthorization::ofServer(host, sound),
                                                         std::move(options.openSettings));
+    permissions_->bootstrap();
     auto recorder =
         AudioSessionRecorder::create(host, application.files, application.logger,
                                      application.catalog.forRecorder(), makeSwresampleConverter);

@@ -74,6 +74,7 @@ TEST_F(DesktopListeningTests, AToggleReversesWhatTheControlsShow) {
     const auto pipe = folder / "pipe";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     EXPECT_FALSE(showsStop());
+    EXPECT_TRUE(runUntil([&] { return application.defaults.value("speechStatus").has_value(); }));
     listening.captionFiles({pipe});
     EXPECT_TRUE(showsStop()) << "a file is being opened";
     ASSERT_TRUE(runUntil([&] { return listening.waiting()->value_or("") != ""; }));
