@@ -383,8 +383,6 @@ Task<void> HistoryRefinementService::refineSource(JobPtr job) {
         audioPathOf(*job), request.localeIdentifier, std::move(control), std::move(diagnostics));
     const SpeechAnalyzerFileTranscriber::Transcription transcription = co_await transcribing;
 
-    SaveOutcome saved = SaveOutcome::skippedDeleted;
-    std::string timelineKind;
     std::string missingSound;
     const std::size_t recognised = transcription.result.segments.size();
     RecordingCatalog& catalog = environment_.catalog;
@@ -400,15 +398,23 @@ Task<void> HistoryRefinementService::refineSource(JobPtr job) {
         if (recording && transcription.brokenOff.empty())
             correctDuration(*recording, transcription.heardSeconds);
         job->result = former.keptIn(transcription.result);
-        const auto timeline = job->result.wordTimeline(request.recognitionOptionID);
-        timelineKind = timeline ? timeline->timingKind : std::string();
-        saved = catalog.saveRefinedSourceTranscript(job->result.sourceText(), timeline,
-                                                    request.recordingID);
     });
     if (!missingSound.empty())
         throw MediaFileError(
             MediaFileError::Kind::damaged,
             localized("Part of the transcript's sound is missing: %@", {missingSound}));
+    // Before the transcript is saved, so that a run has its sentences even if that fails.
+    for (std::size_t i = 0; job->observer && i < job->result.segments.size(); ++i)
+        job->observer->finalSegment(static_cast<std::int64_t>(i), job->result.segments[i]);
+
+    SaveOutcome saved = SaveOutcome::skippedDeleted;
+    std::string timelineKind;
+    co_await runOn(worker_, [&] {
+        const auto timeline = job->result.wordTimeline(request.recognitionOptionID);
+        timelineKind = timeline ? timeline->timingKind : std::string();
+        saved = catalog.saveRefinedSourceTranscript(job->result.sourceText(), timeline,
+                                                    request.recordingID);
+    });
     if (saved == SaveOutcome::skippedDeleted)
         throw RecordingDeleted();
     if (saved != SaveOutcome::saved)
@@ -428,11 +434,8 @@ Task<void> HistoryRefinementService::refineSource(JobPtr job) {
         .add("model", outcome.model)
         .add("keptOfFormer", outcome.keptOfFormer);
     environment_.logger.event("history.refine.source.done", fields);
-    if (job->observer) {
-        for (std::size_t i = 0; i < job->result.segments.size(); ++i)
-            job->observer->finalSegment(static_cast<std::int64_t>(i), job->result.segments[i]);
+    if (job->observer)
         job->observer->sourceSaved(outcome.sentences, timelineKind);
-    }
     Task<void> translating = translateAndSaveIfPossible(job);
     co_await translating;
 }

@@ -162,6 +162,8 @@ TEST(HistoryRefinementTests, AFailureLeavesTheFormerTranscriptUnchanged) {
                      throw std::system_error(std::make_error_code(std::errc::io_error));
              };
          }},
+        {"the disk is full", Status::failed,
+         [](auto& r) { r.onBlock = [&r] { r.disk.capacity = 0; }; }},
         {"another program writes the data folder", Status::failed,
          [](auto& r) { r.holder = "another program"; }},
         {"the refinement is cancelled", Status::cancelled,
@@ -177,6 +179,8 @@ TEST(HistoryRefinementTests, AFailureLeavesTheFormerTranscriptUnchanged) {
         EXPECT_EQ(recording.outcome->status, each.status);
         EXPECT_EQ(recording.outcome->failure == HistoryRefinementOutcome::Failure::recogniser,
                   std::string_view(each.what) == "the recogniser fails");
+        EXPECT_EQ(recording.finalSegments,
+                  std::string_view(each.what) == "the disk is full" ? 2 : 0);
         EXPECT_EQ(recording.outcome->problem.empty(), each.status == Status::cancelled);
         EXPECT_EQ(recording.service->failures()->empty(), each.status == Status::cancelled);
         EXPECT_EQ(recording.text(), formerText);

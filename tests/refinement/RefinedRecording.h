@@ -74,6 +74,7 @@ class RefinedRecording : public Catalogued {
     std::size_t failingBlock = 0; ///< counted from 1; 0: none
     std::vector<double> blocks;   ///< seconds of each
     int loadedModels = 0;
+    int finalSegments = 0; ///< reported to the observer
     std::function<void()> onBlock = [] {};
 
     std::string target = "de-DE";
@@ -91,6 +92,16 @@ class RefinedRecording : public Catalogued {
 
     class Sound;
     class Analyzer;
+    struct Observer;
+};
+
+struct RefinedRecording::Observer final : HistoryRefinementObserver {
+    explicit Observer(RefinedRecording& observed) : recording(observed) {}
+    void finalSegment(std::int64_t,
+                      const SpeechAnalyzerFileTranscriptionResult::Segment&) override {
+        ++recording.finalSegments;
+    }
+    RefinedRecording& recording;
 };
 
 class RefinedRecording::Sound final : public MediaFile {
@@ -163,6 +174,7 @@ inline HistoryRefinementService::Environment RefinedRecording::environment() {
                 return std::make_shared<AppleTranslator>(host, translation, Executor::main(host),
                                                          AppleTranslator::Downloads::never);
             },
+            .observe = [this](const auto&) { return std::make_shared<Observer>(*this); },
             .leaseDataFolder =
                 [this] {
                     return holder.empty() ? unsharedDataFolder() : DataFolderLease{{}, holder};
