@@ -163,24 +163,25 @@ void IdleMemorySentinel::emitAlarmsIfNeeded(const Sample& sample) {
 void IdleMemorySentinel::emitAlarm(const char* kind, const LogFields& detail,
                                    const Sample& sample) {
     const double baseline = sessionBaselineMB_.value_or(0);
+    JSON::Value windows = JSON::Value::array();
+    for (const Window& window :
+         environment_.windows ? environment_.windows() : std::vector<Window>()) {
+        windows.push_back({{"title", window.title},
+                           {"isVisible", window.isVisible},
+                           {"isKeyWindow", window.isKeyWindow},
+                           {"isMainWindow", window.isMainWindow},
+                           {"isMiniaturized", window.isMiniaturized},
+                           {"level", window.level},
+                           {"frame", {{"width", window.width}, {"height", window.height}}}});
+    }
+    const JSON::Value host = DiagnosticsNDJSONWriter::object(environment_.figures.host());
     if (alarmWriter_) {
-        JSON::Value windows = JSON::Value::array();
-        for (const Window& window :
-             environment_.windows ? environment_.windows() : std::vector<Window>()) {
-            windows.push_back({{"title", window.title},
-                               {"isVisible", window.isVisible},
-                               {"isKeyWindow", window.isKeyWindow},
-                               {"isMainWindow", window.isMainWindow},
-                               {"isMiniaturized", window.isMiniaturized},
-                               {"level", window.level},
-                               {"frame", {{"width", window.width}, {"height", window.height}}}});
-        }
         JSON::Value record = baseRecord(sample);
         record.update({{"phase", "alarm"},
                        {"alarmKind", kind},
                        {"alarmDetail", DiagnosticsNDJSONWriter::object(detail)},
-                       {"windows", std::move(windows)},
-                       {"host", DiagnosticsNDJSONWriter::object(environment_.figures.host())},
+                       {"windows", windows},
+                       {"host", host},
                        {"footprintMB", sample.memory.footprintMB},
                        {"residentMB", sample.memory.residentMB},
                        {"baselineMB", baseline},
@@ -188,6 +189,7 @@ void IdleMemorySentinel::emitAlarm(const char* kind, const LogFields& detail,
                        {"lightweight", false}});
         alarmWriter_->append(record);
     }
+    // The fields of an event are not nested, so the windows and the host are JSON texts.
     LogFields fields{{"phase", "alarm"},
                      {"alarmKind", kind},
                      {"reason", sample.reason},
@@ -197,7 +199,9 @@ void IdleMemorySentinel::emitAlarm(const char* kind, const LogFields& detail,
                      {"residentMB", sample.memory.residentMB},
                      {"baselineMB", baseline},
                      {"runID", runID()},
-                     {"lightweight", !runDirectory_}};
+                     {"lightweight", !runDirectory_},
+                     {"windows", JSON::line(windows).value_or("")},
+                     {"host", JSON::line(host).value_or("")}};
     fields.add(detail).add(sample.appState);
     environment_.logger.important("idleMemorySentinel.alarm", fields);
 }

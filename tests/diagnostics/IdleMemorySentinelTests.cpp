@@ -42,6 +42,10 @@ TEST(IdleMemorySentinelTests, RaisesEachAlarmOnce) {
     const auto written = session.lines("events/idle_memory_alarm.ndjson");
     EXPECT_EQ(written.size(), 7u);
     EXPECT_EQ(written.front()["windows"][0]["title"], "Captions");
+    for (const char* key : {"windows", "host"}) {
+        const std::string logged = session.logLines("idleMemorySentinel.alarm").front()[key];
+        EXPECT_EQ(nlohmann::json::parse(logged), written.front()[key]);
+    }
     session.start();
     session.host.advanceBy(1);
     session.stop();
