@@ -21,8 +21,11 @@ TEST(LinuxProcessFiguresTests, FiguresThatCannotBeReadAreUnknown) {
     EXPECT_EQ(figures.thermalState(), "unknown");
     EXPECT_TRUE(figures.threads().empty());
     EXPECT_EQ(figures.memory().residentMB, 0);
-    const LogFields host = figures.host();
-    EXPECT_NE(host.begin(), host.end());
+    const auto osVersion = [&] { return std::get<std::string>(figures.host().begin()->second); };
+    EXPECT_TRUE(osVersion().starts_with("Linux "));
+    fs::create_directories(root / "etc");
+    std::ofstream(root / "etc/os-release") << "ID=x\nPRETTY_NAME=\"X 12 (y)\"\n";
+    EXPECT_TRUE(osVersion().starts_with("X 12 (y), Linux ")) << osVersion();
     const fs::path zone = root / "sys/class/thermal/thermal_zone1";
     fs::create_directories(zone);
     std::ofstream(zone / "temp") << "95000\n";

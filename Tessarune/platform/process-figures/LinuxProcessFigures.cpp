@@ -73,6 +73,19 @@ std::string_view valueOf(std::string_view text, std::string_view name) {
     return {};
 }
 
+/// The distribution's name and version; empty if they are not known.
+std::string distribution(const fs::path& root) {
+    constexpr std::string_view key = "PRETTY_NAME=";
+    std::istringstream lines(contentsOf(root / "etc/os-release"));
+    for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with(key)) {
+            std::erase(line, '"');
+            return line.substr(key.size());
+        }
+    }
+    return {};
+}
+
 std::string runState(std::string_view letter) {
     if (letter == "R")
         return "running";
@@ -206,7 +219,9 @@ LogFields LinuxProcessFigures::host() {
     LogFields facts;
     utsname names{};
     if (::uname(&names) == 0) {
-        facts.add("osVersion", std::string(names.sysname) + " " + names.release);
+        const std::string kernel = std::string(names.sysname) + " " + names.release;
+        const std::string system = distribution(root_);
+        facts.add("osVersion", system.empty() ? kernel : system + ", " + kernel);
         facts.add("hardwareMachine", std::string(names.machine));
     }
     facts.add("processorCount", std::int64_t{std::max(::sysconf(_SC_NPROCESSORS_CONF), 0L)});
