@@ -13,28 +13,15 @@ constexpr Field displaySettings{
     "highlightChanges, softCaptionEnabled, softCaptionStableSeconds, liveSubtitleWindowMaxSegments",
     "the settings of the captions at that moment"};
 constexpr Field tails{"sourceTailCount, translationTailCount",
-                      "rows of the frame, and translations in it"};
+                      "the number of rows in the frame, and of translations"};
 constexpr Field liveCounts{"committedCount, liveLeadingCount, softCaptionCount",
-                           "rows of each of the captions' lists"};
+                           "the number of committed rows, of complete sentences of the open "
+                           "utterance, and of soft captions"};
 constexpr Field sessionPhase{
     "sessionPhase",
     "\"idle\", \"preparing\", \"loading\", \"listening\", \"stopping\", \"failed\""};
 constexpr Field frameIndexes{"updateRequestIndex, publishedFrameIndex",
-                             "refreshes and published frames before this one"};
-constexpr Field unitIdentity{"index, id",
-                             "its position among all rows that are shown, and its UUID"};
-constexpr Field unitState{
-    "state, freezeKind, revision, revisionCount",
-    "\"partial\" or \"final\"; \"none\", \"soft\", \"ours\" or \"engine\"; the "
-    "number of the change, and how often its words changed"};
-constexpr Field unitTranslation{
-    "translationUnitID, translationResultSegmentID, translationUnitIndex, translationUnitCount, "
-    "translationRole",
-    "the unit in which the row is translated; \"none\", \"member\" or, for the row below which "
-    "the translation is shown, \"result\""};
-constexpr Field unitTimes{"startedAt, endedAt, committedAt, firstSeenAt", "on the session's clock"};
-constexpr Field unitSource{"sourceCharacters, sourceWords, sourceHash",
-                           "size and hash of the text"};
+                             "the number of refreshes and of published frames before this one"};
 
 } // namespace
 
@@ -44,42 +31,46 @@ Table captions() {
          {clockTime,
           {"phase", "\"partial\" or \"final\""},
           {"inputText", "the recognised text"},
-          {"softPieces, hardPieces, leading, tail",
-           "stable clauses, sentences frozen by this decision, sentences that may still change, "
-           "the "
-           "tail"},
+          {"softPieces", "stable clauses"},
+          {"hardPieces", "the sentences that this decision froze"},
+          {"leading", "complete sentences that may still change"},
+          {"tail", "the unfinished end"},
           {"reasons", "the reasons of the cut"}}},
         {"corrections",
          {clockTime,
-          {"shownText, finalText", "what was on the screen, and the final"},
-          {"droppedWords, addedWords, commonWords", "by how many words the two differ"}}},
+          {"shownText, finalText", "the text on the screen, and the final"},
+          {"droppedWords, addedWords, commonWords",
+           "the number of shown words that the final lacks, of new words, and of common words"}}},
         {"translationEvents",
          {clockTime,
-          {"phase, scope",
-           "\"start\", \"success\" or \"failure\"; \"committed\" or, for a preview, \"ghost\""},
+          {"phase", "\"start\", \"success\" or \"failure\""},
+          {"scope", "\"committed\" or, for a preview, \"ghost\""},
           {"translationUnitID, segmentID, segmentIDs, resultSegmentID, segmentCount",
            "the rows that are translated together, and the row below which the translation is "
            "shown"},
-          {"sourceText, translatedText, sourceCharacters, translatedCharacters", "the texts"},
+          {"sourceText, translatedText, sourceCharacters, translatedCharacters",
+           "the texts and their lengths"},
           {"sourceLanguage, targetLanguage, backend", "languages and backend"},
           {"durationSeconds, queueDelaySeconds, availabilitySeconds, translateCallSeconds, "
            "applySeconds",
-           "the duration in total and of each step"},
-          {"preflightStatus, attemptCount, automaticRetry, recoveryAction", "the attempts"},
+           "the duration of the attempt, how long the rows waited for it, and the duration of its "
+           "steps"},
+          {"preflightStatus", "whether the model was ready"},
+          {"attemptCount, automaticRetry", "the number of attempts, and whether one was a retry"},
+          {"recoveryAction", "what followed a failure"},
           {"error, failureCategory, failureDomain, failureCode, failureReason", "the failure"},
-          {"sessionGeneration", "tells a late result from a current one"}}},
+          {"sessionGeneration", "how often the pair has been prepared again after failures"}}},
         {"liveCaptionEvents",
          {clockTime,
           {"event", "\"diagnostics.start\", \"frame.refresh\", \"setting\", \"softCaption\", "
-                    "\"liveCaption.stopSnapshot\", or \"follow.\" and an action of the list of "
-                    "captions that "
-                    "keeps it at its newest line"},
+                    "\"liveCaption.stopSnapshot\", or \"follow.\" and how the list of captions was "
+                    "scrolled or kept at its newest line"},
           reason,
           sessionPhase,
           layoutModes,
           displaySettings,
           liveCounts,
-          {"clearedCount", "rows that the user cleared away"},
+          {"clearedCount", "the number of rows that the user cleared away"},
           {"hasPartial, currentPartialID, currentPartialRevision, currentPartialState",
            "the open row"},
           tails,
@@ -88,20 +79,21 @@ Table captions() {
            "translationRetryAvailable",
            "what else is shown"},
           {"buildSourceMS, buildTranslationMS, buildStatusMS, buildTotalMS, compareMS",
-           "the cost of the frame"},
+           "how long it took to build the frame, and to compare it with the last one"},
           frameIndexes,
-          {"published", "whether anything visible had changed"},
+          {"published", "whether the frame differed from the last one"},
           {"captionStageRenders, captionStageSourceOnlyRenders, captionStageStandardRenders, "
            "captionStageLyricsRenders, captionStageBilingualCompareRenders",
-           "how often the rows of the caption window were updated, by layout: once for each frame "
-           "and for each change of their settings, even while the window is hidden; the standard "
-           "layout is the one that compares both languages"},
-          {"name, value", "of \"setting\": the setting and its new value"},
+           "how often the caption window updated its rows, in total and by layout (the bilingual "
+           "layout is counted under two names): for each frame and each change of a setting of the "
+           "rows, even while the window is hidden"},
+          {"name, value", "of \"setting\": which setting was changed, and its new value"},
           {"phase, enabled, stableSeconds, candidateCount, visibleCount, sample, resetReason",
            "of \"softCaption\": the clauses of the open sentence that are shown"},
           {"completedTranslations, pendingTranslations, sourceCharacters, translationCharacters, "
            "bilingualCharacters, elapsedMS",
-           "of \"liveCaption.stopSnapshot\""},
+           "of \"liveCaption.stopSnapshot\": how many translations were complete or pending, the "
+           "lengths of the texts, and how long the snapshot took"},
           {"isPinned, isReviewing, overflowing, clipY, clipHeight, clipMaxY, documentHeight,"
            " legalBottomY, legalBottomDelta, legacyDistanceFromBottom, rows",
            "of \"follow.…\": whether the newest line is followed or the user reads further up,"
@@ -110,7 +102,8 @@ Table captions() {
            "legalDeltaChange, jumpDelta, delaySeconds, fireInSeconds, quietForSeconds, "
            "armedForSeconds, recentLiveScrollSeconds, liveScrollIsRecent, "
            "userLiveScrollActive",
-           "of some of these events: scrolling, and when the list returns by itself"}}},
+           "of some \"follow.…\" events: the limits and times by which the list decides whether to "
+           "follow the newest line"}}},
         {"displayUnitEvents",
          {clockTime,
           {"event", "\"frame.publish\""},
@@ -120,14 +113,16 @@ Table captions() {
           frameIndexes,
           tails,
           liveCounts,
-          {"currentPartialRevision", "of the open row"},
-          {"sampledUnitLimit", "the number of rows that are listed at most, counted from the end"},
-          {"units", "the rows", "displayUnit"}}},
+          {"currentPartialRevision", "the revision of the open row"},
+          {"sampledUnitLimit", "the maximum number of listed rows"},
+          {"units", "the last rows of the frame", "displayUnit"}}},
         {"liveWindowStopSnapshot",
          {schema,
-          {"kind, capturedAt, reason", "\"liveCaptionStopSnapshot\", when, and why"},
+          {"kind", "\"liveCaptionStopSnapshot\""},
+          {"capturedAt", "the time of the snapshot"},
+          {"reason", "what caused the snapshot"},
           {"completedTranslations, pendingTranslations, isCommittedTranslating",
-           "whether the translations were complete"},
+           "the number of complete and of pending translations, and whether one was in progress"},
           sessionPhase,
           layoutModes,
           {"translationEnabled, translationBackend, translationTargetLanguage, swapCaptionOrder",
@@ -135,7 +130,8 @@ Table captions() {
           tails,
           liveCounts,
           {"hasCurrentPartial, currentPartialID, currentPartialRevision", "the open row"},
-          {"captionFrameUpdateRequests, captionFramePublishes", "of the whole session"},
+          {"captionFrameUpdateRequests, captionFramePublishes",
+           "the number of refreshes and of published frames in the whole session"},
           {"statusMessage, translationStatusText, translationStatusIncomplete, "
            "translationRetryAvailable",
            "what else was shown"},
@@ -143,15 +139,30 @@ Table captions() {
            "the texts of the rows that the user did not clear"},
           {"units", "these rows, with their whole texts", "displayUnit"}}},
         {"displayUnit",
-         {unitIdentity,
-          unitState,
-          unitTranslation,
-          unitTimes,
-          unitSource,
-          {"sourcePreview, sourceText", "its beginning; in the stop snapshot the whole text"},
-          {"hasTranslation, translationCharacters, translationHash, translationPreview, "
-           "translationText, hasTranslationError, translationError",
-           "its translation, in the same way"}}}};
+         {{"index", "the row's position among all rows that are shown"},
+          {"id", "the row's UUID"},
+          {"state", "\"partial\" or \"final\""},
+          {"freezeKind", "\"none\", \"soft\", \"ours\" (frozen before its final) or \"engine\" "
+                         "(frozen by its final)"},
+          {"revision", "the captions' revision when the row was last written"},
+          {"revisionCount", "how often the row's words changed"},
+          {"translationUnitID, translationResultSegmentID, translationUnitIndex, "
+           "translationUnitCount",
+           "the unit in which the row is translated, and the row's place in it"},
+          {"translationRole", "\"none\"; \"result\" for the row below which the translation is "
+                              "shown; \"member\" for the other rows of a unit"},
+          {"startedAt, endedAt, committedAt, firstSeenAt",
+           "seconds since 1970 on the session's clock"},
+          {"sourceCharacters, sourceWords, sourceHash", "size and hash of the row's text"},
+          {"sourcePreview", "not in the stop snapshot: how the text begins"},
+          {"sourceText", "only in the stop snapshot: the whole text"},
+          {"translationCharacters, translationHash", "size and hash of the row's translation"},
+          {"hasTranslation, hasTranslationError, translationPreview",
+           "not in the stop snapshot: whether the row has a translation, whether translating "
+           "failed, "
+           "and how the translation begins"},
+          {"translationText, translationError",
+           "only in the stop snapshot: the whole translation, or why it failed"}}}};
 }
 
 } // namespace tessarune::DiagnosticsRunFields

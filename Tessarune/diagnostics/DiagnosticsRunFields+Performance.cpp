@@ -40,35 +40,38 @@ Table performance() {
            "the counters of the pipeline, and their increase since the last sample", anything}}},
         {"idleMemorySentinel",
          {schema,
-          {"kind, phase, reason",
-           "\"idleMemorySentinel\"; \"start\", \"sample\", \"finish\" or \"stop\"; why"},
-          {"runDirectory, elapsedSeconds, sampleIntervalSeconds, maxRuntimeSeconds",
-           "the run, the seconds since the session's end, the interval and the duration of the "
-           "watch"},
-          {"memory", "`footprintMB`, `residentMB`, as in `perf.csv`", anything},
-          {"cpuPercent", "since the last record, in percent of one core"},
+          {"kind", "\"idleMemorySentinel\""},
+          {"phase", "\"start\", \"sample\", \"finish\" or \"stop\""},
+          {"reason", "what caused the record"},
+          {"runDirectory", "the run"},
+          {"elapsedSeconds", "seconds since the session's end"},
+          {"sampleIntervalSeconds, maxRuntimeSeconds",
+           "the interval between two samples, and the longest duration of the watch"},
+          {"memory", "`footprintMB` and `residentMB`, as in `perf.csv`", anything},
+          {"cpuPercent", "processor time since the last record, in percent of one core"},
           {"appState", "what the program is doing", anything}}},
         {"idleMemoryAlarms",
          {schema,
-          {"kind, phase, reason", "as in the samples; the phase is \"alarm\""},
-          {"runDirectory, elapsedSeconds, sampleIntervalSeconds, maxRuntimeSeconds",
+          {"phase", "\"alarm\""},
+          {"kind, reason, runDirectory, elapsedSeconds, sampleIntervalSeconds, maxRuntimeSeconds, "
+           "cpuPercent",
            "as in the samples"},
-          {"memory", "`footprintMB`, `residentMB`", anything},
-          {"cpuPercent", "as in the samples"},
-          {"appState", "what the program is doing", anything},
+          {"memory, appState", "as in the samples", anything},
           {"alarmKind",
-           "\"idleCpuHigh\" (12 % a minute or more after the end), \"absolute\" (2048 MB), "
-           "\"baselineMultiple\" (three times the memory at the end, 512 MB at least), "
-           "\"growthSpike\" (512 MB more than at the last sample): each once; "
-           "\"gigabyteMilestone\": once for each gigabyte"},
+           "once in a run: \"idleCpuHigh\" (12 % of one core, a minute or more after the session), "
+           "\"absolute\" (2048 MB), \"baselineMultiple\" (three times the memory at the session's "
+           "end, and at least 512 MB), \"growthSpike\" (512 MB more than at the last sample); for "
+           "each further gigabyte: \"gigabyteMilestone\""},
           {"alarmDetail", "the limit that was exceeded", anything},
           {"windows",
-           "the program's: `title`, `isVisible`, `isKeyWindow`, `isMainWindow`, "
+           "the program's windows: `title`, `isVisible`, `isKeyWindow`, `isMainWindow`, "
            "`isMiniaturized`, `level`, `frame`",
            anything},
           {"host", "the computer", "host"},
-          {"footprintMB, residentMB, baselineMB", "now, and at the end of the session"},
-          {"runID, lightweight", "the run's name; whether there is none"}}}};
+          {"footprintMB, residentMB", "the memory now"},
+          {"baselineMB", "`footprintMB` at the end of the session"},
+          {"runID", "the run's name"},
+          {"lightweight", "false: alarms without a run are only in the runtime log"}}}};
 }
 
 } // namespace tessarune::DiagnosticsRunFields

@@ -15,39 +15,42 @@ Table run() {
           {"startedWall, finishedWall, durationSeconds",
            "seconds since 1970 by the wall clock, and their difference"},
           {"runMode, productComparable, resourceInterference",
-           "constant here: one recogniser in the whole program"},
-          {"diagnosticsLevel, capturesFullDiagnostics", "the level when the session started"},
+           "always the same, because the program runs one recogniser at a time"},
+          {"diagnosticsLevel", "the level when the session started"},
+          {"capturesFullDiagnostics", "whether the run contains more than a core run"},
           {"app", "the program", "app"},
           {"host", "the computer", "host"},
           {"runtime", "`recognition`: which kind of recogniser", anything},
           {"internalTools", "always off in a release", anything},
           {"capture", "the source, and the settings of the recording", "capture"},
           {"recognition",
-           "the recogniser and the settings of the captions; of a core run `optionID`, "
-           "`title` and `engine` alone",
+           "the recogniser and the settings of the captions; in a core run only `optionID`, "
+           "`title` and `engine`",
            "recognition"},
           {"translation", "the settings of the translation", "translation"},
           {"stop", "the fields of `listen.stop.requested`: the reason of the stop", anything},
           {"display", "how captions were shown", "display"},
           {"performance", "`perfSampleIntervalSeconds`, and the `sampleRate` of the first sound",
            anything},
-          {"summary", "the result", "summary"},
+          {"summary", "how much was said", "summary"},
           {"enginePerf", "the counters of the pipeline at the end", anything},
           {"privacy",
-           "of a core run: states that it contains no texts, events, timeline or samples",
+           "only in a core run: states that it contains no texts, events, timeline or samples",
            anything},
           {"files",
            "the files of the run: `name`, `path`, `description`, `exists` and, if it exists, "
            "`bytes`, as they were when the manifest was written",
            "file"},
           {"lostRecords",
-           "the number of records of each log that could not be written; empty: none", anything},
+           "for each log, the number of records that could not be written; empty if all were "
+           "written",
+           anything},
           {"analysisCommandsDisabledReason", "why commands of analysis tools are disabled"},
           {"recordingID, audioPath, audioFile", "the recording; absent without one"},
           {"sourceTranscriptPath, bilingualTranscriptPath", "the paths of its transcripts"},
           {"refinementDiagnostics",
-           "of the last time when the recording was transcribed again: `schemaVersion`, `status` "
-           "(\"running\", \"finished\", \"skipped\", \"failed\"), the recording, its `files` and "
+           "the last time that the recording was transcribed again: `schemaVersion`, `status` "
+           "(\"running\", \"finished\", \"skipped\", \"failed\"), the recording, `files` and "
            "`counters`",
            anything}}},
         {"settings",
@@ -87,30 +90,33 @@ Table run() {
           {"reference", "empty in a live run", anything}}},
         {"perfSummary",
          {schema,
-          {"runMode, concurrentEngines, productComparable, resourceInterference, wallSeconds, "
-           "title",
-           "as in the manifest; duration of the session in seconds, and its recogniser"},
+          {"runMode, productComparable, resourceInterference", "as in the manifest"},
+          {"concurrentEngines", "1"},
+          {"wallSeconds", "the duration of the session"},
+          {"title", "the recogniser"},
           {"stats, engines", "the counters of the pipeline at the end, in total and by recogniser",
            anything},
           {"host", "the computer", "host"},
           {"runtime, internalTools", "as in the manifest", anything},
           {"recognition", "the recogniser and the settings of the captions", "recognition"},
-          {"capture", "the source", "capture"},
+          {"capture", "the source, and the settings of the recording", "capture"},
           {"translation", "the settings of the translation", "translation"}}},
         {"lifecycleEvents",
          {clockTime,
           {"name", "the step of the session, in dotted words"},
           {"phase", "\"instant\", \"start\", \"finish\" or \"failure\""},
-          {"elapsedSeconds", "at a finish or a failure"},
-          {"fields", "details, all of them texts", anything}}},
+          {"elapsedSeconds", "of a finish or a failure: the duration of the step"},
+          {"fields", "details; all values are texts", anything}}},
         {"app",
-         {{"name, bundleIdentifier, version, build", "the program, under the name of its command"},
+         {{"name", "the program's command"},
+          {"bundleIdentifier, version, build", "the program's identifier and version"},
           {"buildConfiguration, distribution, liveCaptionRendering, speechAnalyzerLiveMaintenance, "
            "speechAnalyzerResults, liveStorePublishing, internalToolsEnabled",
            "fixed words that analysis tools compare"},
           {"bundlePath, executablePath", "its paths"}}},
         {"host",
-         {{"osVersion", "the distribution and its version, with the kernel's"},
+         {{"osVersion",
+           "the distribution and its version, if known, and the kernel and its release"},
           {"processorCount, activeProcessorCount",
            "processors of the computer, and those that the program may use within the limits of "
            "its control group"},
@@ -129,15 +135,15 @@ Table run() {
            "the silence after which the session ends, and the level below which sound counts as "
            "silence"},
           {"audioSource",
-           "`kind`, `displayName`, `usesSystemAudio`, `usesMicrophoneSource`, "
+           "the source: `kind`, `displayName`, `usesSystemAudio`, `usesMicrophoneSource`, "
            "`deviceID`",
            anything},
-          {"audioSourceKind, audioSourceName", "the same again"}}},
+          {"audioSourceKind, audioSourceName", "`kind` and `displayName` of `audioSource`"}}},
         {"recognition",
          {{"optionID, title, engine", "the recogniser"},
           {"punctuatesNatively, selfSegments, streamsWordByWord, providesWordTimestamps, isOnline, "
            "boundaryUnit, maxUnpunctuatedUnits",
-           "what it does by itself"},
+           "what the recogniser does by itself"},
           {"sentenceSegmentation, clauseLevelSegmentation, hardClauseLevelSegmentation, "
            "softClauseLevelSegmentation, trueFreeze, freezeStableSeconds, "
            "duplicateCommitWindowSeconds, softCaptionEnabled, softCaptionStableSeconds",
@@ -148,7 +154,9 @@ Table run() {
         {"translation",
          {{"backend, targetLanguage, softTranslationEnabled, defaultSourceLanguage, "
            "drainTimeoutSeconds",
-           "the languages, and how long the stop waits for translations"},
+           "the backend, the languages, whether previews are shown, and how long the stop waits "
+           "for "
+           "translations"},
           {"sameLanguagePassthrough, appleOfflineSupported, backendRunnable",
            "whether translation is possible"}}},
         {"display",
@@ -159,24 +167,29 @@ Table run() {
         {"summary",
          {{"committedSegmentCount, transcriptCharacters, bilingualTranscriptCharacters, "
            "hasBilingualTranscript",
-           "how much was said"},
+           "the number of rows, the lengths of the texts, and whether there are translations"},
           {"transcriptUpdatedAfterFinishWall",
            "when the texts were replaced after the session, seconds since 1970"},
-          {"sampleRate, wordEventCount", "of a core run: of the sound; words with times"},
-          {"enginePerf", "of a core run: the counters of the pipeline at the end", anything}}},
-        {"file", {{"name, path, description, exists, bytes", "see above"}}},
+          {"sampleRate", "only in a core run: the sample rate of the first sound"},
+          {"wordEventCount", "only in a core run: the number of words with times"},
+          {"enginePerf", "only in a core run: the counters of the pipeline at the end", anything}}},
+        {"file", {{"name, path, description, exists, bytes", "one file of the run"}}},
         {"engine",
          {{"optionID, title", "the recogniser"},
-          {"caps, config", "what it does by itself; the captions' settings", anything},
+          {"caps", "what the recogniser does by itself", anything},
+          {"config", "the settings of the captions", anything},
           {"segments", "the committed rows", "segment"}}},
         {"segment",
-         {{"id, text, translatedText, translationError", "the row"},
+         {{"id, text, translatedText, translationError",
+           "the row's UUID, its text, and its translation or why it has none"},
           {"freezeKind", "\"none\", \"soft\", \"ours\" (frozen before its final) or "
-                         "\"engine\""},
+                         "\"engine\" (frozen by its final)"},
           {"startedAt, endedAt, firstSeenAt, audioStart, audioEnd, committedAt",
            "seconds from the start of the run"},
-          {"revisionCount", "how often its words changed"},
-          {"words", "`w`, `firstSeenAt`, `revealedAt`, `audioStart`, `audioEnd`", anything}}}};
+          {"revisionCount", "how often the row's words changed"},
+          {"words",
+           "each word: its text `w`, and `firstSeenAt`, `revealedAt`, `audioStart`, `audioEnd`",
+           anything}}}};
 }
 
 } // namespace tessarune::DiagnosticsRunFields
