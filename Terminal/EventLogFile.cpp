@@ -40,16 +40,33 @@ void EventLogFile::check(const std::optional<fs::path>& source) const {
                     : localized("the folder %@ is read-only", {folder.string()}));
 }
 
-void EventLogFile::begin() {
+EventLogFile::~EventLogFile() {
     std::error_code error;
-    // An existing pipe or character device has no contents that could be lost.
+    if (isUnusedNewFile_)
+        fs::remove(path_, error); // at worst, an empty log stays
+}
+
+void EventLogFile::open() {
+    std::error_code error;
+    const bool isNew = !fs::exists(fs::symlink_status(path_, error));
+    // An existing pipe or device has no contents that could be lost.
     const bool mayExist =
         overwrites_ || (fs::exists(path_, error) && !fs::is_regular_file(path_, error));
     writer_ = ASREventLog::Writer::open(host_, path_,
-                                        mayExist ? LineLogWriter::Existing::isTruncated
+                                        mayExist ? LineLogWriter::Existing::isAppendedTo
                                                  : LineLogWriter::Existing::isRefused);
     if (!writer_)
         fail(errno == ENXIO ? localized("nobody reads this pipe") : systemMessage(errno));
+    isUnusedNewFile_ = isNew;
+}
+
+void EventLogFile::begin() {
+    isUnusedNewFile_ = false;
+    std::error_code error;
+    if (fs::is_regular_file(path_, error))
+        fs::resize_file(path_, 0, error);
+    if (error)
+        fail(systemMessage(error.value()));
 }
 
 void EventLogFile::append(const ASREvent& event, double t) {

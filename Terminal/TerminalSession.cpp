@@ -125,6 +125,9 @@ void TerminalSession::handlePhase(LiveSessionPhase phase) {
 }
 
 Task<void> TerminalSession::startListening() {
+    // Before the recorder starts, so that a log that cannot be written leaves no recording.
+    if (eventLog_)
+        eventLog_->open();
     const bool listens = co_await session_->listen(sound_.source());
     const SessionView& view = store().view();
     if (!listens && view.startFailure && *view.sessionPhase == LiveSessionPhase::failed)

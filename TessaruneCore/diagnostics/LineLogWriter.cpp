@@ -20,7 +20,9 @@ constexpr int waitsForAReader = 20;
 std::unique_ptr<LineLogWriter> LineLogWriter::open(Host& host, std::string_view queueLabel,
                                                    const std::filesystem::path& path,
                                                    Existing existing) {
-    const int ifExists = existing == Existing::isRefused ? O_EXCL : O_TRUNC;
+    const int ifExists = existing == Existing::isRefused     ? O_EXCL
+                         : existing == Existing::isTruncated ? O_TRUNC
+                                                             : 0;
     // O_APPEND: a file that another program truncates gets no hole. O_NONBLOCK: opening fails for a
     // pipe without a reader, and a write to a pipe that is no longer read can be abandoned.
     const int file = ::open(

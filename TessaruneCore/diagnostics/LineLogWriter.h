@@ -32,7 +32,7 @@ class LineLogWriter {
     using Encode = std::function<std::optional<std::string>()>;
 
     /// What `open` does with an existing file.
-    enum class Existing { isTruncated, isRefused };
+    enum class Existing { isTruncated, isAppendedTo, isRefused };
 
     /// Opens the file and creates it if necessary. Null if that fails; `errno` then has the reason.
     /// The host must outlive the writer.

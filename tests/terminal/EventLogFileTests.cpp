@@ -51,9 +51,18 @@ TEST(EventLogFileTests, AFileIsOverwrittenOnlyOnRequestAndTheSourceNever) {
     EXPECT_FALSE(fs::exists(folder / "new.ndjson"));
 
     ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
-    EXPECT_THROW(EventLogFile(host, folder / "pipe", false).begin(), RunFailure) << "no reader";
+    for (const std::string& name : {std::string("pipe"), std::string(300, 'x')})
+        EXPECT_THROW(EventLogFile(host, folder.path() / name, false).open(), RunFailure) << name;
+    EventLogFile(host, folder / "new.ndjson", false).open();
+    EXPECT_FALSE(fs::exists(folder / "new.ndjson")) << "the session did not begin";
+    EventLogFile old(host, folder / "old.ndjson", true);
+    old.open();
+    EXPECT_EQ(testing::contentsOf(folder / "old.ndjson"), "old.ndjson");
+    old.begin();
+    EXPECT_EQ(testing::contentsOf(folder / "old.ndjson"), "");
 
     EventLogFile lost(host, "/dev/full", false);
+    lost.open();
     lost.begin();
     lost.append(ASREvent::partial("a", 1, 1), 1);
     EXPECT_THROW(lost.close(), RunFailure);
