@@ -91,11 +91,11 @@ TEST_F(MediaFileTests, ATruncatedFileIsReadToItsEndAndReportedAsDamaged) {
     const struct {
         std::uint32_t claimed; ///< bytes of sound in the header; the file has 32000
         bool isCut;            ///< whether that counts as truncated
-    } cases[] = {{320000, true}, {32800, false}, {0xFFFFFFFF, false}};
-    for (const auto& [claimed, isCut] : cases) {
-        SCOPED_TRACE(claimed);
-        const auto file =
-            openFFmpegMediaFile(write("cut.wav", wavBytes(samples, 16000, 1, claimed)));
+    } cases[] = {{320000, true}, {32800, false}, {0x7FFFF000, false}, {0xFFFFFFFF, false}};
+    const auto pipe = folder / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const std::stop_source never;
+    const auto check = [&samples](const std::unique_ptr<MediaFile>& file, bool isCut) {
         std::size_t count = 0;
         bool saysSo = false;
         try {
@@ -107,6 +107,13 @@ TEST_F(MediaFileTests, ATruncatedFileIsReadToItsEndAndReportedAsDamaged) {
         EXPECT_EQ(count, samples.size());
         EXPECT_EQ(saysSo, isCut);
         EXPECT_EQ(file->read(), nullptr);
+    };
+    for (const auto& [claimed, isCut] : cases) {
+        SCOPED_TRACE(claimed);
+        const std::string bytes = wavBytes(samples, 16000, 1, claimed);
+        check(openFFmpegMediaFile(write("cut.wav", bytes)), isCut);
+        std::jthread writer([&] { std::ofstream(pipe, std::ios::binary) << bytes; });
+        check(openAwaitedFFmpegMediaFile(pipe, never.get_token()), isCut);
     }
     const auto emptied = write("emptied.wav", wavBytes(tone(60, 16000), 16000));
     const auto file = openFFmpegMediaFile(emptied);

@@ -9,7 +9,6 @@
 #include <cmath>
 #include <cstring>
 #include <deque>
-#include <fstream>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -36,14 +35,16 @@ constexpr std::string_view lengthStatingFormats[] = {"flac", "mp3", "mov,mp4,m4a
 
 /// The length in seconds that the header of a WAV states; `nullopt` if it states none. FFmpeg would
 /// derive the length of a WAV from the data that is present, even if the end is missing.
-std::optional<double> lengthFromWAVHeader(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::string begin(WAVHeader::sizeToRead, '\0');
-    file.read(begin.data(), static_cast<std::streamsize>(begin.size()));
-    begin.resize(static_cast<std::size_t>(file.gcount()));
-    const auto header = WAVHeader::decoded(begin);
+std::optional<double> lengthFromWAVHeader(std::string_view beginning) {
+    const auto header = WAVHeader::decoded(beginning);
+    if (!header || header->bytesPerSecond() == 0)
+        return std::nullopt;
+    // Programs that write to a pipe do not know the length, and state one of these.
     constexpr std::uint64_t unknownSize = 0xFFFFFFFF;
-    if (!header || header->bytesPerSecond() == 0 || header->dataSize >= unknownSize)
+    constexpr std::uint64_t endlessFrom = 0x7FFF0000;
+    constexpr std::uint64_t endlessTo = 0x80000000;
+    const std::uint64_t stated = header->dataSize;
+    if (stated >= unknownSize || (stated >= endlessFrom && stated <= endlessTo))
         return std::nullopt;
     return static_cast<double>(header->dataSize) / static_cast<double>(header->bytesPerSecond());
 }
@@ -179,12 +180,11 @@ class FFmpegMediaFile final : public MediaFile {
         }
     }
 
-    /// The length that the file states; `nullopt` for a pipe and if it states none.
+    /// The length that the file states; `nullopt` if it states none. FFmpeg finds that of an MP3
+    /// only if it can seek.
     std::optional<double> statedLength() const {
-        if (!input_.canSeek())
-            return std::nullopt;
         if (input_->iformat->name == std::string_view("wav"))
-            return lengthFromWAVHeader(path_);
+            return lengthFromWAVHeader(input_.beginning());
         const bool statesLength = std::ranges::find(lengthStatingFormats, input_->iformat->name) !=
                                   std::end(lengthStatingFormats);
         if (!statesLength || input_->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE)

@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <new>
@@ -20,7 +21,7 @@ namespace {
 
 using Kind = MediaFileError::Kind;
 
-constexpr int bufferBytes = 64 * 1024;
+constexpr std::size_t bufferBytes = 64 * 1024;
 
 } // namespace
 
@@ -104,14 +105,27 @@ bool FileInput::waitForData() const {
     return files[1].revents == 0;
 }
 
+std::string FileInput::beginning() const {
+    if (!isRegular_)
+        return beginning_;
+    std::string bytes(bufferBytes, '\0');
+    const ssize_t got = pread(file_, bytes.data(), bytes.size(), 0);
+    bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+    return bytes;
+}
+
 int FileInput::read(void* self, uint8_t* into, int size) {
-    const auto& input = *static_cast<FileInput*>(self);
+    auto& input = *static_cast<FileInput*>(self);
     for (;;) {
         if (!input.waitForData())
             return AVERROR_EXIT;
         const ssize_t got = ::read(input.file_, into, static_cast<std::size_t>(size));
-        if (got > 0)
+        if (got > 0) {
+            if (!input.isRegular_ && input.beginning_.size() < bufferBytes)
+                input.beginning_.append(reinterpret_cast<const char*>(into),
+                                        static_cast<std::size_t>(got));
             return static_cast<int>(got);
+        }
         if (got == 0)
             return AVERROR_EOF;
         if (errno != EINTR && errno != EAGAIN)

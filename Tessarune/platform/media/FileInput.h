@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <stop_token>
+#include <string>
 
 namespace tessarune::ffmpeg {
 
@@ -26,6 +27,8 @@ class FileInput {
     AVFormatContext* get() const { return format_.get(); }
     /// False for a pipe.
     bool canSeek() const { return isRegular_; }
+    /// The first bytes, enough for a header.
+    std::string beginning() const;
 
   private:
     struct IODeleter {
@@ -47,6 +50,7 @@ class FileInput {
     int stopSignal_ = -1; ///< becomes readable on a stop request; only for pipes
     std::optional<std::stop_callback<std::function<void()>>> onStop_;
     std::unique_ptr<AVIOContext, IODeleter> io_;
+    std::string beginning_; ///< of a pipe, which can be read only once
     Input format_;
 };
 
