@@ -18,6 +18,14 @@ namespace tessarune {
 
 namespace {
 
+/// `text` with the user's file in place of its copy, of which the user knows nothing.
+std::string naming(const std::filesystem::path& file, const std::string& copy, std::string text) {
+    const std::size_t at = text.find(copy);
+    if (!copy.empty() && at != std::string::npos)
+        text.replace(at, copy.size(), file.string());
+    return text;
+}
+
 /// Imports the files of one command and reports each.
 class ImportRun {
   public:
@@ -51,7 +59,9 @@ class ImportRun {
             program_, options_,
             refinementRequest(program_, options_, recording->id, recording->filePath),
             HistoryRefinementService::bestModel, stop_.get_token());
-        const HistoryRefinementOutcome outcome = co_await transcribing;
+        HistoryRefinementOutcome outcome = co_await transcribing;
+        for (std::string* text : {&outcome.problem, &outcome.brokenOff})
+            *text = naming(file, recording->filePath, std::move(*text));
         if (statusOf(outcome) == ExitStatus::interrupted) {
             program_.catalog.deleteRecording(recording->id);
             Task<void> erasing = program_.search.eraseTraces();

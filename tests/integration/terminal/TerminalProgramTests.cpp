@@ -321,6 +321,8 @@ TEST_F(TerminalProgramTests, EachFailureHasItsStatusAndSaysWhatIsWrong) {
     std::ofstream(folder / "words.txt") << "no sound";
     const fs::path sound = folder / "a.wav";
     fs::copy_file(samples / "beckett.wav", sound);
+    fs::copy_file(sound, folder / "cut.wav");
+    fs::resize_file(folder / "cut.wav", 100000);
     const auto shell = [this](const char* redirection, const char* arguments) {
         const std::string program = (fs::path(TESSARUNE_BIN) / "tessarune-terminal").string();
         return run("/bin/sh", {"-c", program + " " + arguments + redirection}, folder.path(),
@@ -342,6 +344,7 @@ TEST_F(TerminalProgramTests, EachFailureHasItsStatusAndSaysWhatIsWrong) {
         {{"--source", "file:words.txt"}, 66, "words.txt"},
         {{"--source", "file:missing.wav"}, 66, "missing.wav"},
         {{"--import", "/dev/null"}, 66, "/dev/null"},
+        {{"--import", "cut.wav"}, 0, "cut.wav: its end is missing"},
         {{"--show", "FEED"}, 67, "FEED"},
         {{"--source", "mic"}, 69, "no sound server"},
         {{"--source", "system"}, 69, "no sound server"},
