@@ -7,6 +7,7 @@
 #include "Terminal/history/RefineCommand.h"
 #include "TessaruneCore/host/CancellationError.h"
 #include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/SystemErrors.h"
 #include "TessaruneCore/text/TextColumns.h"
 
 #include <nlohmann/json.hpp>
@@ -17,14 +18,6 @@
 namespace tessarune {
 
 namespace {
-
-/// `text` with the user's file in place of its copy, of which the user knows nothing.
-std::string naming(const std::filesystem::path& file, const std::string& copy, std::string text) {
-    const std::size_t at = text.find(copy);
-    if (!copy.empty() && at != std::string::npos)
-        text.replace(at, copy.size(), file.string());
-    return text;
-}
 
 /// Imports the files of one command and reports each.
 class ImportRun {
@@ -61,7 +54,7 @@ class ImportRun {
             HistoryRefinementService::bestModel, stop_.get_token());
         HistoryRefinementOutcome outcome = co_await transcribing;
         for (std::string* text : {&outcome.problem, &outcome.brokenOff})
-            *text = naming(file, recording->filePath, std::move(*text));
+            *text = naming(file, recording->filePath, *text); // not the copy in the data folder
         if (statusOf(outcome) == ExitStatus::interrupted) {
             program_.catalog.deleteRecording(recording->id);
             Task<void> erasing = program_.search.eraseTraces();

@@ -4,6 +4,7 @@
 #include "TessaruneCore/host/CancellationError.h"
 #include "TessaruneCore/host/RunOn.h"
 #include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/SystemErrors.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <array>
@@ -128,7 +129,7 @@ Task<void> HistoryExport::write(HistoryExportRequest request, std::filesystem::p
         if (recording)
             from = recording->filePath;
         if (recording && isOurM4A(*recording))
-            runAudioStep(unfinished, [&] {
+            runAudioStep(unfinished, to, [&] {
                 // If the file's size differs from that in its entry, the file is transcoded,
                 // because the decoder detects damage.
                 isCopied = files_.size(from) == static_cast<std::uint64_t>(recording->byteCount);
@@ -143,10 +144,10 @@ Task<void> HistoryExport::write(HistoryExportRequest request, std::filesystem::p
             co_await transcoding;
         }
     } catch (const AudioExporter::ExportError& error) {
-        throw HistoryExportError(ErrorKind::failed, error.what());
+        throw HistoryExportError(ErrorKind::failed, naming(to, unfinished, error.what()));
     }
     co_await runOn(worker,
-                   [&] { runAudioStep(unfinished, [&] { files_.rename(unfinished, to); }); });
+                   [&] { runAudioStep(unfinished, to, [&] { files_.rename(unfinished, to); }); });
 }
 
 Task<std::string> HistoryExport::document(HistoryExportRequest request) {
@@ -247,6 +248,7 @@ void HistoryExport::copyAudio(const std::filesystem::path& from, const std::file
 
 /// Runs one step of an audio export. If it fails, removes the output and throws HistoryExportError.
 void HistoryExport::runAudioStep(const std::filesystem::path& unfinished,
+                                 const std::filesystem::path& to,
                                  const std::function<void()>& step) {
     try {
         step();
@@ -255,7 +257,8 @@ void HistoryExport::runAudioStep(const std::filesystem::path& unfinished,
             files_.remove(unfinished);
         } catch (const std::exception&) { // the first error is the one to report
         }
-        throw HistoryExportError(ErrorKind::failed, failureText(Format::m4a, error.what()));
+        throw HistoryExportError(ErrorKind::failed,
+                                 failureText(Format::m4a, naming(to, unfinished, error.what())));
     }
 }
 

@@ -67,7 +67,8 @@ class HistoryExport {
     HistoryWordTimeline timeline(const HistoryItem& recording);
     static bool isOurM4A(const RecordingMetadata& recording);
     void copyAudio(const std::filesystem::path& from, const std::filesystem::path& to);
-    void runAudioStep(const std::filesystem::path& unfinished, const std::function<void()>& step);
+    void runAudioStep(const std::filesystem::path& unfinished, const std::filesystem::path& to,
+                      const std::function<void()>& step);
 
     Host& host_;
     RecordingCatalog& catalog_;

@@ -59,4 +59,12 @@ const std::error_category& systemErrors() {
     return instance;
 }
 
+std::string naming(const std::filesystem::path& known, const std::filesystem::path& named,
+                   std::string failure) {
+    const std::size_t at = failure.find(named.string());
+    if (!named.empty() && at != std::string::npos)
+        failure.replace(at, named.string().size(), known.string());
+    return failure;
+}
+
 } // namespace tessarune

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <system_error>
 
@@ -14,5 +15,9 @@ const std::error_category& systemErrors();
 inline std::string systemMessage(int error) {
     return systemErrors().message(error);
 }
+
+/// The text of a failure with the file that the user knows in place of the one that it names.
+std::string naming(const std::filesystem::path& known, const std::filesystem::path& named,
+                   std::string failure);
 
 } // namespace tessarune

@@ -40,9 +40,11 @@ constexpr mode_t privateFolder = 0700;
 /// An open descriptor that is closed when it goes out of scope.
 class Descriptor {
   public:
-    Descriptor(fs::path path, int flags) : path_(std::move(path)) {
+    Descriptor(const fs::path& path, int flags) : Descriptor(path, flags, path) {}
+    /// Failures name `named`, if `path` means nothing to the user.
+    Descriptor(const fs::path& path, int flags, fs::path named) : path_(std::move(named)) {
         number_ =
-            uninterrupted([&] { return ::open(path_.c_str(), flags | O_CLOEXEC, privateFile); });
+            uninterrupted([&] { return ::open(path.c_str(), flags | O_CLOEXEC, privateFile); });
         if (number_ >= 0)
             return;
         if ((flags & O_ACCMODE) == O_RDONLY)
@@ -213,7 +215,7 @@ std::string PosixFileSystem::read(const Path& path, std::uint64_t offset, std::s
 void PosixFileSystem::writeAtomically(const Path& path, std::string_view bytes) {
     const fs::path temporary = temporaryPath(path);
     try {
-        Descriptor file(temporary, O_WRONLY | O_CREAT | O_TRUNC);
+        Descriptor file(temporary, O_WRONLY | O_CREAT | O_TRUNC, path);
         file.writeAll(bytes);
         file.synchronize();
         file.close();

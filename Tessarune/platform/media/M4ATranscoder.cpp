@@ -38,11 +38,15 @@ void synchronize(const std::filesystem::path& path, int flags) {
         fail(Kind::writeFailed, path, systemMessage(error));
 }
 
-/// An MP4 container with one track. `finish` writes its index, without which it cannot be played.
+/// An MP4 container with one track. Failures name the file `named`, which it becomes. `finish`
+/// writes its index, without which it cannot be played.
 class M4AContainer {
   public:
-    explicit M4AContainer(std::filesystem::path path)
-        : path_(std::move(path)), packet_(av_packet_alloc()), frame_(av_frame_alloc()) {
+    M4AContainer(std::filesystem::path path, std::filesystem::path named)
+        : path_(std::move(path)),
+          named_(std::move(named)),
+          packet_(av_packet_alloc()),
+          frame_(av_frame_alloc()) {
         AVFormatContext* raw = nullptr;
         check(avformat_alloc_output_context2(&raw, nullptr, "ipod", nullptr), Kind::cannotCreate);
         output_.reset(raw);
@@ -52,7 +56,7 @@ class M4AContainer {
         openEncoder();
         AVStream* stream = avformat_new_stream(output_.get(), nullptr);
         if (!stream)
-            fail(Kind::cannotCreate, path_, errorText(AVERROR(ENOMEM)));
+            fail(Kind::cannotCreate, named_, errorText(AVERROR(ENOMEM)));
         check(avcodec_parameters_from_context(stream->codecpar, codec_.get()), Kind::cannotCreate);
         stream->time_base = codec_->time_base;
         check(avformat_write_header(output_.get(), nullptr), Kind::cannotCreate);
@@ -82,21 +86,21 @@ class M4AContainer {
   private:
     void check(int result, Kind kind) const {
         if (result < 0)
-            fail(kind, path_, errorText(result));
+            fail(kind, named_, errorText(result));
     }
 
     /// Creates the file for its owner only; the library would make it readable for everybody.
     void createPrivately() const {
         const int file = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
         if (file < 0)
-            fail(Kind::cannotCreate, path_, systemMessage(errno));
+            fail(Kind::cannotCreate, named_, systemMessage(errno));
         ::close(file);
     }
 
     void openEncoder() {
         const AVCodec* encoder = avcodec_find_encoder(AV_CODEC_ID_AAC);
         if (!encoder)
-            fail(Kind::cannotCreate, path_,
+            fail(Kind::cannotCreate, named_,
                  localized("cannot be made: there is no AAC encoder on this computer"));
         codec_.reset(avcodec_alloc_context3(encoder));
         codec_->sample_rate = M4A::sampleRate;
@@ -136,6 +140,7 @@ class M4AContainer {
     }
 
     std::filesystem::path path_;
+    std::filesystem::path named_; // in failures
     Output output_;
     Codec codec_;
     Packet packet_;
@@ -152,7 +157,7 @@ class FFmpegM4AFile final : public M4AFile {
             converter_ = makeSwresampleConverter(from, {M4A::sampleRate, M4A::channels});
         });
         try {
-            container_ = std::make_unique<M4AContainer>(partPath());
+            container_ = std::make_unique<M4AContainer>(partPath(), to_);
         } catch (...) {
             removeUnfinished();
             throw;

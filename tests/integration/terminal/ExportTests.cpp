@@ -138,6 +138,11 @@ TEST_F(ExportTests, NothingIsReplacedOrDeletedUnasked) {
     EXPECT_EQ(contentsOf(folder / "mine.txt"), "mine");
     EXPECT_EQ(terminal({"--export", "1", "-o", "mine.txt", "--yes"}).status, 0);
     EXPECT_NE(contentsOf(folder / "mine.txt"), "mine");
+    for (const std::string missing : {"missing/a.srt", "missing/a.m4a"}) {
+        const ProgramRun failed = terminal({"--export", "1", "-o", missing});
+        EXPECT_EQ(failed.status, 73);
+        EXPECT_NE(failed.error.find(missing + ": No such"), std::string::npos) << failed.error;
+    }
     const fs::path index = data / "recordings.json";
     EXPECT_EQ(terminal({"--export", "1", "-o", index, "--format", "txt", "--yes"}).status, 73);
     const fs::path transcript = data / "Transcripts" / (id + ".txt");
