@@ -64,6 +64,15 @@ Task<Answer> ask(Host& host, std::string question, Answer byDefault) {
     co_return answer;
 }
 
+std::filesystem::path followingLink(const std::filesystem::path& path) {
+    std::error_code error;
+    const bool isFollowed =
+        std::filesystem::is_symlink(path, error) && std::filesystem::is_regular_file(path, error);
+    const std::filesystem::path target =
+        isFollowed ? std::filesystem::canonical(path, error) : std::filesystem::path();
+    return target.empty() ? path : target;
+}
+
 Task<ExitStatus> permissionToWrite(Host& host, FileSystem& files, std::filesystem::path to,
                                    bool replaces) {
     if (files.isDirectory(to)) {

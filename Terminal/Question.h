@@ -20,6 +20,10 @@ bool userCanAnswer();
 /// Ctrl-C means `interrupted`. Main queue.
 Task<Answer> ask(Host& host, std::string question, Answer byDefault);
 
+/// The ordinary file that `path` links to, so that the link stays; `path` itself if it is no such
+/// link.
+std::filesystem::path followingLink(const std::filesystem::path& path);
+
 /// Whether `to` may be written: it is new, or it is an ordinary file and either `replaces` is set
 /// or the user agrees to replace it. Returns ExitStatus::ok if so. Otherwise returns the status to
 /// exit with, and prints why unless the user declines or presses Ctrl-C. Main queue.

@@ -207,7 +207,8 @@ void reportPacked(const TerminalOptions& options, const DiagnosticsRunContents& 
 
 Task<ExitStatus> pack(Program& program, const TerminalOptions& options, DiagnosticsCommand command,
                       DiagnosticsRunContents run) {
-    const std::filesystem::path to = command.to.empty() ? run.id + ".tar.gz" : command.to;
+    const std::filesystem::path to =
+        followingLink(command.to.empty() ? run.id + ".tar.gz" : command.to);
     Task<ExitStatus> permitting =
         permissionToWrite(program.host, program.files, to, command.isConfirmed);
     if (const ExitStatus found = co_await permitting; found != ExitStatus::ok)

@@ -112,7 +112,7 @@ Task<int> exportTo(Program& program, const TerminalOptions& options,
         co_return co_await printing;
     }
     const std::filesystem::path to =
-        command.to.empty() ? HistoryExport::suggestedFilename(request) : command.to;
+        followingLink(command.to.empty() ? HistoryExport::suggestedFilename(request) : command.to);
     // An export must not replace the program's own files.
     if (isBelow(program.paths.appSupportBase(), to)) {
         printProblem(localized("%@ is in the folder of the recordings.", {to.string()}));

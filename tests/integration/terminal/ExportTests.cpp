@@ -136,8 +136,15 @@ TEST_F(ExportTests, NothingIsReplacedOrDeletedUnasked) {
     write(folder / "mine.txt", "mine");
     EXPECT_EQ(terminal({"--export", "1", "-o", "mine.txt"}).status, 73);
     EXPECT_EQ(contentsOf(folder / "mine.txt"), "mine");
-    EXPECT_EQ(terminal({"--export", "1", "-o", "mine.txt", "--yes"}).status, 0);
+    fs::create_symlink("mine.txt", folder / "link.txt");
+    EXPECT_EQ(terminal({"--export", "1", "-o", "link.txt", "--yes"}).status, 0);
+    EXPECT_TRUE(fs::is_symlink(folder / "link.txt"));
     EXPECT_NE(contentsOf(folder / "mine.txt"), "mine");
+    for (const char* other : {"missing", "/dev/null"}) {
+        fs::remove(folder / "link.txt");
+        fs::create_symlink(other, folder / "link.txt");
+        EXPECT_EQ(terminal({"--export", "1", "-o", "link.txt", "--yes"}).status, 73) << other;
+    }
     for (const std::string missing : {"missing/a.srt", "missing/a.m4a"}) {
         const ProgramRun failed = terminal({"--export", "1", "-o", missing});
         EXPECT_EQ(failed.status, 73);
