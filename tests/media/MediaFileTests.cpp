@@ -347,30 +347,33 @@ TEST(AtempoConverterTests, ChangesTheLengthButNotThePitch) {
     EXPECT_THROW(makeAtempoConverter({0, 2}, 1.5), AudioConversionError);
 }
 
-TEST(SwresampleConverterTests, KeepsTheToneAndTheLengthOverManyBuffers) {
-    const auto converter = makeSwresampleConverter({48000, 2}, {16000, 1});
-    std::vector<float> converted;
-    const auto take = [&](const AudioBuffer& buffer) {
-        EXPECT_EQ(buffer.format, (AudioFormat{16000, 1}));
-        converted.insert(converted.end(), buffer.samples.begin(), buffer.samples.end());
-    };
-    const auto samples = tone(2, 48000, 500, 2);
-    for (std::size_t at = 0; at < samples.size(); at += 960) {
-        AudioBuffer buffer{{48000, 2}, {}};
-        for (std::size_t i = at; i < at + 960; ++i)
-            buffer.samples.push_back(static_cast<float>(samples[i]) / 32768.0f);
-        take(converter->convert(buffer));
+TEST(SwresampleConverterTests, KeepsTheToneAndTheLengthOfMixedChannelsOfAnyPhase) {
+    for (const float right : {1.0F, -1.0F}) {
+        const auto converter = makeSwresampleConverter({48000, 2}, {16000, 1});
+        std::vector<float> converted;
+        const auto take = [&](const AudioBuffer& buffer) {
+            EXPECT_EQ(buffer.format, (AudioFormat{16000, 1}));
+            converted.insert(converted.end(), buffer.samples.begin(), buffer.samples.end());
+        };
+        const auto samples = tone(2, 48000, 500, 2);
+        for (std::size_t at = 0; at < samples.size(); at += 960) {
+            AudioBuffer buffer{{48000, 2}, {}};
+            for (std::size_t i = at; i < at + 960; ++i)
+                buffer.samples.push_back((i % 2 == 0 ? 1 : right) * static_cast<float>(samples[i]) /
+                                         32768.0f);
+            take(converter->convert(buffer));
+        }
+        take(converter->flush());
+        EXPECT_NEAR(static_cast<double>(converted.size()), 32000, 40);
+        int crossings = 0;
+        double energy = 0;
+        for (std::size_t i = 4001; i < 28000; ++i) {
+            crossings += (converted[i - 1] < 0) != (converted[i] < 0);
+            energy += converted[i] * converted[i];
+        }
+        EXPECT_NEAR(crossings, 1500, 3) << "500 Hz over a second and a half";
+        EXPECT_NEAR(std::sqrt(energy / 23999), 0.354, 0.02);
     }
-    take(converter->flush());
-    EXPECT_NEAR(static_cast<double>(converted.size()), 32000, 40);
-    int crossings = 0;
-    double energy = 0;
-    for (std::size_t i = 4001; i < 28000; ++i) {
-        crossings += (converted[i - 1] < 0) != (converted[i] < 0);
-        energy += converted[i] * converted[i];
-    }
-    EXPECT_NEAR(crossings, 1500, 3) << "500 Hz over a second and a half";
-    EXPECT_NEAR(std::sqrt(energy / 23999), 0.354, 0.02);
     EXPECT_THROW(makeSwresampleConverter({0, 2}, {16000, 1}), std::runtime_error);
 }
 

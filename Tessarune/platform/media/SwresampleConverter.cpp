@@ -1,7 +1,11 @@
 #include "Tessarune/platform/media/SwresampleConverter.h"
 
+#include "Tessarune/audio/StereoMix.h"
 #include "Tessarune/platform/media/FFmpegSupport.h"
 #include "TessaruneCore/text/Localization.h"
+
+#include <optional>
+#include <vector>
 
 namespace tessarune {
 
@@ -14,9 +18,11 @@ class SwresampleConverter final : public AudioConverter {
     SwresampleConverter(AudioFormat from, AudioFormat to) : to_(to) {
         if (from.channels < 1 || to.channels < 1 || from.sampleRate < 1 || to.sampleRate < 1)
             throw AudioConversionError(localized("the sound has no channels or no sample rate"));
+        if (from.channels == 2 && to.channels == 1)
+            mix_.emplace();
         AVChannelLayout in{};
         AVChannelLayout out{};
-        av_channel_layout_default(&in, from.channels);
+        av_channel_layout_default(&in, mix_ ? 1 : from.channels);
         av_channel_layout_default(&out, to.channels);
         SwrContext* raw = nullptr;
         int result =
@@ -36,7 +42,11 @@ class SwresampleConverter final : public AudioConverter {
     AudioFormat outputFormat() const override { return to_; }
 
     AudioBuffer convert(const AudioBuffer& input) override {
-        const auto* in = reinterpret_cast<const uint8_t*>(input.samples.data());
+        std::vector<float> mono;
+        if (mix_)
+            mono = mix_->mixed(input);
+        const auto* in =
+            reinterpret_cast<const uint8_t*>(mix_ ? mono.data() : input.samples.data());
         return run(&in, static_cast<int>(input.frames()));
     }
 
@@ -61,6 +71,7 @@ class SwresampleConverter final : public AudioConverter {
     }
 
     AudioFormat to_;
+    std::optional<StereoMix> mix_;
     Resampler context_;
 };
 

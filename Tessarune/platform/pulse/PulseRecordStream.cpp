@@ -48,16 +48,21 @@ PulseOutcome PulseRecordStream::create(const RecordRequest& request) {
         return pulseOutcome(PA_ERR_NOENTITY);
 
     format_ = {native->sampleRate, request.channels > 0 ? request.channels : nativeMap->channels};
+    serverFormat_ = format_;
+    if (format_.channels == 1 && nativeMap->channels > 1) {
+        mix_.emplace();
+        serverFormat_.channels = 2;
+    }
     pa_channel_map map = *nativeMap;
-    if (map.channels != format_.channels) {
-        pa_channel_map_init_extend(&map, static_cast<unsigned>(format_.channels),
+    if (map.channels != serverFormat_.channels) {
+        pa_channel_map_init_extend(&map, static_cast<unsigned>(serverFormat_.channels),
                                    PA_CHANNEL_MAP_DEFAULT);
     }
     const pa_sample_spec spec{PA_SAMPLE_FLOAT32NE, static_cast<std::uint32_t>(format_.sampleRate),
-                              static_cast<std::uint8_t>(format_.channels)};
+                              static_cast<std::uint8_t>(serverFormat_.channels)};
     const double frames = std::max(1.0, std::round(format_.sampleRate * bufferSeconds));
     samplesPerBuffer_ =
-        static_cast<std::size_t>(frames) * static_cast<std::size_t>(format_.channels);
+        static_cast<std::size_t>(frames) * static_cast<std::size_t>(serverFormat_.channels);
     stream_.reset(pa_stream_new(context, request.name.c_str(), &spec, &map));
     if (!stream_)
         return pulseOutcome(pa_context_errno(context));
@@ -133,7 +138,9 @@ void PulseRecordStream::append(const float* samples, std::size_t count) {
 }
 
 void PulseRecordStream::deliver() {
-    AudioBuffer buffer{format_, std::move(filling_)};
+    AudioBuffer buffer{serverFormat_, std::move(filling_)};
+    if (mix_)
+        buffer = {format_, mix_->mixed(buffer)};
     filling_ = {};
     filling_.reserve(samplesPerBuffer_);
     listener_->executor.run(

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tessarune/audio/StereoMix.h"
 #include "Tessarune/platform/pulse/PulseConnection.h"
 
 #include <atomic>
@@ -48,12 +49,14 @@ class PulseRecordStream final : public RecordStream {
     std::shared_ptr<PulseConnection> connection_;
     std::shared_ptr<Listener> listener_;
     AudioFormat format_;
+    AudioFormat serverFormat_;
 
     // Under the loop's lock:
     PulseStreamPtr stream_;
     PulseTimer timer_;
     std::optional<OneShot<PulseOutcome>> opened_; // until the outcome is known
-    std::vector<float> filling_;
+    std::vector<float> filling_;                  ///< in `serverFormat_`
+    std::optional<StereoMix> mix_; ///< the server's own mix would cancel opposite phases
     std::size_t samplesPerBuffer_ = 0;
 };
 

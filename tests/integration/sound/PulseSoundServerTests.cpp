@@ -144,13 +144,16 @@ class PulseSoundServerTests : public PrivateServerTest {
         ASSERT_EQ(outcome.failure, "");
         ASSERT_TRUE(eventually([&] { return recording->seconds() > 0.05; }));
     }
-    /// Plays a tone, repeatedly if necessary, until the capture hears it.
+    /// Plays a tone, repeatedly if necessary, until the capture hears it. Its channels are in
+    /// opposite phase, which the server's own mix would cancel.
     bool isHeard(double frequency) {
+        auto sound = std::make_shared<AudioBuffer>(*tone(frequency, 0.8, {48000, 2}));
+        for (std::size_t i = 1; i < sound->samples.size(); i += 2)
+            sound->samples[i] *= -1;
         bool heard = false;
         const double deadline = host.now() + patience;
         while (!heard && host.now() < deadline) {
-            const auto playing =
-                begin(play(*server, Executor::main(host), {tone(frequency, 0.8, {48000, 2})}));
+            const auto playing = begin(play(*server, Executor::main(host), {sound}));
             eventually([&] {
                 heard = heard || recording->hears(frequency);
                 return playing->isDone;

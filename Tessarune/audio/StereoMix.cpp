@@ -1,0 +1,43 @@
+#include "Tessarune/audio/StereoMix.h"
+
+#include <cmath>
+#include <cstddef>
+
+namespace tessarune {
+
+namespace {
+
+/// The mix is given up if its share of the energy is lower than the first value, and taken again if
+/// it is higher than the second: speech in between does not change the choice.
+constexpr double lostShare = 0.02;
+constexpr double restoredShare = 0.1;
+constexpr double halfLifeSeconds = 0.1;
+/// Per frame; quieter sound (-60 dB) does not change the choice.
+constexpr double quietEnergy = 1e-6;
+
+} // namespace
+
+std::vector<float> StereoMix::mixed(const AudioBuffer& stereo) {
+    std::vector<float> mono(stereo.frames());
+    double mixEnergy = 0;
+    double channelEnergy = 0;
+    for (std::size_t frame = 0; frame < mono.size(); ++frame) {
+        const float left = stereo.samples[2 * frame];
+        const float right = stereo.samples[2 * frame + 1];
+        mono[frame] = (left + right) / 2;
+        mixEnergy += mono[frame] * mono[frame];
+        channelEnergy += (left * left + right * right) / 2;
+    }
+    // Not for NaN, which would never fade out.
+    if (channelEnergy > quietEnergy * static_cast<double>(mono.size())) {
+        const double remaining = std::exp2(-stereo.seconds() / halfLifeSeconds);
+        mixEnergy_ = mixEnergy_ * remaining + mixEnergy;
+        channelEnergy_ = channelEnergy_ * remaining + channelEnergy;
+        takesLeft_ = mixEnergy_ < (takesLeft_ ? restoredShare : lostShare) * channelEnergy_;
+    }
+    for (std::size_t frame = 0; takesLeft_ && frame < mono.size(); ++frame)
+        mono[frame] = stereo.samples[2 * frame];
+    return mono;
+}
+
+} // namespace tessarune
