@@ -193,6 +193,9 @@ Application::Preparation Application::prepareToRecord() {
 }
 
 RecordingRepair::Report Application::prepare() {
+    for (const auto& folder :
+         {paths.appSupportBase(), paths.logs(), TessarunePaths::settingsFile().parent_path()})
+        PosixFileSystem::removeUnfinished(folder);
     RecordingRepair repair(files, catalog, logger);
     // Nothing is pruned unless this program holds the data folder: a run that another program is
     // still writing may look like the oldest one.

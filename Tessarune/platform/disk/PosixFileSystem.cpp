@@ -12,6 +12,8 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <charconv>
+#include <csignal>
 #include <cstdio>
 #include <system_error>
 #include <utility>
@@ -188,16 +190,34 @@ void synchronizeFolderOf(const fs::path& path) {
     Descriptor(folder, O_RDONLY | O_DIRECTORY).synchronize();
 }
 
+constexpr char temporaryMark[] = ".new-";
+constexpr std::size_t temporaryMarkSize = sizeof temporaryMark - 1;
+
 /// A path with a name that only this write uses, in the same folder, so that the rename stays on
 /// one disk.
 fs::path temporaryPath(const fs::path& path) {
     static std::atomic<unsigned> writes = 0;
     std::array<char, 32> suffix{};
-    std::snprintf(suffix.data(), suffix.size(), ".new-%d%06u", static_cast<int>(::getpid()),
-                  ++writes % 1'000'000);
+    std::snprintf(suffix.data(), suffix.size(), "%s%d%06u", temporaryMark,
+                  static_cast<int>(::getpid()), ++writes % 1'000'000);
     fs::path temporary = path;
     temporary += suffix.data();
     return temporary;
+}
+
+/// Whether `temporaryPath` made the name in a process that has ended.
+bool isAbandoned(const std::string& name) {
+    constexpr std::size_t serialDigits = 6;
+    const std::size_t mark = name.rfind(temporaryMark);
+    if (mark == std::string::npos || name.size() < mark + temporaryMarkSize + serialDigits)
+        return false;
+    const char* const end = name.data() + name.size() - serialDigits;
+    pid_t process = 0;
+    const auto read = std::from_chars(name.data() + mark + temporaryMarkSize, end, process);
+    const bool isNumber = read.ptr == end && std::all_of(end, end + serialDigits, [](char digit) {
+                              return digit >= '0' && digit <= '9';
+                          });
+    return isNumber && process > 0 && ::kill(process, 0) != 0 && errno == ESRCH;
 }
 
 } // namespace
@@ -340,6 +360,14 @@ std::uint64_t PosixFileSystem::freeSpace(const Path& path) {
     const fs::space_info space = fs::space(path, error);
     check(error, localizationKey("cannot read %@"), path);
     return space.available;
+}
+
+void PosixFileSystem::removeUnfinished(const Path& folder) {
+    std::error_code error;
+    for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
+        if (isAbandoned(at->path().filename().string()))
+            ::unlink(at->path().c_str());
+    }
 }
 
 } // namespace tessarune

@@ -24,6 +24,10 @@ class PosixFileSystem : public FileSystem {
     double modifiedAt(const Path& path) override;
     std::vector<std::string> list(const Path& folder) override;
     std::uint64_t freeSpace(const Path& path) override;
+
+    /// Removes what `writeAtomically` left in the folder if its process was killed. Leaves what it
+    /// cannot read or remove, because such files only take room.
+    static void removeUnfinished(const Path& folder);
 };
 
 } // namespace tessarune

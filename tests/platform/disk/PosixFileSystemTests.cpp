@@ -11,6 +11,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <sstream>
 
@@ -153,6 +154,23 @@ TEST(PosixFileSystemTests, AReadOnlyFolderIsReportedAsReadOnly) {
     std::filesystem::permissions(locked, perms::owner_all);
     const std::string line = "the folder " + locked.string() + " is read-only: Permission denied\n";
     EXPECT_EQ(said, line + line + line + line + line + line);
+}
+
+TEST(PosixFileSystemTests, RemovesWhatAKilledProcessLeftUnfinished) {
+    const testing::TemporaryFolder folder;
+    const pid_t killed = ::fork();
+    if (killed == 0)
+        ::_exit(0);
+    ::waitpid(killed, nullptr, 0);
+    PosixFileSystem disk;
+    const std::string left = "a.json.new-" + std::to_string(killed) + "000001";
+    const std::string running = "a.json.new-" + std::to_string(::getpid()) + "000001";
+    for (const std::string& name : {left, running, std::string("a.new-1"), left + "x"})
+        disk.create(folder.path() / name);
+    PosixFileSystem::removeUnfinished(folder.path());
+    std::vector<std::string> expected{"a.new-1", running, left + "x"};
+    std::ranges::sort(expected);
+    EXPECT_EQ(disk.list(folder.path()), expected);
 }
 
 TEST(PosixFileSystemTests, EmptiesFilesAndFollowsNoLink) {
