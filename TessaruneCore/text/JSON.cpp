@@ -44,6 +44,25 @@ bool write(std::string& out, const Json& value, const std::string& lineStart) {
     return true;
 }
 
+/// Checked before parsing: with a callback that checks it, the library searches each array again
+/// after each of its objects.
+bool isTooDeep(std::string_view text) {
+    int depth = 0;
+    bool isQuoted = false;
+    for (std::size_t at = 0; at < text.size() && depth <= maximumDepth; ++at) {
+        const char sign = text[at];
+        if (sign == '"')
+            isQuoted = !isQuoted;
+        else if (isQuoted)
+            at += sign == '\\' ? 1 : 0;
+        else if (sign == '[' || sign == '{')
+            ++depth;
+        else if (sign == ']' || sign == '}')
+            --depth;
+    }
+    return depth > maximumDepth;
+}
+
 template <typename Json>
 std::optional<std::string> written(const Json& value, const std::string& lineStart) {
     std::string out;
@@ -53,15 +72,7 @@ std::optional<std::string> written(const Json& value, const std::string& lineSta
 } // namespace
 
 Value parse(std::string_view text) {
-    bool isTooDeep = false;
-    Value value = Value::parse(
-        text,
-        [&](int depth, Value::parse_event_t, Value&) {
-            isTooDeep = isTooDeep || depth > maximumDepth;
-            return !isTooDeep;
-        },
-        false);
-    return isTooDeep ? Value(Value::value_t::discarded) : value;
+    return isTooDeep(text) ? Value(Value::value_t::discarded) : Value::parse(text, nullptr, false);
 }
 
 std::optional<std::string> line(const Value& value) {

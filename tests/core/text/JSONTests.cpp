@@ -24,6 +24,8 @@ TEST(JSONTests, RefusesDeepNestingHugeNumbersAndInvalidUTF8) {
     EXPECT_TRUE(JSON::parse(nested(102)).is_discarded());
     EXPECT_TRUE(JSON::parse(nested(1'000'000)).is_discarded());
     EXPECT_TRUE(JSON::parse(std::string(1'000'000, '[')).is_discarded());
+    const std::string quoted = R"("\"\\)" + std::string(200, '[') + '"';
+    EXPECT_FALSE(JSON::parse(quoted).is_discarded());
     EXPECT_TRUE(JSON::parse("[1e999]").is_discarded());
     EXPECT_TRUE(JSON::parse("\"\xFF\"").is_discarded());
     EXPECT_EQ(JSON::parse(R"({"a":[1]})")["a"][0], 1);
