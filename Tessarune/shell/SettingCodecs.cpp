@@ -67,6 +67,11 @@ SettingCodec<std::string> mirrorCodec() {
 
 SettingCodec<std::string> backendCodec() {
     SettingCodec<std::string> codec = textCodec();
+    // Another name is kept and shown; a blank one would leave a message without a name.
+    codec.read = [read = codec.read](const SettingValue& stored) -> std::optional<std::string> {
+        auto name = read(stored);
+        return name && !Text::trimmed(*name).empty() ? std::move(name) : std::nullopt;
+    };
     codec.parse = [](std::string_view text) -> std::optional<std::string> {
         const std::string name = Text::lowercased(text);
         if (name == "offline" || name == "on" || TranslationSupport::isAppleBackend(text))

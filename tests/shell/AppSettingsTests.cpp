@@ -24,7 +24,8 @@ class AppSettingsTests : public ::testing::Test {
 TEST_F(AppSettingsTests, StoredValuesThatAreInvalidReadAsTheDefaultAndStayInTheFile) {
     const std::string text = R"({"diagnosticsLevel": "deafening", "freezeStableSeconds": "soon",
         "bgOpacity": 170, "sourceFontSize": 24.5, "subtitleLayoutMode": 3, "trueFreeze": "maybe",
-        "highlightColorHex": -1, "selectedRecognitionOptionID": "apple-analyzer-fr"})";
+        "highlightColorHex": -1, "selectedRecognitionOptionID": "apple-analyzer-fr",
+        "translationBackend": " "})";
     write(text);
     JSONUserDefaults defaults(files, file);
     AppSettings settings(defaults);
