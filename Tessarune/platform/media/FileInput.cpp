@@ -21,7 +21,7 @@ namespace {
 
 using Kind = MediaFileError::Kind;
 
-constexpr std::size_t bufferBytes = 64 * 1024;
+constexpr std::size_t bufferBytes = 65536;
 
 } // namespace
 
