@@ -258,38 +258,48 @@ LiveTranscriptTranslation::drainCommittedTranslationsBeforePersist(double timeou
     return drain(shared_from_this(), timeoutSeconds);
 }
 
-/// Sets `isMissing` if rows are pending but their model is not installed. A session downloads no
-/// models.
-Task<void> LiveTranscriptTranslation::checkForMissingModel(Self self,
-                                                           std::shared_ptr<bool> isMissing) {
-    const auto context =
-        TranslationRunContext::forTarget(self->runtime_->settings().translationTargetLanguage);
-    if (context.passThrough || !self->hasPendingTranslations())
-        co_return;
-    const auto translator = self->runtime_->translator();
-    if (!translator)
-        co_return;
+namespace {
+
+/// Sets `canStart` to whether the pending rows can be translated. They cannot while their model is
+/// missing, because a session downloads no models.
+Task<void> checkForModel(std::shared_ptr<Translator> translator, TranslationRunContext context,
+                         std::shared_ptr<std::optional<bool>> canStart) {
     Task<TranslationAvailabilityStatus> checking =
         translator->availabilityStatus(context.sourceLanguage, context.target);
     const TranslationAvailabilityStatus status = co_await checking;
-    *isMissing = status == TranslationAvailabilityStatus::supported;
+    *canStart = status != TranslationAvailabilityStatus::supported;
 }
 
+} // namespace
+
 Task<bool> LiveTranscriptTranslation::drain(Self self, double timeoutSeconds) {
+    constexpr double secondsUntilAnswer = 0.005;
     constexpr double secondsBetweenChecks = 0.05;
     auto& runtime = *self->runtime_;
     if (!TranslationSupport::isAppleBackend(runtime.settings().translationBackend))
         co_return true;
     const double deadline = runtime.now() + timeoutSeconds;
-    // A check that hangs must not delay the stop, so the loop does not wait for it.
-    const auto isModelMissing = std::make_shared<bool>(false);
-    spawn(runtime.executor(), checkForMissingModel(self, isModelMissing));
-    while (!*isModelMissing && runtime.now() < deadline) {
-        if (self->hasPendingTranslations())
-            self->startCommittedRun(true);
-        if (!runtime.hasCommittedTask())
-            co_return !self->hasPendingTranslations();
-        co_await sleep(runtime.executor(), secondsBetweenChecks);
+    const auto context =
+        TranslationRunContext::forTarget(runtime.settings().translationTargetLanguage);
+    std::shared_ptr<Translator> translator;
+    if (!context.passThrough && self->hasPendingTranslations())
+        translator = runtime.translator();
+    // Empty until the translator has answered. If it never answers, the deadline ends the loop.
+    const auto canStart = std::make_shared<std::optional<bool>>();
+    if (translator)
+        spawn(runtime.executor(), checkForModel(translator, context, canStart));
+    else
+        *canStart = true;
+    while (canStart->value_or(true) && runtime.now() < deadline) {
+        double pause = secondsUntilAnswer;
+        if (canStart->has_value()) {
+            if (self->hasPendingTranslations())
+                self->startCommittedRun(true);
+            if (!runtime.hasCommittedTask())
+                co_return !self->hasPendingTranslations();
+            pause = secondsBetweenChecks;
+        }
+        co_await sleep(runtime.executor(), pause);
     }
     if (!runtime.hasCommittedTask() && !self->hasPendingTranslations())
         co_return true;

@@ -93,7 +93,6 @@ class LiveTranscriptTranslation final
     void startCommittedTranslationTask(const TranslationRunContext& context, bool forceTail);
     static Task<void> runQueue(Self self, TranslationRunContext context, bool forceTail,
                                std::stop_token stop);
-    static Task<void> checkForMissingModel(Self self, std::shared_ptr<bool> isMissing);
     static Task<bool> drain(Self self, double timeoutSeconds);
     void applyOutcome(TranslationObservation outcome,
                       const std::function<void(std::span<CaptionSegment>)>& change);
