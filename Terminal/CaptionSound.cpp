@@ -68,9 +68,10 @@ Task<void> CaptionSound::connect(bool mayShowDemo) {
     std::stop_source opened;
     if (file_)
         spawn(Executor::main(host_),
-              reportWaiting(host_, handlers_.say,
-                            localized("Waiting for sound from %@. Ctrl-C ends.", {fileName()}),
-                            opened.get_token()));
+              reportWaiting(
+                  host_, handlers_.say,
+                  localized("Waiting for sound from %@. Press Ctrl-C to end.", {fileName()}),
+                  opened.get_token()));
     try {
         Task<void> connecting = server_->connect(Executor::main(host_));
         co_await connecting;
@@ -102,7 +103,8 @@ Task<void> CaptionSound::useDemo(std::string why) {
     } catch (const std::exception& error) {
         throw RunFailure(
             ExitStatus::noSoundServer,
-            localized("no sound server (%@), and no private one either: %@", {why, error.what()}));
+            localized("there is no sound server (%@), and a private one could not be started: %@",
+                      {why, error.what()}));
     }
 }
 
@@ -131,11 +133,11 @@ std::string CaptionSound::fileName() const {
 
 std::string CaptionSound::description() const {
     if (file_)
-        return localized("Captions of %@. Ctrl-C ends.", {fileName()});
+        return localized("Captions of %@. Press Ctrl-C to end.", {fileName()});
     if (source_.isSystemAudio())
-        return localized("Listening to what this computer plays. Ctrl-C ends.");
+        return localized("Listening to what this computer plays. Press Ctrl-C to end.");
     return localized(
-        "Listening to %@. Ctrl-C ends.",
+        "Listening to %@. Press Ctrl-C to end.",
         {AudioSourceDisplayName::name(source_, AudioInputDevices::inputDevices(server()))});
 }
 

@@ -34,8 +34,8 @@ void CommandOptions::refuseClashes(const std::vector<CLI::Option*>& captions) co
         names.reserve(owners.size());
         for (const CLI::Option* owner : owners)
             names.push_back(owner->get_name());
-        throw UsageProblem(
-            localized("%@ needs %@.", {option->get_name(), Text::joined(names, ", ")}));
+        throw UsageProblem(localized("%@ can only be used with %@.",
+                                     {option->get_name(), Text::joined(names, ", ")}));
     }
     const auto command = std::ranges::find_if(commands_, isGiven);
     if (command == commands_.end())

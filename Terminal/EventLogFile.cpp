@@ -56,7 +56,7 @@ void EventLogFile::open() {
                                         mayExist ? LineLogWriter::Existing::isAppendedTo
                                                  : LineLogWriter::Existing::isRefused);
     if (!writer_)
-        fail(errno == ENXIO ? localized("nobody reads this pipe") : systemMessage(errno));
+        fail(errno == ENXIO ? localized("no program reads this pipe") : systemMessage(errno));
     isUnusedNewFile_ = isNew;
 }
 

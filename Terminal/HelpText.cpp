@@ -42,9 +42,9 @@ std::string examples() {
         {" --source mic", localized("the default microphone")},
         {" --source file:talk.m4a --fast", localized("a file, as fast as possible")},
         {" --target pt-BR", localized("translated into Portuguese")},
-        {" --languages", localized("what can be translated into")},
+        {" --languages", localized("languages to translate into")},
         {" --list", localized("the recorded sessions")},
-        {" --show 6943925E", localized("the transcript of one")},
+        {" --show 6943925E", localized("the transcript of a session")},
         {" --json | jq .text", localized("captions for another program")},
     };
     std::string text = "\n" + localized("Examples") + ":\n";
@@ -57,10 +57,11 @@ std::string examples() {
 
 std::string helpText(const CLI::App& app) {
     std::string text;
-    for (const auto& line : Text::wrapped(
-             localized("Live captions of English speech in the terminal, made on this computer "
-                       "alone. Without a command it listens and records the session."),
-             screenColumns))
+    for (const auto& line :
+         Text::wrapped(localized("Shows live captions of English speech in the terminal, made "
+                                 "entirely on this computer. Without a command, it listens to what "
+                                 "the computer plays and records the session."),
+                       screenColumns))
         text += line + "\n";
     text += "\n" + localized("Usage") + ": tessarune-terminal [" + localized("options") + "]\n";
     for (const auto& group : app.get_groups()) {
@@ -73,10 +74,10 @@ std::string helpText(const CLI::App& app) {
             text += optionLines(*option);
     }
     text += examples() + "\n";
-    for (const auto& line : Text::wrapped(
-             localized("Ctrl-C ends the captions after the last words; a second Ctrl-C ends at "
-                       "once."),
-             screenColumns))
+    for (const auto& line :
+         Text::wrapped(localized("Ctrl-C ends the captions once the last words are shown; a second "
+                                 "Ctrl-C ends them at once."),
+                       screenColumns))
         text += line + "\n";
     return text;
 }

@@ -67,59 +67,66 @@ double checkedTime(const std::string& text) {
 
 void HistoryOptions::declare(CommandOptions& options) {
     options.beginGroup(localized("Recorded sessions"));
-    options.flag("--list", list_, localized("List them, the newest first"));
+    options.flag("--list", list_, localized("List the recorded sessions, the newest first"));
     options.words("--show", show_, "ID",
-                  localized("Print a transcript, by its ID or the beginning of it"));
+                  localized("Print a session's transcript; the beginning of the ID is enough"));
     options.words("--words", words_, "ID",
-                  localized("Count the words of a transcript, with their meanings"));
+                  localized("List the words of a transcript, with their counts and meanings"));
     CLI::Option* const plays = options.words(
         "--play", play_, "ID",
         localized(
             "Play a session with its text: Space pauses, arrows and J, L move, R repeats, + and "
             "- change the speed, Q ends"));
-    options.detailWord({plays}, "--from", from_, "TIME",
-                       localized("Where to begin: seconds, MM:SS or HH:MM:SS"));
+    options.detailWord(
+        {plays}, "--from", from_, "TIME",
+        localized("With --play: the start position in seconds, as MM:SS or as HH:MM:SS"));
     CLI::Option* const exports = options.words(
         "--export", export_, "ID", localized("Write a transcript or its sound to a file"));
     options.detailWord({exports}, "--format", format_, "FORMAT",
-                       localized("html, pdf, m4a, srt, vtt or txt; by default from the file's "
-                                 "extension, or pdf"));
+                       localized("With --export: html, pdf, m4a, srt, vtt or txt; default: by the "
+                                 "extension of the file name, or pdf"));
     options.detailWord({exports}, "--content", content_, "CONTENT",
-                       localized("source, bilingual or translation; by default bilingual where "
-                                 "there is a translation"));
-    options.words("--note", note_, "ID TEXT", localized("Set a session's note; - removes it"))
+                       localized("With --export: source (the original), bilingual or translation; "
+                                 "default: bilingual if there is a translation"));
+    options
+        .words("--note", note_, "ID TEXT",
+               localized("Set a session's note, or remove it with - as the text"))
         ->expected(2);
     CLI::Option* const deletes =
         options.words("--delete", delete_, "ID", localized("Delete sessions with all their files"))
             ->expected(1, CLI::detail::expected_max_vector_size);
-    options.words("--import", import_, "FILE", localized("Import files of sound or film"))
+    options.words("--import", import_, "FILE", localized("Import sound or video files"))
         ->expected(1, CLI::detail::expected_max_vector_size);
-    CLI::Option* const refine = options.words("--refine", refine_.id, "ID",
-                                              localized("Transcribe one again, more accurately"));
+    CLI::Option* const refine = options.words(
+        "--refine", refine_.id, "ID", localized("Transcribe a session again, more accurately"));
     options.detailWord({refine}, "--with-model", refine_.model, "NAME",
-                       localized("Do that with this speech model instead of the best one"));
+                       localized("With --refine: the speech model to use instead of the best one"));
     options.words("--search", search_, "TEXT",
                   localized("Find recordings by what was said, or by its translation"));
     CLI::Option* const usage =
-        options.flag("--usage", usage_, localized("Sum up listening time, sessions and words"));
+        options.flag("--usage", usage_,
+                     localized("Show listening time, sessions and words per day, week or month"));
     options.detailWord({usage}, "--by", usageBy_, "PERIOD",
-                       localized("By day (the default), week or month"));
+                       localized("With --usage: per day (the default), week or month"));
     CLI::Option* const diagnostics =
         options
-            .words("--diagnostics", diagnostics_, "COMMAND",
-                   localized("The diagnostics runs of sessions: list, or show, verify, pack, "
-                             "delete and the name of one"))
+            .words(
+                "--diagnostics", diagnostics_, "COMMAND",
+                localized(
+                    "Diagnostics of sessions: list, show RUN, verify RUN, pack RUN or delete RUN"))
             ->expected(1, 2);
     options.detailFlag({diagnostics}, "--with-text", withText_,
-                       localized("Pack what was said, too"));
-    options.words(
-        "--verify-run", verifyRun_, "DIR",
-        localized("Replay the events of a run and compare the captions with its timeline"));
-    options.detailWord({exports, diagnostics}, "-o,--output", to_, "PATH",
-                       localized("The file to write; by default named by the note, the date or the "
-                                 "run; for an export - is standard output"));
+                       localized("With --diagnostics pack: include what was said"));
+    options.words("--verify-run", verifyRun_, "DIR",
+                  localized("Replay the diagnostics run in this folder and compare the captions "
+                            "with those of the session"));
+    options.detailWord(
+        {exports, diagnostics}, "-o,--output", to_, "PATH",
+        localized(
+            "With --export or --diagnostics pack: the file to write; default: named after the "
+            "note, the date or the run. An export can also go to -, the standard output"));
     options.detailFlag({exports, deletes, diagnostics}, "--yes", yes_,
-                       localized("Delete, or replace a file, without asking"));
+                       localized("Delete sessions or replace files without asking"));
 }
 
 std::optional<HistoryCommand> HistoryOptions::command() const {
@@ -175,11 +182,14 @@ DiagnosticsCommand HistoryOptions::diagnosticsCommand() const {
                                      "delete RUN."));
     const Action action = found->second;
     if (withText_ && action != Action::pack)
-        throw UsageProblem(localized("%@ needs %@.", {"--with-text", "--diagnostics pack"}));
+        throw UsageProblem(
+            localized("%@ can only be used with %@.", {"--with-text", "--diagnostics pack"}));
     if (!to_.empty() && action != Action::pack)
-        throw UsageProblem(localized("%@ needs %@.", {"--output", "--diagnostics pack"}));
+        throw UsageProblem(
+            localized("%@ can only be used with %@.", {"--output", "--diagnostics pack"}));
     if (to_ == "-")
-        throw UsageProblem(localized("--diagnostics pack writes to a file."));
+        throw UsageProblem(
+            localized("--diagnostics pack can only write to a file, not to standard output."));
     return {action, namesARun ? diagnostics_[1] : "", yes_, withText_, to_};
 }
 
@@ -191,7 +201,7 @@ ExportRecordingCommand HistoryOptions::exportCommand() const {
     if (format.starts_with('.'))
         format.erase(0, 1);
     if (format.empty() && to_ == "-")
-        throw UsageProblem(localized("%@ needs %@.", {"--output -", "--format"}));
+        throw UsageProblem(localized("%@ can only be used with %@.", {"--output -", "--format"}));
     const auto known = HistoryExport::formatOf(format.empty() ? "pdf" : Text::lowercased(format));
     if (!known)
         throw UsageProblem(
@@ -199,7 +209,7 @@ ExportRecordingCommand HistoryOptions::exportCommand() const {
     command.format = *known;
     command.content = checkedContent(content_, *known);
     if (to_ == "-" && command.format == HistoryExportFormat::m4a)
-        throw UsageProblem(localized("An M4A needs a file; it cannot be written to a pipe."));
+        throw UsageProblem(localized("M4A can only be written to a file, not to a pipe."));
     return command;
 }
 

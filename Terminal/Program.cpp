@@ -25,7 +25,8 @@ Task<void> runThenQuit(Program& program, Task<int> task) {
 }
 
 Task<int> refuseTerminalInput() {
-    printProblem(localized("--source - reads sound from standard input, which is a terminal."));
+    printProblem(localized(
+        "--source - reads sound from standard input, but here standard input is a terminal."));
     co_return static_cast<int>(ExitStatus::usage);
 }
 

@@ -90,7 +90,7 @@ Task<ExitStatus> permissionToWrite(Host& host, FileSystem& files, std::filesyste
         co_return ExitStatus::ok;
     const std::string text = localized("%@ already exists.", {to.string()});
     if (!userCanAnswer()) {
-        printProblem(text + " " + localized("--yes replaces it."));
+        printProblem(text + " " + localized("Add --yes to replace it."));
         co_return ExitStatus::cannotWrite;
     }
     Task<Answer> asking = ask(host, text + " " + localized("Replace it?"), Answer::no);

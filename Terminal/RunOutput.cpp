@@ -66,7 +66,7 @@ void RunOutput::handleChange() {
     if (out_.failure() == EPIPE)
         handlers_.onReaderGone();
     else if (out_.failure() != 0)
-        warn(localized("The captions can no longer be written."));
+        warn(localized("The captions can no longer be written to the output."));
     else if (!isFinishing_)
         handlers_.onRoom();
 }
@@ -89,7 +89,8 @@ Task<ExitStatus> RunOutput::finish(std::optional<CaptionPicture> last, ExitStatu
     TerminalCursor::release();
     const int failure = out_.failure();
     if ((failure != 0 && failure != EPIPE) || !out_.isWritten()) {
-        const std::string why = failure != 0 ? systemMessage(failure) : localized("nobody read it");
+        const std::string why =
+            failure != 0 ? systemMessage(failure) : localized("it was not read to the end");
         problem +=
             (problem.empty() ? "" : "\n") + localized("the output could not be written: %@", {why});
         status = status == ExitStatus::ok ? ExitStatus::ioError : status;

@@ -23,8 +23,7 @@ std::vector<std::string> RunPreparation::repairTexts(const Application::Preparat
          {&found.repairs.untranscribedImports, &found.repairs.brokenOffImports}) {
         for (const RecordingMetadata& import : *imports)
             texts.push_back(localized(
-                "The import of '%@' was interrupted; this transcribes it: "
-                "--refine %@",
+                "The import of '%@' was interrupted. To transcribe it: --refine %@",
                 {Text::printableLine(import.note.value_or(import.filePath)), shortID(import.id)}));
     }
     return texts;
@@ -59,11 +58,11 @@ bool RunPreparation::prepareToRecord(Application& application, const CaptionsCom
     if (!doubt.empty() && command.records)
         output.warn(doubt);
     if (holder)
-        throw RunFailure(ExitStatus::dataInUse,
-                         localized("%@ (process %lld) is using the recordings. Try again in a few "
-                                   "seconds; if it is recording, add --no-record to caption "
-                                   "without recording",
-                                   {holder->program, std::to_string(holder->processID)}));
+        throw RunFailure(
+            ExitStatus::dataInUse,
+            localized("%@ (process %lld) is using the recordings. Try again in a few seconds; if "
+                      "it is recording, add --no-record to get captions without a recording.",
+                      {holder->program, std::to_string(holder->processID)}));
     if (!failure.empty()) {
         application.recording.recordNothing();
         output.say(localized("Nothing can be recorded: %@", {failure}));

@@ -82,7 +82,7 @@ bool SessionNews::reportSaved(RecordingCatalog& catalog, FileSystem& files) cons
     if (!outcome->transcriptPersisted)
         handlers_.say(unsavedText(*outcome, catalog));
     if (outcome->heardNothing)
-        handlers_.say(localized("There was no sound; nothing is kept of the session."));
+        handlers_.say(localized("There was no sound, so the session was not saved."));
     if (!outcome->recording)
         return !isRecorded_ || view_.captions.committedSegments->empty();
     reportRecording(*outcome, catalog, files);
@@ -110,18 +110,19 @@ void SessionNews::reportRecording(const SessionOutcome& outcome, RecordingCatalo
     if (item != listed.end()) {
         if (failedToCompress_)
             handlers_.say(SessionStatus{SessionStatus::Kind::compressionFailed}.text());
-        handlers_.say(localized(outcome.transcriptPersisted
-                                    ? "Saved: --show %@  (%@)"
-                                    : "Only the sound is kept: --show %@  (%@)",
-                                {id, item->filePath.value_or("")}));
+        handlers_.say(
+            localized(outcome.transcriptPersisted
+                          ? "Saved: --show %@  (%@)"
+                          : "Only the sound was saved, not the transcript: --show %@  (%@)",
+                      {id, item->filePath.value_or("")}));
         return;
     }
     const auto unlisted = catalog.recording(*outcome.recording);
     if (unlisted && files.exists(unlisted->filePath))
-        handlers_.say(localized("The session was too short to be kept."));
+        handlers_.say(localized("The session was too short to be saved."));
     else if (unlisted)
-        handlers_.say(localized("The sound of the session is gone. Until the next session begins, "
-                                "--show %@ prints its transcript.",
+        handlers_.say(localized("The sound of the session is lost. Its transcript can be printed "
+                                "with --show %@ until the next session begins.",
                                 {id}));
 }
 

@@ -34,9 +34,9 @@ void print(const AnySetting& setting) {
     const bool changed = setting.text() != setting.defaultText();
     const std::string row =
         std::string(changed ? "* " : "  ") + std::string(setting.key()) + " = " + setting.text();
-    printText(changed ? localized("%@  (by default %@)", {row, setting.defaultText()}) : row);
+    printText(changed ? localized("%@  (default: %@)", {row, setting.defaultText()}) : row);
     const std::string about =
-        localized("%@ Values: %@.", {localized(setting.info().about), setting.expected()});
+        localized("%@ Possible values: %@.", {localized(setting.info().about), setting.expected()});
     for (const auto& line : Text::wrapped(about, settingColumns - Text::columns(settingIndent)))
         printText(settingIndent + line);
 }
@@ -89,8 +89,8 @@ Task<int> changeSettings(Program& program, SetCommand command) {
         }
     }
     if (const auto aside = program.renewSettingsFile(); !aside.empty())
-        printNotice(localized("The settings file could not be read. It is kept as %@; a new one "
-                              "was begun, with recordWhileCaptioning=false.",
+        printNotice(localized("The settings file could not be read and was renamed to %@. In the "
+                              "new one, recording is switched off (recordWhileCaptioning=false).",
                               {aside.string()}));
     for (const auto& [key, text] : command.values)
         program.settings.find(key)->setText(text);

@@ -123,19 +123,20 @@ void declareCaptions(CLI::App& app, Words& words) {
     add(app.add_option(
             "--source", words.source,
             localized("What to listen to: system (what the computer plays; the default), mic, "
-                      "mic:NAME, file:PATH (any sound or film), or - (standard input)")))
+                      "mic:NAME, file:PATH (any sound or video file), or - (standard input)")))
         ->type_name("SOURCE");
     add(app.add_flag("--fast", words.fast,
-                     localized("Play a file as fast as the recogniser can follow")));
-    add(app.add_option("--locale", words.locale,
-                       localized("The English to recognise: en-US, en-GB, en-AU and others")))
+                     localized("Caption a file as fast as possible instead of in real time")));
+    add(app.add_option(
+            "--locale", words.locale,
+            localized("The variety of English that is spoken: en-US, en-GB, en-AU or another")))
         ->type_name("LOCALE");
     add(app.add_option(
             "--target", words.target,
-            localized("The language to translate into, or off; by default as in the settings")))
+            localized("The language to translate into, or off; default: from the settings")))
         ->type_name("LANG");
     add(app.add_flag("--no-record", words.noRecord,
-                     localized("Keep neither sound nor transcript of this session")));
+                     localized("Save neither sound nor transcript of this session")));
     add(app.add_option(
             "--event-log", words.eventLog,
             localized("Write the recogniser's results to a file, for tessarune --replay")))
@@ -146,9 +147,10 @@ void declareCaptions(CLI::App& app, Words& words) {
 
 void declareOutput(CLI::App& app, TerminalOptions& options) {
     const std::string group = localized("Output");
-    app.add_flag("--json", options.json, localized("One JSON object a line instead of text"))
+    app.add_flag("--json", options.json,
+                 localized("Print JSON, one object per line, instead of text"))
         ->group(group);
-    app.add_flag("--quiet", options.quiet, localized("No status lines"))->group(group);
+    app.add_flag("--quiet", options.quiet, localized("Print no status lines"))->group(group);
     app.set_help_flag("-h,--help", localized("Print this help and exit"))->group(group);
     app.set_version_flag("--version", "tessarune-terminal " TESSARUNE_VERSION,
                          localized("Print the version and exit"))
@@ -167,8 +169,9 @@ void declareCommands(CommandOptions& options, Words& words) {
                localized("The languages to translate into: list (the default), download "
                          "LANG or remove LANG"))
         ->expected(0, 2);
-    options.words("--test-translation", words.testTranslation, "LANG",
-                  localized("Translate a sample; downloads the language if it is missing"));
+    options.words(
+        "--test-translation", words.testTranslation, "LANG",
+        localized("Translate a sample; downloads the translation model if it is missing"));
     options.beginGroup(localized("Settings"));
     options.flag("--settings", words.showSettings,
                  localized("Show all settings, what they do and their possible values"));

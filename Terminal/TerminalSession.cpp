@@ -149,9 +149,9 @@ void TerminalSession::endWith(std::exception_ptr failure) {
 
 std::string TerminalSession::silenceHint() const {
     const std::int64_t minutes = *program_.settings.audioInactivityAutoStopMinutes;
-    return minutes > 0
-               ? " " + localized("%lld minutes of silence also end it.", {std::to_string(minutes)})
-               : "";
+    return minutes > 0 ? " " + localized("It also ends after %lld min of silence.",
+                                         {std::to_string(minutes)})
+                       : "";
 }
 
 void TerminalSession::interrupt() {

@@ -147,7 +147,7 @@ ExitStatus verify(Program& program, const TerminalOptions& options, const Diagno
                    {"segments", result.rows},
                    {"problem", result.problem}});
     else if (result.matches())
-        printText(localized("%@: the replay produces all %lld rows of the timeline, byte for byte.",
+        printText(localized("%@: the replay produces exactly the captions of the session (%lld).",
                             {run.id(), std::to_string(result.rows)}));
     else
         printProblem(run.id() + ": " + result.problem);
@@ -160,7 +160,7 @@ Task<ExitStatus> remove(Program& program, const TerminalOptions& options,
         co_return *problem;
     if (!command.isConfirmed) {
         if (options.json || !userCanAnswer()) {
-            printProblem(localized("Nothing was deleted; --yes deletes without asking."));
+            printProblem(localized("Nothing was deleted. Add --yes to delete without asking."));
             co_return ExitStatus::usage;
         }
         Task<Answer> asking =
@@ -198,8 +198,8 @@ void reportPacked(const TerminalOptions& options, const DiagnosticsRunContents& 
         return file.holdsText();
     });
     if (leftOut > 0 && !options.quiet)
-        printNotice(localized("Left out, because they may hold what was said: %lld files. "
-                              "--with-text packs them, too.",
+        printNotice(localized("Files left out because they may contain what was said: %lld. Add "
+                              "--with-text to include them.",
                               {std::to_string(leftOut)}));
     if (!options.quiet)
         printText(localized("Saved to %@", {to.string()}));

@@ -89,7 +89,8 @@ Task<int> write(Program& program, const TerminalOptions& options, HistoryExportR
 
 Task<int> print(Program& program, HistoryExportRequest request) {
     if (request.format == Format::pdf && isatty(STDOUT_FILENO)) {
-        printProblem(localized("A PDF is not for a terminal; write it to a file or a pipe."));
+        printProblem(
+            localized("A PDF cannot be shown in a terminal; write it to a file or a pipe."));
         co_return status(ExitStatus::usage);
     }
     Task<std::string> making = program.historyExport.document(std::move(request));
@@ -115,7 +116,8 @@ Task<int> exportTo(Program& program, const TerminalOptions& options,
         followingLink(command.to.empty() ? HistoryExport::suggestedFilename(request) : command.to);
     // An export must not replace the program's own files.
     if (isBelow(program.paths.appSupportBase(), to)) {
-        printProblem(localized("%@ is in the folder of the recordings.", {to.string()}));
+        printProblem(localized("%@ is in the folder of the recordings; choose another folder.",
+                               {to.string()}));
         co_return status(ExitStatus::cannotWrite);
     }
     Task<ExitStatus> permitting =

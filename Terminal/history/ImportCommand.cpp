@@ -102,7 +102,7 @@ class ImportRun {
         if (options_.json)
             printJSON({{"type", "imported"}, {"file", file.string()}, {"id", id.text()}});
         reportOutcome(options_, id, outcome, localized("Imported: --show %@", {shortID(id)}),
-                      localized("%@ is imported without a transcript: %@",
+                      localized("%@ was imported without a transcript: %@",
                                 {Text::printableLine(file.string()), outcome.problem}));
     }
 

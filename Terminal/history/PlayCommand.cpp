@@ -207,7 +207,7 @@ Task<int> playRecording(Program& program, const TerminalOptions& options, PlayCo
         co_return *status;
     const auto& item = std::get<HistoryItem>(chosen);
     if (command.from > 0 && command.from >= item.durationSeconds) {
-        printProblem(localized("The recording is over after %@.",
+        printProblem(localized("The recording is only %@ long.",
                                {DurationTextFormatter::compact(item.durationSeconds)}));
         co_return static_cast<int>(ExitStatus::usage);
     }

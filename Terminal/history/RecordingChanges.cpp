@@ -42,7 +42,7 @@ std::variant<std::vector<HistoryItem>, int> chosenRecordings(Program& program,
 Task<std::optional<int>> confirmDeletion(Program& program, const TerminalOptions& options,
                                          const std::vector<HistoryItem>& items) {
     if (options.json || !userCanAnswer()) {
-        printProblem(localized("Nothing was deleted; --yes deletes without asking."));
+        printProblem(localized("Nothing was deleted. Add --yes to delete without asking."));
         co_return static_cast<int>(ExitStatus::usage);
     }
     for (const auto& item : items)

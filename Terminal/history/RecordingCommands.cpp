@@ -52,7 +52,7 @@ class Transcripts {
             return runningText(*recorder);
         return program_.files.exists(program_.catalog.transcriptURL(item.id))
                    ? localized("(no transcript)")
-                   : localized("(no transcript; this makes one: --refine %@)", {shortID(item.id)});
+                   : localized("(no transcript; to make one: --refine %@)", {shortID(item.id)});
     }
     ExitStatus status() const { return failed_ ? ExitStatus::ioError : ExitStatus::ok; }
 
@@ -103,8 +103,9 @@ Task<int> listRecordings(Program& program, const TerminalOptions& options) {
     }
     const std::size_t unlisted = program.catalog.recordings().size() - items.size();
     if (!options.json && !options.quiet && unlisted > 0)
-        printNotice(localized("Not listed, because they are too short or have no sound: %lld",
-                              {std::to_string(unlisted)}));
+        printNotice(
+            localized("Sessions not listed because they are too short or have no sound: %lld",
+                      {std::to_string(unlisted)}));
     else if (items.empty() && !options.json && !options.quiet)
         printNotice(localized("No sessions have been recorded yet."));
     co_return static_cast<int>(transcripts.status());

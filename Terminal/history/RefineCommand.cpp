@@ -163,7 +163,8 @@ HistoryRefinementRequest refinementRequest(const Program& program, const Termina
 
 Task<void> refineAfterSession(Program& program, const TerminalOptions& options,
                               HistoryRefinementRequest request) {
-    printNotice(localized("The transcript is being improved; Ctrl-C leaves it as it is."));
+    printNotice(localized(
+        "The recording is being transcribed again. Ctrl-C keeps the current transcript."));
     const UUID id = request.recordingID;
     std::stop_source stop;
     SignalWatch signals(program.host, [&stop] { stop.request_stop(); });

@@ -68,7 +68,7 @@ Task<int> searchRecordings(Program& program, const TerminalOptions& options, std
 
     std::string problem = program.catalog.readingProblem();
     if (problem.empty() && found.unreadable > 0)
-        problem = localized("The texts of %lld recordings cannot be read.",
+        problem = localized("Recordings whose texts cannot be read: %lld.",
                             {std::to_string(found.unreadable)});
     const std::unordered_set<UUID> matching(found.recordings.begin(), found.recordings.end());
     std::vector<RecordingMetadata> chosen;

@@ -140,7 +140,7 @@ Task<int> countWords(Program& program, const TerminalOptions& options, std::stri
     printWords(*stats, glosses, marks);
     if (!options.quiet)
         printNotice(localized(
-            "%lld words, %lld different ones of %lld lemmas, in %lld sentences",
+            "Words: %lld, different words: %lld, dictionary forms: %lld, sentences: %lld",
             {std::to_string(stats->tokenCount), std::to_string(stats->uniqueTokenCount),
              std::to_string(stats->vocabularyCount), std::to_string(stats->sentenceCount)}));
     co_return static_cast<int>(ExitStatus::ok);

@@ -159,8 +159,8 @@ std::filesystem::path Application::renewSettingsFile() {
 std::string Application::Preparation::rebuiltIndexText() const {
     if (!repairs.rebuiltIndex || repairs.rebuiltIndex->keptAside.empty())
         return {};
-    return localized("The list of recordings could not be read. It was rebuilt, with %lld "
-                     "recordings found; the old list is kept as %@.",
+    return localized("The list of recordings could not be read. It was rebuilt (recordings found: "
+                     "%lld); the old list was kept as %@.",
                      {std::to_string(repairs.rebuiltIndex->recordings),
                       repairs.rebuiltIndex->keptAside.filename().string()});
 }
@@ -168,7 +168,7 @@ std::string Application::Preparation::rebuiltIndexText() const {
 std::string Application::Preparation::removedText() const {
     return repairs.removedWithoutSound == 0
                ? std::string()
-               : localized("Recordings that were removed because their sound is missing: %lld.",
+               : localized("Recordings removed because their sound files are missing: %lld.",
                            {std::to_string(repairs.removedWithoutSound)});
 }
 

@@ -36,7 +36,8 @@ Manifest manifestOf(FileSystem& files, const std::filesystem::path& directory) {
     Manifest manifest = JSON::parse(contentOf(files, directory, path));
     const auto kind = JSON::member<std::string>(manifest, "kind");
     if (kind == Layout::coreKind)
-        throw std::runtime_error(localized("This run holds no events: its level was \"core\"."));
+        throw std::runtime_error(
+            localized("This run contains no events, because its level was \"core\"."));
     if (kind != Layout::fullKind ||
         !manifest.contains(Manifest::json_pointer("/recognition/optionID")))
         failAsDamaged(path);
@@ -102,7 +103,7 @@ Result compare(const CaptionCore::Rows& replayed, const Manifest& segments) {
                             JSON::member<std::string>(segments[i], "freezeKind").value_or(""))
                 : nothing;
         if (replayedRow != timelineRow) {
-            result.problem = localized("Row %lld: the timeline has %@, the replay %@.",
+            result.problem = localized("Caption %lld: the session has %@, the replay has %@.",
                                        {std::to_string(i + 1), timelineRow, replayedRow});
             return result;
         }

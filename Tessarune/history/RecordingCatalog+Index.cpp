@@ -71,12 +71,12 @@ std::string RecordingCatalog::readingProblem() {
         if (loaded.failure)
             std::rethrow_exception(loaded.failure);
         if (loaded.state == IndexState::unreadable)
-            return localized("The list of recordings, %@, is damaged. The next recorded session "
-                             "rebuilds it from the recordings.",
+            return localized("The list of recordings (%@) is damaged. It will be rebuilt from the "
+                             "recordings when the next session is recorded.",
                              {paths_.recordingIndex().string()});
         if (loaded.state == IndexState::missing && !entriesBesideTranscripts().empty())
-            return localized("The list of recordings, %@, is missing. The next recorded session "
-                             "rebuilds it from the recordings.",
+            return localized("The list of recordings (%@) is missing. It will be rebuilt from the "
+                             "recordings when the next session is recorded.",
                              {paths_.recordingIndex().string()});
         if (const auto damaged = loaded.index.damagedEntries(); !damaged.empty()) {
             const auto found = forgotten(loaded.index).recordings();
@@ -85,9 +85,10 @@ std::string RecordingCatalog::readingProblem() {
                     return damaged.contains(recording.id);
                 });
             if (restorable > 0)
-                return localized("%lld entries of the list of recordings, %@, are damaged. The "
-                                 "next recorded session restores them from their copies.",
-                                 {std::to_string(restorable), paths_.recordingIndex().string()});
+                return localized(
+                    "Damaged entries (%lld) were found in the list of recordings (%@). They will "
+                    "be restored from copies when the next session is recorded.",
+                    {std::to_string(restorable), paths_.recordingIndex().string()});
         }
         // Throws if the folder cannot be read; its recordings would look as if they were missing.
         files_.list(paths_.recordings());

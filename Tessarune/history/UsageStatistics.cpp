@@ -77,7 +77,7 @@ std::vector<UsageStatistics::Session> UsageStatistics::sessions(RecordingCatalog
 std::string UsageStatistics::problemOf(const std::vector<Session>& sessions) {
     const auto unreadable = std::ranges::count(sessions, false, &Session::isReadable);
     return unreadable == 0 ? std::string()
-                           : localized("The texts of %lld recordings cannot be read.",
+                           : localized("Recordings whose texts cannot be read: %lld.",
                                        {std::to_string(unreadable)});
 }
 

@@ -402,7 +402,7 @@ Task<void> HistoryRefinementService::refineSource(JobPtr job) {
     if (!missingSound.empty())
         throw MediaFileError(
             MediaFileError::Kind::damaged,
-            localized("Part of the transcript's sound is missing: %@", {missingSound}));
+            localized("Part of the recording is missing: %@", {missingSound}));
     // Before the transcript is saved, so that a run has its sentences even if that fails.
     for (std::size_t i = 0; job->observer && i < job->result.segments.size(); ++i)
         job->observer->finalSegment(static_cast<std::int64_t>(i), job->result.segments[i]);

@@ -105,7 +105,7 @@ TEST(UsageStatisticsTests, SumsTheRecordingsOfTheCatalog) {
     computer.disk.refused = first.text() + ".txt";
     EXPECT_EQ(
         UsageStatistics::problemOf(UsageStatistics::sessions(computer.catalog, computer.disk)),
-        "The texts of 1 recordings cannot be read.");
+        "Recordings whose texts cannot be read: 1.");
 }
 
 } // namespace

@@ -77,7 +77,7 @@ TEST(TerminalOptionsTests, RefusesWhatMakesNoSenseAndSaysWhy) {
         {{"--languages", "remove", "xx"}, "pt-BR"},
         {{"--languages", "pt-BR"}, "download LANG"},
         {{"--languages", "--list"}, "--list"},
-        {{"--diagnostics", "pack", "Live-1", "-o", "-"}, "writes to a file"},
+        {{"--diagnostics", "pack", "Live-1", "-o", "-"}, "can only write to a file"},
         {{"--languages", "download", "ja", "fr"}, "--languages"},
         {{"--test-translation", "en"}, "zh-Hans"},
         {{"--colour"}, "--colour"},

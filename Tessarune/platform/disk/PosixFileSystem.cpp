@@ -119,7 +119,7 @@ class Descriptor {
     }
     void synchronize() const {
         if (uninterrupted([&] { return ::fsync(number_); }) != 0)
-            fail(localizationKey("cannot flush %@"), path_);
+            fail(localizationKey("cannot write %@ to the disk"), path_);
     }
     void close() {
         const int number = std::exchange(number_, -1);

@@ -98,7 +98,7 @@ class FFmpegMediaFile final : public MediaFile {
             }
         }
         if (ready_.empty() && std::exchange(isCutOff_, false))
-            fail(Kind::damaged, path_, localized("its end is missing"));
+            fail(Kind::damaged, path_, localized("the end of the file is missing"));
         if (ready_.empty())
             return nullptr;
         AudioBufferPtr next = std::move(ready_.front());
@@ -108,7 +108,7 @@ class FFmpegMediaFile final : public MediaFile {
 
     void seek(double seconds) override {
         if (!input_.canSeek())
-            fail(Kind::unsupported, path_, localized("cannot be played from another position"));
+            fail(Kind::unsupported, path_, localized("can only be played from the beginning"));
         ready_.clear();
         resampler_.reset();
         toDrop_ = 0;
@@ -147,7 +147,7 @@ class FFmpegMediaFile final : public MediaFile {
                                 format_.channels <= maximumChannels;
         if (!isPossible)
             fail(Kind::unsupported, path_,
-                 localized("has an impossible sample rate or number of channels"));
+                 localized("has an invalid sample rate or number of channels"));
     }
 
     /// Reads one more packet; at the end of the file, drains the decoder.

@@ -101,7 +101,7 @@ class M4AContainer {
         const AVCodec* encoder = avcodec_find_encoder(AV_CODEC_ID_AAC);
         if (!encoder)
             fail(Kind::cannotCreate, named_,
-                 localized("cannot be made: there is no AAC encoder on this computer"));
+                 localized("cannot be created: there is no AAC encoder on this computer"));
         codec_.reset(avcodec_alloc_context3(encoder));
         codec_->sample_rate = M4A::sampleRate;
         codec_->bit_rate = M4A::bitRate;

@@ -240,10 +240,12 @@ std::string mirrored(const std::string& url, const std::string& mirror) {
 Task<void> Downloader::fetch(Executor executor, FileToFetch file, std::filesystem::path folder,
                              Progress progress, std::stop_token stop) {
     if (!file.crc32c && file.sha256.empty())
-        throw DownloadFailed(localized("%@ has no checksum and is not downloaded.", {file.name}));
-    if (file.isZstd && file.sha256.empty())
         throw DownloadFailed(localized(
-            "%@ has no checksum of its unpacked form and is not downloaded.", {file.name}));
+            "%@ is not downloaded, because it has no checksum to verify it with.", {file.name}));
+    if (file.isZstd && file.sha256.empty())
+        throw DownloadFailed(localized("%@ is not downloaded, because it has no checksum to verify "
+                                       "its unpacked contents with.",
+                                       {file.name}));
     file.url = mirrored(file.url, policy_.currentMirror());
     Fetch fetching(files_, policy_, std::move(file), std::move(folder), std::move(progress));
     co_await switchTo(executor);

@@ -201,12 +201,12 @@ TransferOutcome outcomeOf(CURLcode code, const Exchange& exchange, const char* m
         outcome.kind = Kind::stopped;
         outcome.reason = localized("stopped");
     } else if (exchange.isTooLong) {
-        outcome.reason = localized("the server sends more than the file's size");
+        outcome.reason = localized("the server sent more data than the file has");
     } else if (exchange.rangeWasWrong ||
                (code == CURLE_HTTP_RETURNED_ERROR && status == rangeNotSatisfiable)) {
         outcome.kind = Kind::again;
         outcome.rangeWasWrong = true;
-        outcome.reason = localized("the server did not send the requested part");
+        outcome.reason = localized("the server did not send the requested part of the file");
     } else {
         outcome.kind = isWorthRetrying(code, status) ? Kind::again : Kind::refused;
         outcome.reason = reasonOf(code, status, message);

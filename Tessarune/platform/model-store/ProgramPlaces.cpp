@@ -49,10 +49,10 @@ Path sampleSpeech() {
         if (std::filesystem::exists(file))
             return file;
     }
-    throw std::runtime_error(localized(
-        "The sample speech that comes with Tessarune is missing: %@. Other sound is captioned "
-        "without it.",
-        {folders.empty() ? name : (folders.front() / name).string()}));
+    throw std::runtime_error(
+        localized("The sample speech that comes with Tessarune is missing: %@. Captions of other "
+                  "sound do not need it.",
+                  {folders.empty() ? name : (folders.front() / name).string()}));
 }
 
 } // namespace tessarune::ProgramPlaces

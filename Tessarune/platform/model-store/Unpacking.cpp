@@ -45,7 +45,7 @@ UnpackingOutcome unpackZstd(const std::filesystem::path& packed, AppendFile& out
                 return outcome;
             }
             if (output.pos > maximumBytes - written) {
-                outcome.failure = localized("it unpacks to more than the expected size");
+                outcome.failure = localized("its unpacked contents are larger than expected");
                 return outcome;
             }
             const std::string_view piece(outBuffer.data(), output.pos);

@@ -211,7 +211,7 @@ PrivateSoundServer::Kind firstInstalled() {
             return kind;
     }
     throw std::runtime_error(
-        localized("neither PulseAudio nor PipeWire with its Pulse server is installed"));
+        localized("neither PulseAudio nor PipeWire with pipewire-pulse is installed"));
 }
 
 } // namespace

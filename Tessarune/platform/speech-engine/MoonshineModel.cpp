@@ -30,7 +30,7 @@ std::uint32_t architectureOf(const StoredModel& model) {
         if (failed == std::errc() && rest == end)
             return number;
     }
-    throw ModelDamaged(localized("%@: the record does not name its architecture", {model.name}));
+    throw ModelDamaged(localized("%@: the type of the model was not recorded", {model.name}));
 }
 
 } // namespace
@@ -61,7 +61,7 @@ const moonshine::Transcript& MoonshineModel::transcribe(std::span<const float> s
     moonshine::Transcript* transcript = nullptr;
     library_->check(library_->calls().transcribeWithoutStreaming(
                         handle_, samples.data(), samples.size(), sampleRate, 0, &transcript),
-                    localizationKey("The speech engine failed on a recording"));
+                    localizationKey("The speech engine could not transcribe a recording"));
     return transcript != nullptr ? *transcript : nothing;
 }
 

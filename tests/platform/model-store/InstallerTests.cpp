@@ -238,7 +238,7 @@ TEST_F(InstallerTest, BadDownloadIsRefusedWithItsReasonAndNotInstalled) {
          "its checksum (CRC-32C) is wrong; it was removed", 1},
         {"wrong SHA-256", Reply::whole(wrong), bySHA256,
          "its checksum (SHA-256) is wrong; it was removed", 1},
-        {"too long", Reply::whole(b + "more"), plain, "sends more than the file's size", 1},
+        {"too long", Reply::whole(b + "more"), plain, "sent more data than the file has", 1},
         {"not found", Reply::failure(404), plain, "404", 1},
         {"always busy", Reply::failure(503), plain, "503", 3},
         {"always cut", Reply::cut(b, 10).withoutRanges(), plain, "was interrupted", 4},
@@ -253,7 +253,7 @@ TEST_F(InstallerTest, BadDownloadIsRefusedWithItsReasonAndNotInstalled) {
         {"packed, end cut", Reply::whole(packed(b).substr(0, 999)), zstd, "it is incomplete", 1},
         {"packed, wrong", Reply::whole(packed(wrong)), zstd, "its checksum (SHA-256) is wrong", 1},
         {"packed, too long", Reply::whole(packed(std::string(9'000'000, 'x'))), zstd,
-         "more than the expected size", 1},
+         "larger than expected", 1},
         {"no expected checksum", Reply::whole(b), unchecked, "no checksum", 0},
     };
     for (const Case& one : cases) {
