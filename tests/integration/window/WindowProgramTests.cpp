@@ -291,10 +291,10 @@ TEST_F(WindowProgram, AMissingFileAndAFailingRecordingAreShown) {
     fs::create_directories(data_);
     auto other = FileLock::tryToTake(data_ / "Tessarune.lock"); // as a program that records
     StartedProgram silent = start({"file:no/such.wav"});
-    EXPECT_TRUE(within(20, [&] { return shows("such.wav") && shows("recording already"); }))
+    EXPECT_TRUE(within(20, [&] { return shows("such.wav") && shows("already recording"); }))
         << shown(reader);
     other.reset();
-    EXPECT_TRUE(within(10, [&] { return shows("such.wav") && !shows("recording already"); }))
+    EXPECT_TRUE(within(10, [&] { return shows("such.wav") && !shows("already recording"); }))
         << shown(reader);
     silent.send(SIGTERM);
     EXPECT_EQ(silent.wait().status, 66);
@@ -303,7 +303,7 @@ TEST_F(WindowProgram, AMissingFileAndAFailingRecordingAreShown) {
                            environment_);
     ASSERT_TRUE(within(30, [&] { return count("audioRecorder.write.degraded") == 1; }));
     ASSERT_TRUE(within(30, [&] { return hasRow(); }));
-    EXPECT_TRUE(within(10, [&] { return shows("Writing the recording keeps failing"); }))
+    EXPECT_TRUE(within(10, [&] { return shows("The recording can no longer be written"); }))
         << shown(reader);
     program.send(SIGTERM);
     EXPECT_EQ(program.wait().status, 0);
