@@ -21,7 +21,7 @@ std::vector<WindowKeys> WindowKeys::all() {
         {"open", standard(QKeySequence::Open), localizationKey("导入声音或视频文件")},
         {"save", standard(QKeySequence::Save), localizationKey("导出")},
         {"undo", standard(QKeySequence::Undo), localizationKey("撤销")},
-        {"close", standard(QKeySequence::Close), localizationKey("关闭")},
+        {"close", standard(QKeySequence::Close), localizationKey("Close")},
     };
 }
 

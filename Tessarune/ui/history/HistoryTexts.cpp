@@ -68,7 +68,7 @@ QVariantMap historyTexts() {
             {"hear", historyText("听发音")},
             {"stopSound", historyText("停止")},
             {"network", historyText("查词典和听发音会把这个词发送到所选网站。")},
-            {"closeCard", historyText("关闭")},
+            {"closeCard", historyText(localizationKey("Close"))},
             {"remove", historyText("从列表移除")},
             {"vocabulary", historyText("生词本")},
             {"dictionary", historyText("词典")},
