@@ -57,7 +57,8 @@ bool isOwnStream(const std::filesystem::path& file) {
 /// program has just ended and this one takes its place, with what remains of the request.
 std::optional<int> passOn(SingleInstance& instance, DesktopRequest& request) {
     if (std::ranges::any_of(request.files, isOwnStream)) {
-        std::cerr << "tessarune: already running, and cannot read what is piped to this start.\n";
+        std::cerr << "tessarune: already running; it cannot read sound that is piped to a second "
+                     "start.\n";
         return noInput;
     }
     InstanceRequest rest = request.forOther();
