@@ -29,8 +29,8 @@ struct LiveCaptionDisplayUpdateResult {
 class LiveCaptionDisplayStore {
   public:
     /// Set to zero by `resetPerfCounters`. The caption window increments the `captionStage…`
-    /// counters when it updates its rows. The `history…` counters stay 0, because the history
-    /// window shows no live rows.
+    /// counters when it updates its rows. The `history…` counters stay 0: nothing reads them, so
+    /// the history window does not count the live rows that it shows.
     struct PerfCounters {
         double updateRequests = 0;
         double publishedFrames = 0;
