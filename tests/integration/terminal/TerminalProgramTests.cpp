@@ -344,7 +344,7 @@ TEST_F(TerminalProgramTests, EachFailureHasItsStatusAndSaysWhatIsWrong) {
         {{"--source", "file:words.txt"}, 66, "words.txt"},
         {{"--source", "file:missing.wav"}, 66, "missing.wav"},
         {{"--import", "/dev/null"}, 66, "/dev/null"},
-        {{"--import", "cut.wav"}, 0, "cut.wav: its end is missing"},
+        {{"--import", "cut.wav"}, 0, "cut.wav: the end of the file is missing"},
         {{"--show", "FEED"}, 67, "FEED"},
         {{"--source", "mic"}, 69, "no sound server"},
         {{"--source", "system"}, 69, "no sound server"},

@@ -235,7 +235,7 @@ TEST_F(WindowProgram, CaptionsAndTranslatesWhatTheComputerPlaysAlsoForAScreenRea
     EXPECT_TRUE(within(10,
                        [&] { // the menu opens late on a busy computer
                            pointer({"key", "Down"});
-                           return reader.output().find("focused\t'Stop'") != std::string::npos;
+                           return reader.output().find("focused\t'Stop captions'") != std::string::npos;
                        }))
         << "Down leads to the first entry of the menu: " << reader.output();
     pointer({"key", "Escape"});
@@ -254,7 +254,7 @@ TEST_F(WindowProgram, CaptionsAndTranslatesWhatTheComputerPlaysAlsoForAScreenRea
     expectEndedWell(start({speech_}).wait()); // replaces the computer's sound as the source
     ASSERT_TRUE(within(20, [&] { return count("listen.start.transcriber.ready") == 2; }));
     EXPECT_TRUE(within(10, [&] {
-        return shown(reader).find("Sound: two_cities.wav") != std::string::npos;
+        return shown(reader).find("Sound source: two_cities.wav") != std::string::npos;
     })) << shown(reader);
     ASSERT_TRUE(within(20, [&] { return hasRow(); })) << shown(reader);
     ASSERT_TRUE(within(5, [&] { return rowHas("best of times"); })) << shown(reader);
