@@ -24,8 +24,8 @@ class CaptionSound {
         std::function<void(const std::string&)> say;
         /// The file or the sample has ended; the argument is the failure, or null.
         std::function<void(std::exception_ptr)> onFinished;
-        /// Returns the seconds of sound that the recogniser has processed, which set the pace of a
-        /// fast file. Any thread.
+        /// Returns the seconds of sound that the recogniser has processed. A file that plays fast
+        /// stays at most some seconds ahead of the recogniser. Any thread.
         std::function<double()> processedSeconds;
     };
 

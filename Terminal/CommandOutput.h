@@ -25,9 +25,9 @@ void printNotice(std::string_view text);
 /// Prints a failure: a line on standard error that begins with the program's name.
 void printProblem(std::string_view text);
 
-/// The beginning of a recording's ID, by which commands identify it (`chosenRecording`).
+/// The beginning of a recording's ID. Commands accept it instead of the ID (`chosenRecording`).
 std::string shortID(const UUID& id);
-/// Describes the state of a model to the user. `damage` has the meaning of SpeechModelState.
+/// Describes the state of a model to the user. `damage` is the problem with its files, or empty.
 std::string modelStateText(bool isInstalled, bool isRemovable, const std::string& damage);
 /// "40 %".
 std::string percentText(int percent);

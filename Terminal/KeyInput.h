@@ -24,8 +24,8 @@ std::vector<KeyPress> keyPresses(std::string_view bytes);
 /// `onKey`. When the program ends, crashes or stops, TerminalCursor restores the terminal's
 /// settings, except after SIGKILL and SIGSTOP. Only one KeyInput may exist at a time.
 ///
-/// Main queue, which also calls `onKey`; the host must outlive it. A thread of its own reads,
-/// except while another program has the terminal.
+/// Main queue, which also calls `onKey`. The host must outlive the object. A thread of its own
+/// reads, except while another program has the terminal.
 class KeyInput {
   public:
     KeyInput(Host& host, std::function<void(KeyPress)> onKey);

@@ -26,8 +26,8 @@ constexpr std::size_t pieceBytes = 4096;
 /// The interval of checks whether drawing is still paused.
 constexpr std::chrono::milliseconds pauseStep{10};
 
-/// Waits for room and writes the first of the bytes. Returns how many it has written, or 0 with
-/// `errno` set if writing has failed.
+/// Waits for room and writes some bytes from the beginning of `bytes`. Returns how many it has
+/// written, or 0 with `errno` set if writing has failed.
 std::size_t writeSome(int descriptor, std::string_view bytes) {
     for (;;) {
         while (TerminalCursor::isPaused())

@@ -30,7 +30,7 @@ class OutputQueue {
 
     // Any thread:
 
-    /// Whether more is queued than a normal reader leaves unread.
+    /// Whether the reader is too slow, so that much output is queued.
     bool isBehind() const;
     bool isWritten() const;
     /// The error of a failed write, or 0. After a failure nothing more is written.

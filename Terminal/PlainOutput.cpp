@@ -16,8 +16,8 @@ namespace {
 constexpr double patienceSeconds = 1.0;
 
 /// Prints lines for a file or another program. Late translations must not delay caption after
-/// caption. So after a wait that was too short, rows are printed at once; they wait again as soon
-/// as no translation is missing.
+/// caption: if the translation of a row is still missing after a wait, the following rows are
+/// printed at once, until no translation is missing.
 class PlainPrinter : public std::enable_shared_from_this<PlainPrinter> {
   public:
     PlainPrinter(std::FILE* out, std::FILE* errors, Host& host, bool quiet)

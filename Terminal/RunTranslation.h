@@ -21,8 +21,8 @@ class RunTranslation {
     ~RunTranslation();
     RunTranslation(const RunTranslation&) = delete;
 
-    /// Chooses the target, applies it to this run, and returns it; empty for no translation, which
-    /// is then switched off for this run. If the target of the settings is unavailable, there is no
+    /// Chooses the target, applies it to this run, and returns it. If the result is empty, nothing
+    /// is translated in this run. If the target of the settings is unavailable, there is no
     /// translation, and this is reported once, not in every run. Throws RunFailure if the target of
     /// the command line is unavailable.
     std::string choose();

@@ -92,7 +92,7 @@ class Screen {
         rewrite(dimmed(wrapped("· " + std::string(text), width)), shown_, width);
     }
 
-    /// Shows the progress below the live text until the end.
+    /// Shows the progress below the live text until `finish`.
     void progress(std::string_view text) {
         if (quiet_)
             return;

@@ -12,7 +12,8 @@
 namespace tessarune {
 
 /// Reports the events of a session to a terminal's output: captions, translations, status texts and
-/// progress. Main queue; the references must outlive it, and the session must end before it.
+/// progress. Main queue. The references must outlive this object. The session must have ended when
+/// the object is destroyed.
 class SessionNews {
   public:
     struct Handlers {

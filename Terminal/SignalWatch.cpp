@@ -31,7 +31,7 @@ Handler makeHandler(std::function<void()> function) {
 
 void post(Host& host, const Handler& handler) {
     host.post([handler] {
-        if (const auto current = *handler) // a copy, because it may end the SignalWatch
+        if (const auto current = *handler) // a copy: the call may destroy the SignalWatch
             current();
     });
 }

@@ -40,7 +40,7 @@ Task<bool> TerminalSession::open() {
 }
 
 Task<void> TerminalSession::run() {
-    // The sample belongs to the program and not to the user's history.
+    // The sample speech is part of the program and does not belong in the user's history.
     if (sound_.isDemo())
         program_.recording.recordNothing();
     const bool mayRecord = RunPreparation::prepareToRecord(program_, command_, output_);
@@ -54,8 +54,8 @@ Task<void> TerminalSession::run() {
     }
     const std::exception_ptr failure = co_await ended_;
     delay_->endWatch();
-    // A file may end before a slow computer has processed it. After a stop by the user, only the
-    // drain in `stop` waits.
+    // A file may end before a slow computer has processed it, so the run waits. A stop by the user
+    // ends the wait; `stop` then waits only a limited time.
     Task<void> catchingUp = delay_->caughtUp([this] { return interrupted_; });
     co_await catchingUp;
     delay_->endProgress();

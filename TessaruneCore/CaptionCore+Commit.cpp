@@ -96,8 +96,8 @@ CaptionCore::Rows CaptionCore::commitSentences(const Sentences& sentences, Freez
     return added;
 }
 
-/// The length of the longest prefix of `keys` that equals the keys of as many rows at the end of
-/// the committed ones. `mayMatch` must accept these rows.
+/// Returns the largest n for which the first n `keys` equal the keys of the last n committed rows,
+/// and `mayMatch` accepts these rows. 0 if there is none.
 template <typename MayMatch>
 std::size_t CaptionCore::overlapPrefixCount(const Sentences& keys, MayMatch mayMatch) const {
     const Rows& rows = *committedSegments;

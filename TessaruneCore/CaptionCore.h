@@ -50,8 +50,8 @@ class CaptionCore {
         bool clauseLevel;                 ///< committed pieces may end at clause punctuation
         bool softClauseLevel = true;      ///< find the clauses of the open sentence
         double freezeStableSeconds = 0.6; ///< a sentence unchanged for this long is frozen
-        /// How long a committed row suppresses its repetition by a freeze or a seal. A frozen row
-        /// suppresses its repetition by a final however late the final comes.
+        /// How long a committed row suppresses its repetition by a freeze or a seal. There is no
+        /// such limit for a final that repeats a frozen row.
         double duplicateCommitWindowSeconds = 4.0;
         bool softCaptionEnabled = true;
         double softCaptionStableSeconds = 0.3; ///< a clause unchanged for this long is shown

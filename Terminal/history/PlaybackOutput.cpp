@@ -32,7 +32,8 @@ std::string timedText(const Sentence& sentence) {
            Text::printableLine(sentence.text);
 }
 
-/// Highlights `count` bytes from `first` on in the wrapped lines of a text. Blanks do not count.
+/// Highlights `count` bytes from `first` on in the wrapped lines of a text. Both numbers leave out
+/// blanks.
 void highlight(std::vector<std::string>& lines, std::size_t first, std::size_t count) {
     std::size_t seen = 0;
     for (std::string& line : lines) {

@@ -6,7 +6,7 @@
 namespace tessarune {
 
 // Commands that change recorded sessions. They are refused with ExitStatus::dataInUse while another
-// Tessarune has the data folder. Each returns the exit status. Main queue.
+// Tessarune uses the data folder. Each returns the exit status. Main queue.
 
 Task<int> setNote(Program& program, const TerminalOptions& options, SetNoteCommand command);
 /// Asks the user, unless the command already confirms the deletion. Deletes nothing if the user

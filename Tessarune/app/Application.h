@@ -83,7 +83,8 @@ struct Application {
     /// check this first.
     std::string speechModelProblem() const;
 
-    /// Asks for the permission to change recordings and diagnostics runs.
+    /// Calls `RecordingGate::holdDataFolder`. With a hold, the caller may change recordings and
+    /// diagnostics runs; without one, `problem` tells the user why.
     DataFolderLease leaseDataFolder();
 
     /// Sets a value for this run only.

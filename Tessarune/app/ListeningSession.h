@@ -35,8 +35,7 @@ class ListeningSession {
             scheduleHistoryRefinement = nullptr;
         /// Whether sessions may be recorded; the settings decide whether they are.
         bool isRecorded = true;
-        /// Lists the program's windows. An alarm of the memory watch between two sessions reports
-        /// them.
+        /// Lists the program's windows, for the alarms of the memory watch between two sessions.
         IdleMemorySentinel::Windows windows = nullptr;
         PermissionsManager::OpenSettings openSettings = nullptr;
     };

@@ -12,7 +12,7 @@ namespace tessarune::TessaruneStartupServices {
 struct Environment {
     TessaruneFileLogger& logger;
     LogFields bootstrapFields; ///< the program and the computer, for the log
-    /// Null unless this program has the data folder.
+    /// Null unless this program holds the data folder.
     RecordingRepair* repair;
     /// Keeps the diagnostics runs within their budget; returns at once. Empty if `repair` is null.
     std::function<void()> pruneDiagnostics = {};

@@ -52,8 +52,9 @@ class CaptureStream {
     /// An output that was suspended while idle delivers its first sound after up to two seconds,
     /// which must not count as a stall.
     static constexpr double stallSeconds = 2.5;
-    /// If a device replaces another that was still delivering, a smaller gap is ignored. Late sound
-    /// counts as on time again when its lateness falls below this.
+    /// If a device replaces another that was still delivering, a smaller gap is ignored. Sound that
+    /// is held back because it is late (see LateSound) is released when its lateness falls below
+    /// this.
     static constexpr double smallestGapSeconds = 0.25;
     /// The timeout for reopening starts short, because a server that is busy moving streams may
     /// never answer one request but answers the next at once. It grows with each failed attempt,

@@ -14,8 +14,8 @@ constexpr double maximumDrift = 0.001;
 constexpr double smallestGap = 0.25;
 /// The jitter of buffers that arrive at a steady pace.
 constexpr double sameLateness = 0.03;
-/// The pace of live sound, in seconds of sound per second. Queued sound arrives much faster; if the
-/// program is suspended again, much less arrives.
+/// The pace of live sound, in seconds of sound per second. Queued sound arrives much faster. If the
+/// program was suspended meanwhile, the pace is much lower.
 constexpr double slowestPace = 0.5;
 constexpr double fastestPace = 1.25;
 

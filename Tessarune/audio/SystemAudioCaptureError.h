@@ -7,7 +7,7 @@
 
 namespace tessarune {
 
-/// Thrown if system audio cannot be captured. The code is the sound server's error number.
+/// Thrown if system audio cannot be captured. `status` is the sound server's error number.
 class SystemAudioCaptureError : public LocalizedError {
   public:
     enum class Case {

@@ -20,10 +20,11 @@ struct SystemAuthorization {
     /// Asks for the permission to use this microphone.
     std::function<Task<bool>(AudioSource)> requestMicrophone;
 
-    /// For a desktop that has no permission for speech and whose sound server controls microphones.
-    /// A request for a microphone opens a record stream for a moment. The status becomes `denied`
-    /// if the server refuses the stream for lack of permission; a missing device or server is not a
-    /// refusal. The status stays until the next request.
+    /// For a desktop without a speech permission, where only the sound server can refuse a
+    /// microphone. Speech is always authorized. A request for a microphone opens a record stream
+    /// for a moment. The status becomes `denied` if the server refuses the stream for lack of
+    /// permission; a missing device or server is not a refusal. The status stays until the next
+    /// request.
     static SystemAuthorization ofServer(Host& host, SoundServer& server);
 };
 

@@ -38,7 +38,7 @@ class DiagnosticsCatalog {
         : files_(files), folder_(paths.diagnostics()) {}
 
     /// The run of this name or, if there is none, the runs whose names begin with `name`. "Live-"
-    /// may be left out. None for an empty name.
+    /// may be left out. An empty name matches no run.
     std::vector<DiagnosticsRun> named(std::string_view name);
     /// Returns whether the run was removed. Never removes a folder that is not a run of the data
     /// folder.

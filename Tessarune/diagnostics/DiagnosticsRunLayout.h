@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-/// The files of a diagnostics run: the table from which manifests take their descriptions and
-/// docs/diagnostics.md is generated. Pure functions.
+/// The table of the files of a diagnostics run. Manifests take their descriptions from it, and
+/// docs/diagnostics.md is generated from it. Pure functions.
 namespace tessarune::DiagnosticsRunLayout {
 
 inline constexpr std::int64_t schemaVersion = 3;
@@ -46,7 +46,8 @@ struct Artifact {
 struct Field {
     std::string_view names; ///< separated by commas
     std::string_view meaning;
-    /// The name of the group that lists its nested fields, or `anything`; empty: it has none.
+    /// The name of the group that lists the nested fields; `anything`: the nested fields are not
+    /// listed; empty: there are none.
     std::string_view members = {};
 };
 inline constexpr std::string_view anything = "*";

@@ -29,8 +29,8 @@ class HistoryRefinementDiagnosticsSession final : public HistoryRefinementObserv
         FileSystem& files;
         RecordingCatalog& catalog;
         TessaruneFileLogger& logger;
-        /// Writes the manifest and closes the logs. Another object must own it, too, because the
-        /// last owner of a queue waits for its blocks.
+        /// Writes the manifest and closes the logs. Another object must own the queue, too, so that
+        /// this object does not destroy it: the destructor of a queue waits for its blocks.
         std::shared_ptr<SerialQueue> queue;
     };
 

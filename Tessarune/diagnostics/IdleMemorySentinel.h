@@ -21,9 +21,9 @@
 namespace tessarune {
 
 /// Watches memory and processor after a session, when the program should be idle, and raises an
-/// alarm on a leak or on load. With the folder of a run, it writes samples and alarms there;
-/// without one, it is lightweight and writes samples to the runtime log. The runtime log gets all
-/// alarms.
+/// alarm on a leak or on load. With the folder of a run, it writes samples and alarms to that
+/// folder. Without a folder, it writes samples to the runtime log, where its records are marked as
+/// "lightweight". The runtime log gets all alarms.
 ///
 /// Main queue; reading the figures of the process takes less than a millisecond every 15 seconds.
 /// All references outlive it.

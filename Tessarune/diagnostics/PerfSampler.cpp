@@ -173,7 +173,7 @@ class PerfSampler::State : public std::enable_shared_from_this<State> {
                             {"systemSeconds", thread.systemSeconds},
                             {"runState", thread.runState},
                             {"flags", thread.flags},
-                            {"dispatchQAddr", "0x0"}}); // threads have no such queue here
+                            {"dispatchQAddr", "0x0"}}); // threads belong to no queue
         }
         return list;
     }

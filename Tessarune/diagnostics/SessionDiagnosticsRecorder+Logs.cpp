@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::size_t sampledUnitLimit = 8;
 
-/// Appends a record that encodes itself; the log's queue does the encoding.
+/// Appends a record. Its `line()` runs on the log's queue.
 template <typename Record>
 void appendRecord(DiagnosticsNDJSONWriter* log, Record record) {
     if (log)

@@ -36,7 +36,7 @@ bool SessionDiagnosticsRecorder::isFullDiagnosticsRunning() const {
     return run_ && run_->files.isFullRun();
 }
 
-/// Gives each run its own folder, even if several programs start one in the same second.
+/// Gives each run its own folder, even if several programs start a run in the same second.
 std::filesystem::path SessionDiagnosticsRecorder::makeRunDirectory(double wallClock) {
     constexpr int lastNumber = 99;
     constexpr std::size_t idCharacters = 8;

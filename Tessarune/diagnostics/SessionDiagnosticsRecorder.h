@@ -26,9 +26,9 @@ namespace tessarune {
 /// Posted with a run's folder when a run begins, ends or changes.
 inline constexpr std::string_view diagnosticsRunDidUpdate = "diagnosticsRunDidUpdate";
 
-/// Writes a diagnostics run for each session, and another after each change of the recogniser: a
-/// folder under "Diagnostics". The setting `diagnosticsLevel` at the start of the run decides what
-/// it contains, and whether there is a run at all.
+/// Writes a diagnostics run for each session, and another run after each change of the recogniser.
+/// A run is a folder under "Diagnostics". The setting `diagnosticsLevel` at the start of the run
+/// decides what it contains, and whether there is a run at all.
 ///
 /// Main queue, where the recorder never waits for the disk, except to make the folder of a run.
 /// Queues of low priority write everything else, and leave out what cannot be written. An
@@ -48,7 +48,8 @@ class SessionDiagnosticsRecorder final : public SessionDiagnostics {
         DiagnosticsRunContext::App app;
         /// Called with each recognition event, whatever the level is; may be empty.
         std::function<void(const ASREvent&, double t)> onASREvent;
-        /// Returns whether a run that starts may contain spoken text; if empty, it may.
+        /// Returns whether a run that starts now may contain spoken text. If the function is empty,
+        /// every run may.
         std::function<bool()> mayRecord = {};
         /// The windows of the program, for alarms of the sentinel; empty if it has none.
         IdleMemorySentinel::Windows windows;

@@ -83,8 +83,8 @@ struct SessionDiagnosticsRecorder::FinishedRun {
     const std::filesystem::path directory;
     const std::optional<RecordingMetadata> recording;
 
-    /// Replaces the texts that are still to be written and returns the former ones. If former ones
-    /// exist, a write is already queued, and it will write the new texts instead.
+    /// Sets the texts to write and returns the texts that were still waiting. If there were any, a
+    /// write is already queued, and it will write the new texts.
     std::optional<TranscriptSnapshot> exchange(std::optional<TranscriptSnapshot> texts) {
         const MutexLock guard(lock_);
         return std::exchange(unwritten_, std::move(texts));

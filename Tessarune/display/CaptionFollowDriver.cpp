@@ -151,7 +151,7 @@ void CaptionFollowDriver::userDidEndLiveScroll() {
     lastLiveScrollNotificationAt_ = now();
     if (const auto geometry = view_.geometry()) {
         noteUserScrollMotion(*geometry);
-        // While pinned, a touch that did not scroll returns to the newest line, even from far away.
+        // A pinned list stays pinned after a touch that did not scroll, even far from its end.
         const bool mayStay = geometry->overflowing() && (!isPinned_ || gestureHadMeaningfulScroll_);
         setPinned(!mayStay || shouldBePinned(*geometry, gestureHadMeaningfulScroll_),
                   "didEndLiveScroll");

@@ -23,8 +23,8 @@ struct CaptionFollowState {
 ///
 /// While pinned, the list follows the newest line. While the user reviews earlier captions, the
 /// list does not move, and a timer runs. Only scrolling by the user ends the pinned state; new rows
-/// never do. In addition, heal paths detect a list that stopped drawing although frames keep
-/// coming, and redraw it.
+/// never do. In addition, the driver detects a list that stopped drawing although frames keep
+/// coming, and redraws it.
 ///
 /// Main queue. The view calls the `user…` operations as the user scrolls, `update` when its content
 /// has changed, and `frameHeartbeat` for each published frame. Host, view and state must outlive

@@ -12,8 +12,8 @@ class CaptionListView {
         double clipY = 0;          ///< top of the visible part
         double clipHeight = 0;     ///< height of the visible part
         double documentHeight = 0; ///< total height of the rows
-        /// The value of `clipY` at which the list is scrolled to its end. It differs from
-        /// `documentHeight - clipHeight` if the list has insets or is shorter than the window.
+        /// The value of `clipY` at which the list is scrolled to its end. It may differ from
+        /// `documentHeight - clipHeight`, because the first row need not begin at position 0.
         double legalBottomY = 0;
         int rows = -1; ///< -1: unknown
 
@@ -24,7 +24,7 @@ class CaptionListView {
 
     virtual ~CaptionListView() = default;
 
-    /// `nullopt` while the list is invisible or has no rows: then it need not follow anything.
+    /// `nullopt` while the list is invisible or has no rows, so that it need not be scrolled.
     virtual std::optional<Geometry> geometry() const = 0;
     /// Scrolls to `legalBottomY`.
     virtual void scrollToEnd() = 0;

@@ -26,8 +26,8 @@ namespace tessarune {
 ///
 /// Every visible change of a row raises a revision; revisions never repeat while the program runs.
 ///
-/// Main queue, without a lock. The session owns it for as long as the program runs; a new session
-/// rebuilds it from empty lists. No operation fails.
+/// Main queue, without a lock. `LiveTranscriptStore` uses one cache for all its sessions; each
+/// start of a session rebuilds the cache from empty lists. No operation fails.
 class LiveCaptionDisplayCache {
   public:
     using Patch = LiveCaptionDisplayTranslationPatch;

@@ -18,7 +18,7 @@ class MergedBilingualRows {
     const LiveCaptionDisplayRows& rows() const { return rows_; }
 
     void rebuild(const LiveCaptionDisplayRows& source);
-    /// Updates the rows after source rows were added behind the first `oldCount` source rows.
+    /// Adds the source rows from index `oldCount` on. The first of them may join the last row.
     void patchAfterAppend(const LiveCaptionDisplayRows& source, std::size_t oldCount);
     /// Updates the rows after the source rows with the indexes `affected` have changed. Rebuilds
     /// all rows if `affected` is empty or has an invalid index.

@@ -27,7 +27,8 @@ class SubtitleChromeState {
     Published<bool> isPresented{true};
 
     void setBodyHovering(bool hovering);
-    /// The keyboard focus on one of the window's buttons counts as the pointer over the toolbar.
+    /// `hovering`: the pointer is over the toolbar, or one of the window's buttons has the keyboard
+    /// focus.
     void setChromeHovering(bool hovering);
     void presentForAWhile();
     void menuDidBeginTracking();

@@ -72,7 +72,8 @@ Task<void> AudioExporter::transcodeToM4A(std::filesystem::path from, std::filesy
 }
 
 std::string_view AudioExporter::withinFileName(std::string_view text) {
-    // A disk allows 255 bytes; the remainder is for suffixes, such as those of unfinished files.
+    // A disk allows names of 255 bytes. The other 55 are for suffixes, such as those of unfinished
+    // files.
     constexpr std::size_t maximumBytes = 200;
     if (text.size() <= maximumBytes)
         return text;

@@ -130,8 +130,8 @@ Task<void> HistoryExport::write(HistoryExportRequest request, std::filesystem::p
             from = recording->filePath;
         if (recording && isOurM4A(*recording))
             runAudioStep(unfinished, to, [&] {
-                // If the file's size differs from that in its entry, the file is transcoded,
-                // because the decoder detects damage.
+                // A file whose size differs from the size in its entry may be damaged. It is not
+                // copied but transcoded, because the decoder detects damage.
                 isCopied = files_.size(from) == static_cast<std::uint64_t>(recording->byteCount);
                 if (isCopied)
                     copyAudio(from, unfinished);

@@ -30,7 +30,8 @@ std::optional<RecordingMetadata> normalizedRecording(RecordingMetadata recording
     if (const auto size = sizeOf(files, audio))
         recording.byteCount = *size;
     const std::string extension = Text::lowercased(audio.extension().string());
-    // An import may be this small; a compressed recording of this size contains no sound.
+    // A compressed recording of at most `emptyCompressedSize` bytes contains no sound. An import
+    // may be that small.
     if (extension == ".wav" || extension == ".pcm" || recording.isImport() ||
         recording.byteCount > emptyCompressedSize)
         return recording;

@@ -27,7 +27,7 @@ struct Chunk {
     double end = 0;
 };
 
-/// A cue whose times are not in order yet.
+/// A cue that may still be too short or too long, or overlap the next cue.
 struct Draft {
     std::vector<std::string> source;
     std::vector<std::string> translation;

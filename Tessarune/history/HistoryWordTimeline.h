@@ -91,16 +91,17 @@ struct HistoryWordTimeline {
     /// sentences.
     std::vector<Sentence> derivedSentencesFromWords() const;
 
-    /// For each row of a bilingual text, the index of its sentence. Such a text may be older than a
-    /// refined timeline. Therefore a row and a sentence are paired first if they have the same text
-    /// and no other row or sentence has it, as far as the order of the pairs agrees. The rows and
-    /// sentences between two pairs are paired in order if there are equally many, otherwise from
-    /// both ends as long as their texts are equal. If nothing matches at all, all are paired in
-    /// order. A row without a counterpart has `nullopt`.
+    /// For each row of a bilingual text, the index of its sentence; `nullopt` for a row without
+    /// one. The texts may differ, because the timeline may have been refined after the bilingual
+    /// text was written. First, a row and a sentence are paired if they have the same text and no
+    /// other row or sentence has it; of these pairs, the largest set in the same order is kept. The
+    /// rows and sentences between two pairs are paired in order if there are equally many,
+    /// otherwise from both ends as long as their texts are equal. If nothing matches at all, all
+    /// are paired in order.
     static std::vector<std::optional<std::size_t>>
     sentencesOfRows(const std::vector<std::string>& rows, const std::vector<Sentence>& sentences);
 
-    /// The start of each sentence, or of each derived sentence if there are none.
+    /// The start of each sentence; if `sentences` is empty, of each derived sentence.
     std::vector<double> sentenceStarts() const;
 
     /// The sentence that is heard at `time`: the last one that has started; `nullopt` before the

@@ -76,7 +76,8 @@ void RecordingAudioCompressor::forget() {
 
 Task<void> RecordingAudioCompressor::keepUp(Alive alive, RecordingAudioCompressor& self,
                                             std::shared_ptr<WAVEncoding> encoding) {
-    // The limit for one step: after the computer has slept there may be hours of silence.
+    // The limit for one step: after the computer was suspended, the WAV may have grown by hours of
+    // silence.
     constexpr double maximumSeconds = 600;
     Host& host = self.host_;
     const Executor worker = Executor::queue(host, self.queue_);
@@ -218,9 +219,10 @@ RecordingMetadata RecordingAudioCompressor::adopt(RecordingMetadata recording, b
     recording.channelCount = M4A::channels;
     recording.awaitsCompression = false;
     recording.note.reset(); // keeps the stored note, which may be newer
-    // If the update fails, the new entry may still be on the disk. Without its M4A, the next launch
-    // would drop the recording from the list. So the M4A is removed only if the recording was
-    // deleted or its entry surely names another file; otherwise both files stay.
+    // A failed update may nevertheless have written the new entry. If the M4A of that entry were
+    // missing, the next launch would drop the recording from the list. So the M4A is removed only
+    // if the recording was deleted or its entry surely names another file; otherwise WAV and M4A
+    // stay.
     if (!catalog_.upsert(recording)) {
         const std::string why =
             catalog_.paths().recordingIndex().string() + " could not be brought up to date";

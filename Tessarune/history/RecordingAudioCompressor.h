@@ -66,15 +66,15 @@ class RecordingAudioCompressor {
     RecordingAudioCompressor(const RecordingAudioCompressor&) = delete;
 
     /// Starts to encode the recording while it grows, and marks it for compression: if the program
-    /// ends first, a later launch encodes it.
+    /// ends before the M4A is complete, a later launch encodes the WAV.
     void follow(const RecordingMetadata& recording);
     /// Stops following the recording and removes the M4A that `follow` began.
     void forget();
     /// Compresses the recordings that earlier sessions left uncompressed, one by one and slowly.
     /// Keeps `hold` until the last one is done.
     void compressLeftovers(DataFolderHold hold = {});
-    /// Call before a regular end of the program that skips the destructor: the running compression
-    /// of a leftover then does not count as the cause of an unexpected end.
+    /// Call before a regular end of the program that skips the destructor. Otherwise the next
+    /// launch would blame a running compression of a leftover for an unexpected end.
     void endLeftover();
 
     /// Encodes the WAV and returns the updated entry. If `deleteSource` is set, removes the WAV

@@ -90,7 +90,8 @@ std::string RecordingCatalog::readingProblem() {
                     "be restored from copies when the next session is recorded.",
                     {std::to_string(restorable), paths_.recordingIndex().string()});
         }
-        // Throws if the folder cannot be read; its recordings would look as if they were missing.
+        // Throws if the folder cannot be read. Without this check, its recordings would seem to be
+        // missing.
         files_.list(paths_.recordings());
     } catch (const std::exception& error) {
         return localized("The recordings cannot be read: %@", {error.what()});
@@ -130,7 +131,7 @@ void RecordingCatalog::writeIndex(RecordingIndex& index) {
     files_.writeAtomically(paths_.recordingIndex(), index.encoded());
     try {
         indexWrittenAt_ = files_.modifiedAt(paths_.recordingIndex());
-    } catch (const std::system_error&) { // the index then counts as changed elsewhere
+    } catch (const std::system_error&) { // `wasIndexChangedElsewhere` then returns true
         indexWrittenAt_ = 0;
     }
 }
@@ -181,7 +182,7 @@ bool RecordingCatalog::deleteAll() {
         // recordings with sound, and the user can delete them again.
         for (const auto& folder :
              {paths_.transcripts(), paths_.diagnostics(), paths_.recordings()}) {
-            try { // its content first: the folder may be a link to another disk
+            try { // the content first: of a linked folder, only the link is removed below
                 for (const auto& name : files_.list(folder))
                     removeQuietly(folder / name);
             } catch (const std::system_error&) { // the folder is removed below

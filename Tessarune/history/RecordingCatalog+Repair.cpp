@@ -64,8 +64,8 @@ bool RecordingCatalog::isSurelyMissing(const std::filesystem::path& path) {
     }
 }
 
-/// Whether the folder of the recordings is empty or cannot be listed. If all of several recordings
-/// lack their sound as well, the disk of the folder is probably not mounted.
+/// Whether the folder of the recordings is empty or cannot be listed, for example because its disk
+/// is not mounted.
 bool RecordingCatalog::hasNoSound() {
     try {
         return files_.list(paths_.recordings()).empty();
@@ -118,9 +118,9 @@ void RecordingCatalog::cleanupOrphanTranscripts() {
                        " orphan transcript sidecar(s)";
             });
         }
-        // In this folder only imports are named by their UUID. The sound of an import that a crash
-        // kept out of the index is newer than the index. An older file stays, because it may be the
-        // only trace of a recording.
+        // In the folder of the recordings, only imports are named by their UUID. The sound of an
+        // import that a crash kept out of the index is newer than the index. An older file stays,
+        // because it may be the only trace of a recording.
         removeOrphans(paths_.recordings(), known, files_.modifiedAt(paths_.recordingIndex()));
     } catch (const std::exception&) { // the next launch retries
     }

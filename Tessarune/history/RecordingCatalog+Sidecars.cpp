@@ -123,8 +123,8 @@ void RecordingCatalog::replaceTogether(const std::vector<NewSidecar>& sidecars) 
             }
         }
     } catch (...) {
-        // If the text was replaced, even by a renaming that reported a failure, the other new files
-        // stay, and the next launch moves them into place.
+        // Once the text is replaced, the other new files stay, and the next launch moves them into
+        // place. A rename can report a failure and still replace the text.
         if (!isComplete || files_.exists(replacementOf(sidecars.front().path))) {
             for (const auto& sidecar : sidecars)
                 removeQuietly(replacementOf(sidecar.path));

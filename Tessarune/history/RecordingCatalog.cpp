@@ -118,9 +118,9 @@ void RecordingCatalog::removeOwned(const RecordingMetadata& recording, Runs runs
     std::set<std::string> tokens;
     for (const auto& url : audio)
         tokens.insert({url.string(), url.filename().string()});
-    // The diagnostics runs and log lines go first: only the entry leads to them. An interrupted
-    // deletion can be repeated while the sound exists; after that, the next launch removes the
-    // rest.
+    // The diagnostics runs and log lines are removed first, because only the catalog entry leads to
+    // them. If the deletion is interrupted before the sound is gone, the user can repeat it; if
+    // later, the next launch removes the remaining files.
     if (runs == Runs::areRemoved) {
         for (const auto& run : diagnosticsRunURLs({recording.id}))
             removeRun(run);

@@ -25,7 +25,7 @@ namespace tessarune {
 class RecordingIndex;
 
 namespace NotificationName {
-/// After the index was saved, by this process or, as far as it notices, by another one. No object.
+/// After this process has saved the index, or has noticed that another process did. No object.
 inline constexpr std::string_view recordingCatalogDidChange = "recordingCatalogDidChange";
 /// After a recording's transcripts were saved. The object is the recording's UUID.
 inline constexpr std::string_view recordingTranscriptDidUpdate = "recordingTranscriptDidUpdate";
@@ -35,12 +35,12 @@ inline constexpr std::string_view recordingTranscriptDidUpdate = "recordingTrans
 /// in "Recordings", and the sidecars in "Transcripts", whose names begin with the recording's UUID.
 /// docs/data-directory.md has the formats.
 ///
-/// Any thread may call. Except for the repairs at launch, changes of the index, replacements of
-/// transcripts and changes of marks run one by one on the queue "Tessarune.RecordingCatalog.index",
-/// and the caller blocks. The functions that save one sidecar, and all functions that read files,
-/// work on the calling thread and rely on files being replaced atomically. Notifications are posted
-/// on the calling thread afterwards. Only one process at a time may write the recordings: the owner
-/// of the DataFolderHold.
+/// Any thread may call. Changes of the index, replacements of transcripts and changes of marks run
+/// one by one on the queue "Tessarune.RecordingCatalog.index", and the caller blocks; only repairs
+/// at launch may make such changes on the calling thread. The functions that save one sidecar, and
+/// all functions that read files, work on the calling thread and rely on files being replaced
+/// atomically. Notifications are posted on the calling thread afterwards. Only one process at a
+/// time may write the recordings: the owner of the DataFolderHold.
 ///
 /// Unknown content is kept until `deleteAll`: unknown keys of an entry and elements that are not
 /// entries stay in the index unchanged, and an unreadable index is kept aside, as
@@ -190,7 +190,7 @@ class RecordingCatalog {
     /// Removes entries whose audio is missing, unless the disk of the recordings seems not to be
     /// mounted. Returns how many.
     std::size_t reconcileIndex();
-    /// Lists finished recordings that an outdated or damaged index lacks. Then removes sidecars of
+    /// Adds finished recordings that an outdated or damaged index lacks. Then removes sidecars of
     /// unknown recordings, and the sound of imports that a crash kept out of the index. Does
     /// nothing while the index may be incomplete or an unreadable one is kept aside: the files may
     /// belong to recordings that are missing from the index.

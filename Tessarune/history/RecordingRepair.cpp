@@ -75,8 +75,8 @@ RecordingRepair::Report RecordingRepair::runAtLaunch() {
 }
 
 /// Reports imports without a transcript, and those whose transcription or translation was
-/// interrupted by the end of the program. If the end was unexpected, the import may be its cause.
-/// Such an import gets an empty transcript if it has none, so that only the user starts another
+/// interrupted by the end of the program. If the end was unexpected, the import may have caused it;
+/// the import then gets an empty transcript if it has none, so that only the user starts another
 /// attempt.
 void RecordingRepair::sortImports(Report& report) {
     using Mark = RecordingCatalog::TranscriptionMark;
@@ -96,8 +96,8 @@ void RecordingRepair::sortImports(Report& report) {
 }
 
 /// Whether the file still has to be measured: its entry has no end, or counts no sound although the
-/// file has some. The latter happens if an earlier repair could not read the file and
-/// `healStaleRecordings` computed the end without it.
+/// file has some. An entry can have an end and count no sound if an earlier repair could not read
+/// the file: `healStaleRecordings` then computed the end from the entry's duration alone.
 bool RecordingRepair::isUnfinished(const RecordingMetadata& recording) {
     if (!isOurWAV(recording) || !files_.exists(recording.filePath))
         return false;

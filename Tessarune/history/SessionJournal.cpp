@@ -63,7 +63,7 @@ class SessionJournal::Writer : public std::enable_shared_from_this<Writer> {
         files_.createDirectories(path_.parent_path());
         file_ = files_.openForAppending(path_);
     }
-    /// Flushes after a delay, because the next line may come much later.
+    /// Flushes by a timer and not with the next line, which may come much later.
     void flushSoon() {
         if (std::exchange(isFlushDue_, true))
             return;

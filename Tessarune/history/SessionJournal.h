@@ -16,15 +16,16 @@
 namespace tessarune {
 
 /// Keeps the committed rows of a running session in the file "Transcripts/<UUID>.live.ndjson", one
-/// line per row and per change of a row, so that a crash does not lose them. After a crash,
-/// the next launch writes the missing transcripts from it (RecordingRepair, SessionJournalContent).
+/// line per row and per change of a row, so that a crash does not lose them. After a crash, the
+/// next launch writes the missing transcripts from these files (RecordingRepair,
+/// SessionJournalContent).
 ///
 /// Main queue; the writing is done on the queue "Tessarune.SessionJournal". A line survives a crash
 /// of the program once the queue has written it. A loss of power loses at most the lines of the
 /// last five seconds. Failures are logged once a session and never reach the caller.
 class SessionJournal {
   public:
-    /// Begins the journal at `path`. The references must outlive it.
+    /// Begins the journal in the file `path`. The references must outlive this object.
     SessionJournal(Host& host, FileSystem& files, TessaruneFileLogger& logger,
                    std::filesystem::path path, double recordingStartedAt,
                    std::string recognitionOptionID);

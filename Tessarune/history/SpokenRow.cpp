@@ -49,8 +49,8 @@ class WordTimes {
     std::vector<double> nameless_;
 };
 
-/// Sets where and when the words of the row begin. Leaves them empty if there is not exactly one
-/// time per word.
+/// Sets where and when the words of the row begin. Leaves `row.words` empty unless `times` has
+/// exactly one time per word.
 void setWords(SpokenRow& row, const std::vector<double>& times) {
     const auto tokens = Text::splitOnWhiteSpace(row.source);
     if (tokens.size() != times.size())
@@ -63,8 +63,7 @@ void setWords(SpokenRow& row, const std::vector<double>& times) {
     }
 }
 
-/// Sets the times of the rows from `from` to before `to`, which have none: they share the time
-/// between their neighbours equally.
+/// Divides the time between row `from - 1` and row `to` equally among the rows between them.
 void spread(std::vector<SpokenRow>& rows, std::size_t from, std::size_t to, double duration) {
     double at = from > 0 ? rows[from - 1].end : 0;
     const double until =

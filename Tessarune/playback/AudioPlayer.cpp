@@ -35,8 +35,8 @@ AudioPlayer::AudioPlayer(Host& host, PlaybackParts parts)
 AudioPlayer::~AudioPlayer() {
     weakSelf_->player = nullptr;
     teardown();
-    queue_->sync([] {}); // waits for `close`
-    queue_->sync([] {}); // for the write that `close` has ended, and with it for the stream
+    queue_->sync([] {}); // waits for `close`, which ends a waiting write
+    queue_->sync([] {}); // waits until the engine has dropped the stream after that write
 }
 
 void AudioPlayer::teardown() {
@@ -131,7 +131,7 @@ void AudioPlayer::startPlayback() {
     if (*isPlaying || path_.empty())
         return;
     if (!engine_)
-        openRecording(); // it was unreadable, but its disk may have been reconnected
+        openRecording(); // the file was unreadable, but its disk may have been reconnected
     publish(problem, std::string());
     const bool isNearEnd = *duration > 0 && *currentTime >= *duration - atEndSeconds;
     if ((isAtEnd_ || isNearEnd) && !*boundedPlaybackSentenceIndex)

@@ -45,8 +45,8 @@ class AudioPlayer {
     /// itself when the server is back.
     Published<std::string> problem;
 
-    /// Loads another recording, at its beginning. `startPlayback` and `seek` may be called before
-    /// it is loaded.
+    /// Loads another recording and moves to its beginning. `startPlayback` and `seek` may be called
+    /// before it is loaded.
     void load(const std::filesystem::path& path);
     /// Unloads the recording.
     void teardown();

@@ -7,7 +7,7 @@ namespace tessarune {
 
 namespace {
 
-/// A file of up to this length is read completely, in a hundredth of a second.
+/// A file of up to this length is read completely, which takes a hundredth of a second.
 constexpr double shortFileSeconds = 60;
 /// Of a longer file, `partCount` parts of `partSeconds` each are read.
 constexpr int partCount = 40;

@@ -30,8 +30,8 @@ struct PlaybackProgress {
 /// Plays one recording: reads it, writes it to the sound server and tracks the heard position. A
 /// stream that the server ends is reopened where the sound broke off.
 ///
-/// Confined to its executor, a serial queue; `load` is called once. `close` resumes a blocked write
-/// behind itself on the queue, where it drops the stream; the sound server must exist until then.
+/// Confined to its executor, a serial queue; `load` is called once. If a write is waiting, `close`
+/// ends it, and a later task on the queue drops the stream. The sound server must exist until then.
 class PlaybackEngine : public std::enable_shared_from_this<PlaybackEngine> {
   public:
     PlaybackEngine(PlaybackParts parts, Executor queue);

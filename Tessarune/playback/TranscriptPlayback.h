@@ -30,8 +30,8 @@ class TranscriptPlayback {
     Published<std::optional<std::size_t>> activeSentenceIndex;
     /// The word that is heard now, an index into `activeTokens`; `nullopt` before the first.
     Published<std::optional<std::size_t>> activeTokenIndex;
-    /// A sentence that the user chose. It stays highlighted until playback runs without a limit, or
-    /// until `show`.
+    /// A sentence that the user chose. It stays highlighted until `show`, or until the player plays
+    /// without being limited to sentences.
     Published<std::optional<std::size_t>> manualHighlightedSentenceIndex;
 
     /// The sentence to highlight: the chosen one; without a choice, the one that is heard.
@@ -60,7 +60,8 @@ class TranscriptPlayback {
 
     AudioPlayer& player_;
     TimedSentences sentences_;
-    bool isLimitOutdated_ = false; ///< the player's limit is from before the last `show`
+    /// The player's limit, if any, refers to the transcript before the last `show`.
+    bool isLimitOutdated_ = false;
     std::vector<SentenceToken> activeTokens_;
     Published<double>::Token observer_;
 };

@@ -16,8 +16,8 @@ using FormerSentence = HistoryWordTimeline::Sentence;
 
 /// The most seconds of sound that an encoder or decoder adds or removes, with a margin.
 constexpr double lengthSlackSeconds = 1.0;
-/// By how much the times of older timelines may be late: they count from the start of the recorder,
-/// which is earlier than the first sound of the device.
+/// A time in an older timeline may be too large by at most this: it counts from the start of the
+/// recorder, but the recording begins with the first sound of the device, which comes later.
 constexpr double maximumLatenessSeconds = 3.0;
 /// A former sentence is missing if the recognised segments cover less than this share of its time.
 constexpr double minimumCoveredShare = 0.25;
@@ -35,7 +35,7 @@ std::string readIfThere(FileSystem& files, const std::filesystem::path& path) {
     }
 }
 
-/// The end of a sentence, which counts as at least `moment` seconds long.
+/// The end of a sentence, but at least `moment` seconds after its start.
 double endOf(const FormerSentence& sentence) {
     constexpr double moment = 0.1;
     return std::max(sentence.end, sentence.start + moment);

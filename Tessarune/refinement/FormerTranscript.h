@@ -32,9 +32,9 @@ struct FormerTranscript {
     /// read the file to its end.
     bool wasHeard(double heardSeconds, bool isWhole) const;
 
-    /// Returns `refined` with its times pulled back to the first sound of the recording, and adds
-    /// each sentence of this transcript whose time `refined` hardly covers. A sentence that
-    /// `refined` has slightly earlier or later is not added.
+    /// Returns `refined.pulledBackToOnset()`, and adds each sentence of this transcript whose time
+    /// `refined` hardly covers. A sentence that `refined` has slightly earlier or later is not
+    /// added.
     SpeechAnalyzerFileTranscriptionResult
     keptIn(const SpeechAnalyzerFileTranscriptionResult& refined) const;
 };

@@ -17,8 +17,8 @@ using OpenSearchIndex =
     std::function<std::unique_ptr<SearchIndex>(const std::filesystem::path& path)>;
 
 /// Keeps the index up to date with the transcripts, which are authoritative: adds, updates and
-/// removes texts, and rebuilds a damaged index by itself. If the index cannot be used, `find`
-/// searches the transcripts themselves. Failures are logged, never thrown. One thread.
+/// removes texts, and rebuilds a damaged index. If the index cannot be used, `find` searches the
+/// transcripts themselves. Failures are logged, never thrown. One thread.
 class SearchIndexKeeper {
   public:
     /// `files`, `catalog` and `logger` must outlive this.
@@ -71,7 +71,7 @@ class SearchIndexKeeper {
     bool wasChecked_ = false;   ///< the last check succeeded, and the index was not discarded since
     bool isBehind_ = false;     ///< updating failed; search the transcripts until the next check
     std::vector<UUID> changed_; ///< noted since the last check
-    std::vector<IndexedTexts> outdated_; ///< to be read; only ids and stamps
+    std::vector<IndexedTexts> outdated_; ///< not read yet; only their ids and stamps are set
     std::size_t outdatedAtCheck_ = 0;
     std::size_t unreadable_ = 0; ///< since the last check
 };

@@ -8,7 +8,7 @@ namespace tessarune {
 
 namespace {
 
-/// A single letter begins too many words.
+/// In characters. A single letter is no prefix, because too many words begin with it.
 constexpr std::size_t shortestPrefix = 2;
 
 bool occursAt(const SearchQuery::Phrase& phrase, const std::vector<SearchToken>& tokens,

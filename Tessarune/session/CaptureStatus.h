@@ -25,8 +25,8 @@ class CaptureStatus {
     void handleSoundHeard();
     void handleSystemAudioSilent();
     void handle(const CaptureEvent& event);
-    /// Call when words have arrived. Clears the line, unless the sound is interrupted: the last
-    /// words spoken before an interruption arrive after the event that reports it.
+    /// Call when words have arrived. Clears the status line, unless the sound is interrupted: the
+    /// last words spoken before an interruption arrive after the event that reports it.
     void handleCaptionActivity();
 
   private:

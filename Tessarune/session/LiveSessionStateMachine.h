@@ -7,8 +7,8 @@
 
 namespace tessarune {
 
-/// The single authority on the phase of a session. A value. Each step returns the changes for the
-/// session, or `nullopt` if the step is refused.
+/// The single authority on the phase of a session. Each step returns the changes for the session,
+/// or `nullopt` if the step is refused.
 struct LiveSessionStateMachine {
     /// The level meter's value in silence.
     static constexpr double restingAudioLevel = 0.08;

@@ -22,8 +22,8 @@ SessionLog& LiveSessionStop::log() const {
 }
 
 void LiveSessionStop::request(const LiveSessionControlTrigger& trigger) {
-    // A start that completes during a stop resets the phase, so the phase does not keep a second
-    // stop from beginning.
+    // The phase alone cannot prevent a second stop, because a start that completes during a stop
+    // resets the phase.
     if (isFinalizing_) {
         store_.view_.startsAgain = false;
         return;

@@ -19,7 +19,7 @@ void LiveTranscriptStore::observeSettings() {
     });
     observe(settings.selectedRecognitionOptionID,
             [this](const std::string& id) { recognitionOptionChanged(id); });
-    // The translation was notified first and has applied the change.
+    // The translation was attached first, so it has already applied a changed target or backend.
     const auto refreshOn = [this, observe](auto& setting, const char* reason) {
         observe(setting, [this, reason](const auto&) { refreshCaptionDisplay(reason); });
     };
@@ -151,7 +151,7 @@ void LiveTranscriptStore::applyRecognition(const ASREvent& event) {
     const bool isFinal = std::holds_alternative<ASREvent::Final>(event.value);
     ++pipelinePerf_.asrEventCount;
     ++(isFinal ? pipelinePerf_.asrFinalCount : pipelinePerf_.asrPartialCount);
-    // After a stop request, the last finals still count; partials do not.
+    // After a stop request, the last finals are still applied; partials are ignored.
     if (!*view_.isListening && !(isFinal && *view_.sessionPhase == LiveSessionPhase::stopping))
         return;
     environment_.permissions.latch(PermissionsManager::Key::speechStatus,

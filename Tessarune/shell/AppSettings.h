@@ -11,8 +11,8 @@
 
 namespace tessarune {
 
-/// A keyboard shortcut as it is stored: a virtual key code and a modifier mask, both with the
-/// numbers of the platform from which the setting keys come (docs/glossary.md).
+/// A keyboard shortcut as it is stored: a virtual key code and a modifier mask, both numbered as on
+/// the desktop for which the design was first written (docs/glossary.md).
 struct ShortcutSetting {
     Setting<std::int64_t> keyCode;
     Setting<std::int64_t> modifiers;
@@ -52,7 +52,7 @@ class AppSettings {
     Setting<std::string> selectedRecognitionOptionID;
     Setting<std::string> speechModel; ///< "automatic" or a model's name
     Setting<std::string>
-        modelMirror; ///< a server to use instead of the publishers'; empty: no mirror
+        modelMirror; ///< the server that models are downloaded from; empty: the publishers' servers
     Setting<bool> sentenceSegmentation;
     Setting<bool> trueFreeze;
     Setting<bool> clauseLevelSegmentation;

@@ -75,8 +75,8 @@ class FileSystem {
     virtual std::uint64_t size(const Path& path) = 0;
     /// Seconds since 1970.
     virtual double modifiedAt(const Path& path) = 0;
-    /// The names in a folder, sorted, without "." and "..". Empty if the folder does not exist, but
-    /// a link without a target on its path is an error.
+    /// The names in a folder, sorted, without "." and "..". Empty if the folder does not exist;
+    /// throws if the folder's path contains a broken link.
     virtual std::vector<std::string> list(const Path& folder) = 0;
     /// The number of bytes that this user can still write to the disk of `path`.
     virtual std::uint64_t freeSpace(const Path& path) = 0;

@@ -15,8 +15,8 @@ namespace tessarune {
 /// The id of a recognition option. A user may type its locale instead, in upper or lower case and
 /// with "-" or "_".
 SettingCodec<std::string> recognitionOptionCodec();
-/// Addresses that downloads can use as a prefix; "none" means no mirror. A stored text is not
-/// checked.
+/// The address of the mirror from which files are downloaded; "none" means no mirror. A stored text
+/// is not checked.
 SettingCodec<std::string> mirrorCodec();
 /// The stored name of a translator. An unknown stored name is kept and reported, not replaced.
 SettingCodec<std::string> backendCodec();

@@ -19,9 +19,8 @@ using Row = std::pair<std::string_view, std::string_view>;
 std::span<const Row> rows(std::string_view language);
 
 /// The table for a locale from the environment ("zh_TW.UTF-8", "de_DE", "C"). It has the texts for
-/// the language and region of the locale or, if po/ has none, for the language alone. A text that
-/// is missing there is shown in English. In a Chinese locale it is shown as its key, which is
-/// Chinese.
+/// the language and region of the locale or, if po/ has none, for the language alone. The English
+/// text replaces a missing one, except in a Chinese locale: there the key is shown.
 LocalizationTable forLocale(std::string_view locale);
 
 /// The user's locale for messages: the first of LC_ALL, LC_MESSAGES and LANG that is set, or "C".

@@ -20,9 +20,9 @@ enum class Importance { routine, important };
 /// the data folder, one file per day.
 ///
 /// `event` may be called from any thread; it returns at once, and the line is written on the queue
-/// "Tessarune.FileLogger". A failed write never reaches the caller; the text log reports the first
-/// failure after each success. Events that arrive while 4096 others are queued are lost; the next
-/// event that is queued states their number in "lostEventsBefore".
+/// "Tessarune.FileLogger". A failed write never reaches the caller; `TessaruneLog` reports the
+/// first failure after each success. Events that arrive while 4096 others are queued are lost; the
+/// next event that is queued states their number in "lostEventsBefore".
 /// `TessaruneLog::diagnosticsLevel()` decides what may be written.
 class TessaruneFileLogger {
   public:

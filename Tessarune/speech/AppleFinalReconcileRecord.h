@@ -57,8 +57,9 @@ struct AppleFinalReconcileDecisionRecord {
     std::optional<double> finalToLastPartialWordRatio;
     bool alternativeTranscriptionsRequested = false;
     bool shouldKeepFinalWordTimings = false;
-    /// The mark of `AppleFinalReconciler`: for `useLastPartial` the mark that the decision sets, if
-    /// any; for `dropSuppressedFinal` the mark that was set before, if any; absent for `useFinal`.
+    /// The audio time up to which the next finals are dropped. For `useLastPartial`, the time that
+    /// this decision sets, if any; for `dropSuppressedFinal`, the time that was set before, if any.
+    /// Absent for `useFinal`.
     std::optional<double> suppressedFinalsUntilAudioTime;
 
     bool operator==(const AppleFinalReconcileDecisionRecord&) const = default;

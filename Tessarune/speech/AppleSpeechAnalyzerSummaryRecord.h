@@ -16,7 +16,7 @@ struct AppleSpeechAnalyzerSummaryRecord : SpeechResultSummary {
     std::optional<double> minConfidence;
     std::optional<double> avgConfidence;
     std::int64_t alternativeCount = 0;
-    /// The result's audio times, converted to host times.
+    /// The result's audio times, converted to seconds since 1970.
     std::optional<double> mappedStartEpochSeconds;
     std::optional<double> mappedEndEpochSeconds;
     double latestAudioTimeSeconds = 0;

@@ -6,7 +6,7 @@ namespace tessarune {
 
 /// Corrects the recogniser's times after gaps in the sound. The recogniser counts only the sound
 /// that it was fed, so its times are too early after each gap. Audio times are seconds of the sound
-/// fed. A value.
+/// fed.
 class AudioTimeline {
   public:
     /// Records that `seconds` of sound were lost at this audio time.

@@ -150,7 +150,7 @@ void SpeechAnalyzerTranscriber::withdrawGuess() {
         onGuessWithdrawn();
 }
 
-/// Counts the decision and moves the mark.
+/// Counts the decision, and updates the audio time until which finals are suppressed.
 void SpeechAnalyzerTranscriber::applyDecision(const AppleFinalReconcileDecisionRecord& record) {
     using Decision = AppleFinalReconcileDecisionRecord::Decision;
     auto& mark = state_.suppressedFinalsUntilAudioTime;

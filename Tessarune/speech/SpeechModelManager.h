@@ -15,7 +15,7 @@ struct SpeechModelState {
     std::string name;
     std::uint64_t bytes = 0; ///< on the disk, or the approximate size of the download
     bool isInstalled = false;
-    bool isRemovable = false; ///< also false for a model that came with the program
+    bool isRemovable = false; ///< installed, and did not come with the program
     std::string damage;       ///< the problem with an installed model's files; empty if none
 
     bool operator==(const SpeechModelState&) const = default;
@@ -29,7 +29,7 @@ class SpeechModelManager {
     /// All offered models, smallest first, then the other installed models.
     virtual std::vector<SpeechModelState> list() const = 0;
 
-    /// Downloads an offered model, or replaces a damaged one; does nothing if it is installed.
+    /// Downloads an offered model, or replaces a damaged one; does nothing if the model is intact.
     /// Parameters and failures as in AssetInstallationRequest::downloadAndInstall; also throws if
     /// the model is not offered.
     virtual Task<void> download(std::string name, std::function<void(AssetProgress)> progress,

@@ -10,7 +10,7 @@
 namespace tessarune {
 
 /// A short form of a recogniser's result: counts, times, a hash and a preview in place of the text.
-/// Audio times are seconds of the sound fed, or of the recording.
+/// Audio times are seconds from the start of the sound that was fed, or of the recording.
 struct SpeechResultSummary {
     std::int64_t sequence = 0; ///< counted from 1
     double receivedAt = 0;     ///< seconds since 1970

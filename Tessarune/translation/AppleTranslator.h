@@ -20,8 +20,9 @@ namespace tessarune {
 /// construction.
 class AppleTranslator final : public Translator {
   public:
-    /// Whether the preparation of a pair may use the network. Sessions and refinements use `never`;
-    /// the preparation of a pair that is not ready then fails with the service's reason.
+    /// Whether the preparation of a pair may use the network. Listening sessions and refinements
+    /// use `never`; the preparation of a pair that is not ready then fails with the service's
+    /// reason.
     enum class Downloads { allowed, never };
 
     AppleTranslator(Host& host, std::shared_ptr<TranslationService> service, Executor caller,

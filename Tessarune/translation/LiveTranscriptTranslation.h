@@ -20,8 +20,8 @@ namespace tessarune {
 /// prepares language pairs, writes outcomes into the caption rows, and reports its progress. It
 /// observes the settings that it depends on, so a change from anywhere takes effect.
 ///
-/// Main queue, for the life of the process. Made with `std::make_shared`: tasks that still wait for
-/// the translator keep it alive.
+/// Main queue. Made with `std::make_shared`: tasks that still wait for the translator keep this
+/// object alive.
 class LiveTranscriptTranslation final
     : public SessionTranslation,
       public std::enable_shared_from_this<LiveTranscriptTranslation> {

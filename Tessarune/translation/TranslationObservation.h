@@ -21,9 +21,9 @@ struct TranslationObservation {
     Phase phase = Phase::start;
     Scope scope = Scope::committed;
     std::optional<UUID> translationUnitID; ///< of committed translations
-    UUID segmentID; ///< the row that shows the result; for a preview, the attempt's identity
+    UUID segmentID; ///< equals `resultSegmentID`; for a preview, the identity of the attempt
     std::vector<UUID> segmentIDs;
-    std::optional<UUID> resultSegmentID;
+    std::optional<UUID> resultSegmentID; ///< the row that shows the result; not for previews
     std::string sourceText;
     std::string targetLanguage;
     std::optional<std::string> translatedText;

@@ -9,8 +9,8 @@ namespace tessarune::LemmaExceptions {
 namespace {
 
 /// Function words. Each is its own lemma. Lexicons of content words lack them and take some for
-/// other words: "his" for a Greek letter, "as" for the plural of a letter, "its" for information
-/// technology.
+/// other words: "his" for the plural of "hi", "as" for the plural of a letter, "its" for the plural
+/// of "IT".
 constexpr std::string_view ownLemmas =
     // articles, determiners, quantities
     "a the this that these those each every either neither some any no none both all few many "

@@ -15,7 +15,7 @@ enum class CaptionSegmentState { partial, final };
 enum class FreezeKind {
     none,  ///< nothing: it may still change, or the session's end sealed it
     soft,  ///< a soft caption: not committed, may be withdrawn
-    ours,  ///< frozen by local agreement, before its final arrived
+    ours,  ///< frozen: it stayed unchanged for a while, before its final arrived
     engine ///< a final result of the recogniser
 };
 
@@ -35,8 +35,8 @@ struct CaptionSegment {
     std::optional<UUID> translationResultSegmentID; ///< the row that carries the unit's translation
     std::optional<std::int64_t> translationUnitIndex; ///< the row's index in the unit, from 0
     std::optional<std::int64_t> translationUnitCount; ///< the number of the unit's rows
-    /// The core's revision when the row was last written. A leading sentence has 0, and keeps it
-    /// when it is sealed.
+    /// The core's revision when the row was last written. A leading sentence has 0, even after it
+    /// is sealed.
     std::int64_t revision = 0;
     CaptionSegmentState state = CaptionSegmentState::partial;
     FreezeKind freezeKind = FreezeKind::none;

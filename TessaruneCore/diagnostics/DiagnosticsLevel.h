@@ -21,8 +21,8 @@ constexpr bool writesSessionDiagnostics(DiagnosticsLevel level) {
 constexpr bool writesRoutineBreadcrumbs(DiagnosticsLevel level) {
     return level > DiagnosticsLevel::standard;
 }
-/// Whether the level's description promises the recogniser's full raw results. Whether a run keeps
-/// them depends only on the setting `appleAnalyzerDiagnosticsMode`.
+/// Whether `detail` of the level mentions the recogniser's full raw results. A full run keeps them,
+/// whatever its level, if the setting `appleAnalyzerDiagnosticsMode` is `fullRaw`.
 constexpr bool expandsAppleRaw(DiagnosticsLevel level) {
     return level > DiagnosticsLevel::verbose;
 }

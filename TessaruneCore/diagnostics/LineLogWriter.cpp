@@ -12,7 +12,7 @@ namespace tessarune {
 namespace {
 
 constexpr int waitMilliseconds = 100;
-/// The number of such waits that `close` allows in total for a reader that has stopped reading.
+/// `close` waits at most this many times `waitMilliseconds` for a reader that has stopped reading.
 constexpr int waitsForAReader = 20;
 
 } // namespace

@@ -8,8 +8,8 @@
 
 namespace tessarune {
 
-/// The levelled text log with one logger per category. Lines go to the sink that the program sets
-/// at start (the journal or standard error); without a sink they are dropped. Any thread.
+/// Writes the lines of one category to the text log. Lines go to the sink that the program sets at
+/// start (the journal or standard error); without a sink they are dropped. Any thread.
 class TessaruneLogger {
   public:
     enum class Level { debug, info, notice, fault };

@@ -117,8 +117,8 @@ class AsyncStream {
     }
 
     static Task<std::optional<T>> nextOf(std::shared_ptr<State> state, std::stop_token stop) {
-        // Registered before the suspension. A stop request that comes before the suspension finds
-        // no waiter, but the awaiter checks the token before it suspends.
+        // The callback is registered before the coroutine suspends. A stop request between the two
+        // finds no waiter, but the awaiter checks the token before it suspends the coroutine.
         std::stop_callback<Wake> onStop(stop, Wake{state});
         Awaiter arrival{*state, stop};
         co_await arrival;

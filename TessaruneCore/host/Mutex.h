@@ -30,7 +30,8 @@ class CAPABILITY("mutex") Mutex {
     std::mutex mutex_;
 };
 
-/// Holds a mutex while it lives. A `std::condition_variable_any` may release it during a wait.
+/// Holds a mutex for the lifetime of the lock. A `std::condition_variable_any` may release the
+/// mutex during a wait.
 template <typename Lockable>
 class SCOPED_CAPABILITY MutexLock {
   public:

@@ -8,8 +8,8 @@
 
 namespace tessarune {
 
-/// The observations that an object makes. They end when this is destroyed. Confined to the thread
-/// of the observed values.
+/// The observations that an object makes. The destructor ends them. Confined to the thread of the
+/// observed values.
 class Observations {
   public:
     Observations() = default;
@@ -38,7 +38,7 @@ class Observations {
         endings_.push_back([&value, token] { value.remove(token); });
     }
 
-    /// Also runs `end` when this is destroyed.
+    /// The destructor will also run `end`.
     void add(std::function<void()> end) { endings_.push_back(std::move(end)); }
 
   private:

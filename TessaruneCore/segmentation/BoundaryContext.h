@@ -11,7 +11,7 @@ struct BoundaryContext {
     EngineCapabilities caps{};
     bool segment = false;         ///< split text into sentences at all
     bool freeze = false;          ///< freeze stable sentences before their final arrives
-    bool clauseLevel = false;     ///< hard pieces may end at clause punctuation
+    bool clauseLevel = false;     ///< committed rows may end at clause punctuation
     bool softClauseLevel = false; ///< compute soft clause pieces for display
     double freezeStableSeconds = 0.6;
     std::int64_t maxUnpunctuatedWords = 28; ///< in `boundaryUnit`s

@@ -21,7 +21,7 @@ namespace SentenceSegmenter {
 inline constexpr std::int64_t minClauseWords = 3;
 /// The default limit for a remainder without punctuation, in words.
 inline constexpr std::int64_t maxUnpunctuatedWords = 28;
-/// The limit for Chinese, in characters. `EngineCapabilities::localized` sets it.
+/// The limit for Chinese, in characters. `EngineCapabilities::localized` uses it.
 inline constexpr std::int64_t maxUnpunctuatedCharacters = 48;
 /// A remainder is cut only if it exceeds the limit by more than this, so that no short fragment
 /// remains.

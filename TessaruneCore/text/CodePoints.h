@@ -40,7 +40,7 @@ inline char32_t decode(std::string_view text, std::size_t& at) {
 /// Decodes the code point that ends at `end` and moves `end` to its start.
 char32_t decodeBackwards(std::string_view text, std::size_t& end);
 
-/// ASCII white space under every rule: U+0009 to U+000D and U+0020.
+/// Whether a code point is white space in ASCII: U+0009 to U+000D or U+0020.
 inline bool isASCIIWhiteSpace(char32_t codePoint) {
     return codePoint == ' ' || (codePoint >= '\t' && codePoint <= '\r');
 }

@@ -10,8 +10,8 @@ namespace tessarune {
 
 /// The elements of two lists that form their longest common subsequence, as ascending pairs of
 /// indices. Equal beginnings are paired directly; among several longest subsequences the earliest
-/// elements are preferred. Time and memory are O(n·m) in the parts after the equal beginning. If
-/// n·m exceeds `largestTable`, only the beginning is paired.
+/// elements are preferred. After the equal beginning, the lists have n and m elements left: time
+/// and memory are O(n·m), and if n·m exceeds `largestTable`, only the beginning is paired.
 template <typename A, typename B, typename Equal>
 std::vector<std::pair<std::size_t, std::size_t>> commonSubsequence(const A& a, const B& b,
                                                                    Equal equal) {

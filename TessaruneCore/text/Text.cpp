@@ -80,8 +80,8 @@ std::size_t CharacterWalker::endOfJoinedRun() const {
             return end;
         std::size_t next = end;
         const char32_t after = decode(text_, next);
-        // A plain code point joins the one before it only if that is a leading jamo, a prepended
-        // mark or a CR.
+        // A plain code point joins its predecessor only if the predecessor is a leading jamo, a
+        // prepended mark or a CR.
         const auto kind =
             u_getIntPropertyValue(static_cast<UChar32>(before), UCHAR_GRAPHEME_CLUSTER_BREAK);
         if (isPlain(after) && kind != U_GCB_PREPEND && kind != U_GCB_L && kind != U_GCB_CR)

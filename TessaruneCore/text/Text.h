@@ -85,7 +85,7 @@ std::vector<char32_t> codePoints(std::string_view text);
 char32_t firstCodePoint(std::string_view text);
 void append(std::string& text, char32_t codePoint);
 bool isValidUTF8(std::string_view bytes);
-/// Removes an incomplete code point at the end, as a truncated file has it.
+/// Removes an incomplete code point at the end. A truncated file may end with one.
 std::string_view withoutCutCharacter(std::string_view bytes);
 /// Whether all bytes are below 128. Then each byte is a character, except that CR LF is a single
 /// character.

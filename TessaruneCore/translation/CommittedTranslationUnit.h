@@ -15,7 +15,7 @@ struct CommittedTranslationUnit {
     std::vector<UUID> segmentIDs; ///< all members in order, blank ones included
     UUID resultSegmentID;         ///< the member that will show the translation: the last one
     std::string sourceText;       ///< "" if all members are blank
-    /// The `committedAt` of the first member that has text and this time; seconds since 1970.
+    /// The `committedAt` of the first member that has text and a `committedAt`; seconds since 1970.
     std::optional<double> committedAt;
 
     bool operator==(const CommittedTranslationUnit& other) const;

@@ -15,8 +15,8 @@ std::string_view resolveTraditionalChineseFlag(bool taiwanFlagRenders);
 /// Lays out a text and returns whether it renders as one glyph.
 using GlyphTest = std::function<bool(std::string_view text)>;
 
-/// A program with a display sets the test of its text engine once at start, before the first call
-/// of `traditionalChineseFlag`. Without a test every flag counts as rendered.
+/// A program with a display calls this once at start, before the first call of
+/// `traditionalChineseFlag`. Without a test, `rendersAsSingleEmojiGlyph` returns true.
 void setGlyphTest(GlyphTest test);
 
 bool rendersAsSingleEmojiGlyph(std::string_view text);

@@ -19,11 +19,11 @@ inline constexpr std::size_t minimumWords = 2;
 std::optional<std::string> latestCandidate(const BoundaryObservation& observation,
                                            std::size_t leastWords = minimumWords);
 
-/// The text in lower case, with a single blank for everything between two words. Candidates with
-/// equal keys count as the same text.
+/// The letters and digits of the text in lower case, with a single blank for each run of other
+/// characters between them. Candidates with equal keys are treated as the same text.
 std::string normalizedKey(std::string_view text);
 
-/// Whether the source texts have equal keys and the targets are equal.
+/// Whether the source texts have equal keys and the target languages are equal.
 bool matches(std::string_view source, std::string_view target, std::string_view currentSource,
              std::string_view currentTarget);
 

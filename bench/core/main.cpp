@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-/// Measures the steps of processing a partial separately, to show which step a change of the core
-/// made slower. The first argument of a benchmark is the language: 0 English, 1 Chinese.
+/// Measures each step of processing a partial, to show which step a change of the core made slower.
+/// The first argument of a benchmark is the language: 0 English, 1 Chinese.
 
 namespace tessarune {
 namespace {

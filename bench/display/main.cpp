@@ -89,8 +89,8 @@ double timed(Change change) {
     return seconds() - before;
 }
 
-// Each of these makes a change and returns the seconds until its frame. The number is that of the
-// change in its round.
+// Each of these functions makes a change and returns the seconds until the change's frame. The
+// second parameter is the change's number in the round, from 0.
 
 double afterAWord(Captions& captions, std::size_t) {
     captions.speak();

@@ -73,7 +73,7 @@ class CallWatch {
     double before_ = CPUClock::thread();
 };
 
-/// Replaces one of the engine's functions: calls it as `original`, and times the call.
+/// Replaces one of the engine's functions. `call` times a call of the replaced one, `original`.
 template <auto Member>
 struct Timed;
 

@@ -11,7 +11,7 @@ namespace tessarune::EngineMeter {
 /// The program's engine, with every call timed. Throws like `MoonshineLibrary::shared`.
 std::shared_ptr<const MoonshineLibrary> library();
 
-/// The processor time so far, in seconds. Any thread.
+/// The processor time so far, in seconds. May be called on any thread.
 double seconds();
 
 /// The number of threads that the engine has started.

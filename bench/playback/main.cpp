@@ -167,7 +167,7 @@ void measure(const std::filesystem::path& path) {
     print("seek", seconds);
     for (const double rate : {0.5, 0.75, 1.0, 1.5, 2.0, 2.5, 3.0}) {
         // The pitch rises during each minute of the file. Between the minutes are some milliseconds
-        // of silence, so playback begins in the first third of a minute.
+        // of silence. Playback begins in the first third of a minute, so as not to reach them.
         constexpr double frequencyOfFirstThird = 1200;
         double from = place(random);
         while (heard.frequencyAt(from) > frequencyOfFirstThird)

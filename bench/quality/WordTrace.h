@@ -47,7 +47,7 @@ class WordTrace {
 
     void countErased(const Texts& texts);
     Words open_;
-    Words gone_; ///< withdrawn from the end of the open words, and not repeated yet
+    Words gone_; ///< withdrawn from the end of the open words, and not shown again yet
     WordHistory settled_;
 };
 

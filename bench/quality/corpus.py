@@ -19,7 +19,8 @@ PACKAGES = {
         "BSD-2; the readings of Austen are in the public domain",
     ),
 }
-# The forced aligner with its acoustic model: requirement, SHA-256 for Python of Debian 12 and 13.
+# The forced aligner with its acoustic model: requirement, SHA-256 of the wheel for the Python of
+# Debian 12, and of the wheel for the Python of Debian 13.
 ALIGNER = (
     "pocketsphinx==5.1.1",
     "bb8fd0fc7fb08dd8f85da21f5121f34ebf4186a5bee91ce85e2d358e69a448bf",
@@ -98,7 +99,7 @@ RECORDINGS = {
     ]),
 }
 
-# Sound that a process hears first: nothing, or clips that are not measured.
+# Sound that the recogniser hears before a recording: nothing, or clips that are not measured.
 LEAD_INS = {
     "nothing": [],
     "beckett": [("samples", "beckett.wav")],
@@ -114,6 +115,7 @@ PRONUNCIATIONS = {
     "kinda": "K AY N D AH",
 }
 
-# Word times for checking the aligner. They come with the package and were made by another aligner.
+# Word times for checking the aligner. They come with "aligner-tests" and were made by another
+# aligner.
 CHECKED = {name: f"tests/data/textgrid/{name}.TextGrid"
            for name in ("acoustic_corpus", "cold_corpus", "cold_corpus3")}

@@ -89,7 +89,7 @@ int answer(const std::vector<std::string>& arguments) {
         const double from = std::stod(arguments.at(2));
         const std::string& path = arguments.at(1);
         PosixFileSystem files;
-        // The folder for new models does not exist, because nothing is stored here.
+        // This program stores no models, so the folder for new models need not exist.
         ModelStore models(files, "/nonexistent", ProgramPlaces::modelFolders());
         const auto found = arguments.at(0) == "batch"       ? batch(models, path, from)
                            : arguments.at(0) == "simulated" ? simulated(models, path, from)

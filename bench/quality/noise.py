@@ -86,10 +86,10 @@ def loudness(values):
 
 
 def speech_loudness(sound):
-    """The loudness of the parts in which somebody speaks. The measure is a loud part: one that is
-    louder than 95 of 100 parts. Parts that are less than 25 dB softer than the measure count as
-    speech. Parts that are louder than the measure, such as a thump on the desk, count as equally
-    loud."""
+    """The loudness of the speech in `sound`, without the pauses. The sound is cut into parts of
+    20 ms, and one of them is the reference: the part that is louder than 95 % of all parts. A part
+    is a pause if it is at least 25 dB softer than the reference. A part that is louder than the
+    reference, such as a thump on the desk, is limited to the loudness of the reference."""
     step = RATE // 50
     parts = sorted(loudness(sound[i:i + step]) for i in range(0, len(sound) - step, step))
     loud = parts[len(parts) * 95 // 100]

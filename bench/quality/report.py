@@ -61,8 +61,8 @@ def table(runs):
 
 
 def svg(runs):
-    """Draws the wrong words, live and in the engine's batch, and the delay of shown words. Whiskers
-    show the range of the rounds."""
+    """Draws the wrong words and the delay of shown words. "Batch" means that the engine gets the
+    whole recording at once. Whiskers show the range of the rounds."""
     found = rows(runs)
     left, wide, gap, high = 210, 330, 60, 26
     height = 70 + high * len(found)

@@ -18,7 +18,7 @@ HESITATIONS = {"uh", "um", "er", "uhm", "hmm", "mm", "ah"}
 
 
 def comparable(words):
-    """[(word, its data)], from pairs of the same kind."""
+    """The pairs (word, its data) with the words in comparable form, without hesitations."""
     result = []
     for word, data in words:
         plain = "".join(c for c in word.lower() if c.isalnum())

@@ -81,7 +81,7 @@ Ends costAtTheEnds(const std::vector<ASREventRecord>& records, const Case& which
     const double begin = CPUClock::thread();
     double firstDone = 0;
     double lastBegun = 0;
-    double lastDone = 0; // the output after the last event does not count
+    double lastDone = 0; // excludes the time in which `run` collects its result
     CaptionReplay::run(records, config(which), capabilities(which),
                        [&](const CaptionCore&, CaptionCore::Activity, double t) {
                            if (firstDone == 0 && t >= firstEnds)

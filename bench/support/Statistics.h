@@ -5,7 +5,7 @@
 /// Statistics of repeated measurements. Values may have any order; without values, the result is 0.
 namespace tessarune::Statistics {
 
-/// The smallest value that at least `share` (0 to 1) of the values do not exceed.
+/// The smallest value for which at least the share `share` (0 to 1) of all values is not greater.
 double percentile(std::vector<double> values, double share);
 
 /// The middle value, or the mean of the two in the middle.

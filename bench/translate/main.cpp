@@ -2,8 +2,8 @@
 // through the engine alone, through the offline translation service, through the session's
 // translator, and as rows that a session commits. These four ways take turns at each sentence, and
 // the way that begins changes with each round, so that the load of the computer and the caches
-// affect all ways equally. Of each sentence, the shortest wall-clock time and the median processor
-// time count.
+// affect all ways equally. Each sentence contributes its shortest wall-clock time and its median
+// processor time.
 //
 // Usage: bench-translate [ROUNDS]
 

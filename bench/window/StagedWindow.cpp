@@ -33,7 +33,7 @@ StagedWindow::StagedWindow(QtHost& host, std::size_t rows)
                .store = defaults_,
                .commands = {},
                .reducesMotion = reducesMotion_}) {
-    settings_.subtitleReviewAutoReturnSeconds = 3600; // the list does not return while it scrolls
+    settings_.subtitleReviewAutoReturnSeconds = 3600; // a scrolled list stays where it is
     partial_.id = newID_();
     while (committed_.size() < rows)
         commit();

@@ -24,7 +24,7 @@
 /// Measures the caption window. `bench/window/run` runs all measurements on a display of its own.
 ///
 ///     bench-window frames            from a change of the captions to the frame on the screen
-///     bench-window scrolling         a frame while one scrolls through 10,000 rows
+///     bench-window scrolling         a frame during scrolling through 10,000 rows
 ///     bench-window hour              an hour of captions, one change after the other
 ///     bench-window first PROGRAM...  from the start of a program to its first picture
 ///     bench-window bare              a window with a line of text, for comparison
@@ -107,7 +107,7 @@ int measureScrolling() {
         });
     };
     list->window()->requestActivate();
-    byKey(Qt::Key_PageUp); // begins to read back
+    byKey(Qt::Key_PageUp); // the list stops following the newest row
     measure("a frame of a slow flick, 12 pixels", 600, [&] { return moveBy(-12); });
     measure("a frame of a fast flick, 200 pixels", 600, [&] { return moveBy(-200); });
     measure("the same while words are spoken", 600, [&] {
@@ -128,7 +128,7 @@ int measureScrolling() {
     return 0;
 }
 
-/// The memory of this process without the pages of files.
+/// The memory of this process, without memory that is mapped from files.
 double ownMegabytes() {
     std::ifstream rollup("/proc/self/smaps_rollup");
     for (std::string word; rollup >> word;) {

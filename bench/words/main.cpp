@@ -1,6 +1,6 @@
-// bench-words FOLDER [RECORDINGS [WORDS]]: measures the search over this number of recordings and
-// the word statistics of eight hours of speech. The first run fills the folder, later ones reuse
-// it. See README.md.
+// bench-words FOLDER [RECORDINGS [WORDS]]: measures the search over RECORDINGS transcripts of WORDS
+// words each, and the word statistics of eight hours of speech. The first run fills the folder,
+// later ones reuse it. See README.md.
 
 #include "Tessarune/history/UsageStatistics.h"
 #include "Tessarune/platform/disk/PosixFileSystem.h"

@@ -1,5 +1,5 @@
-// caption-gallery FOLDER [LOCALE [NAME]]: draws the caption and the history window and the first
-// page in every state, and the settings window pane by pane, into PNG files.
+// caption-gallery FOLDER [LOCALE [NAME]]: draws the caption window, the history window and the page
+// of the first start in every state, and the settings window pane by pane, into PNG files.
 // caption-gallery --sheet FOLDER: puts the pictures of all folders in FOLDER on one sheet.
 
 #include "Tessarune/shell/StringTables.h"

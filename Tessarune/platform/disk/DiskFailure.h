@@ -14,7 +14,7 @@ namespace tessarune::DiskFailure {
 /// instead of the file, because no other file in it can be written either.
 [[noreturn]] void failToWrite(std::string_view what, const std::filesystem::path& path);
 
-/// Returns the folder of the file if it is not writable, otherwise an empty path. Keeps `errno`.
+/// Returns the file's folder if the folder is not writable, otherwise an empty path. Keeps `errno`.
 std::filesystem::path readOnlyFolderOf(const std::filesystem::path& path);
 
 /// Throws if the folder is not writable. If the folder is missing, checks its nearest existing

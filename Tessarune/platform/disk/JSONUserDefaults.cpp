@@ -19,8 +19,8 @@ namespace {
 constexpr double longestWaitSeconds = 5;
 
 /// Follows symbolic links, so that a link to settings elsewhere is kept and its target is replaced.
-/// Returns `file` itself if the target is a device or another special file, which must never be
-/// moved or replaced.
+/// Returns `file` itself if the target is a device or another special file, so that only
+/// the link can be replaced or moved, not the device.
 std::filesystem::path linkedFile(const std::filesystem::path& file) {
     constexpr int maximumLinks = 40; // the limit of the kernel
     std::error_code error;

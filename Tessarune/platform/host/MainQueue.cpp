@@ -34,8 +34,8 @@ double MainQueue::wallClock() {
     return seconds(CLOCK_REALTIME);
 }
 
-// `post` and `after` notify with the lock held: the block may end the program, and then the host is
-// destroyed as soon as the lock is free.
+// `post` and `after` call `arrived_` with the lock held. Once the lock is free, the loop may run
+// the block; if the block ends the program, this queue is destroyed.
 
 void MainQueue::post(Block block) {
     const MutexLock held(mutex_);

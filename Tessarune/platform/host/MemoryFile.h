@@ -5,8 +5,8 @@
 
 namespace tessarune {
 
-/// A file in memory, for libraries that only read files. It is closed with the object; a library
-/// that has opened it can still read it.
+/// A file in memory, for libraries that only read files. The destructor closes the file; a library
+/// that has opened `path` can still read the file.
 class MemoryFile {
   public:
     /// Copies `bytes`. Throws std::system_error.

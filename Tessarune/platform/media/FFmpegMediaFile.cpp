@@ -314,7 +314,7 @@ class FFmpegMediaFile final : public MediaFile {
 
     std::filesystem::path path_;
     FileInput input_;
-    std::optional<double> statedSeconds_; ///< as of the opening; the file may be cut later
+    std::optional<double> statedSeconds_; ///< when the file was opened; it may become shorter later
     Codec codec_;
     Packet packet_;
     Frame frame_;

@@ -47,7 +47,7 @@ FileInput::~FileInput() {
 
 void FileInput::openFile(const std::filesystem::path& path) {
     // Opening a pipe without a writer must not block, because only the wait for data can be
-    // cancelled. Standard input is shared with other programs, so its mode is not changed.
+    // cancelled. Standard input may be shared with other programs, so its flags are not changed.
     const bool isStandardInput = path == "-" || path == "/dev/stdin";
     file_ = isStandardInput ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
                             : open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
@@ -69,7 +69,7 @@ void FileInput::openContainer(const std::filesystem::path& path) {
     if (!io_ || !raw)
         throw std::bad_alloc();
     raw->pb = io_.get();
-    // No protocol has this name, so nothing else can be opened.
+    // No protocol is named "none", so a container cannot make FFmpeg open other files.
     raw->protocol_whitelist = av_strdup("none");
     const int opened = avformat_open_input(&raw, path.c_str(), nullptr, nullptr);
     if (opened == AVERROR_EXIT)

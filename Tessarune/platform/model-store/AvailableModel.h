@@ -25,8 +25,8 @@ struct FileToFetch {
 };
 
 /// Tests whether an engine can use a model whose checksums match. Throws ModelDamaged if not, and
-/// another exception if the test itself fails. Runs on the main queue. If empty, matching checksums
-/// are enough.
+/// another exception if the test itself fails. Runs on the main queue. An empty trial accepts every
+/// model whose checksums match.
 using ModelTrial = std::function<Task<void>(StoredModel model)>;
 
 /// An available model: its files and the data that the store records beside them.

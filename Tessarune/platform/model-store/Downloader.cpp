@@ -17,7 +17,7 @@ namespace {
 
 /// The limit in bytes for a file of unknown size; no model is larger.
 constexpr std::uint64_t largestUnknownFile = 2'000'000'000;
-/// The limit for a file of unknown unpacked size, as a multiple of its packed size.
+/// The limit of an unknown unpacked size, as a multiple of the packed size.
 constexpr std::uint64_t largestUnpackingRatio = 20;
 
 [[noreturn]] void fail(const std::string& name, const std::string& url, const std::string& reason) {

@@ -47,7 +47,7 @@ struct ModelDamaged : std::runtime_error {
 /// The models on this computer: a folder for each, <store>/speech/<name> or
 /// <store>/translation/<pair>, with its files and their record in "model.json". A folder gets its
 /// name only when it is complete (see ModelInstaller), so every model found here was complete and
-/// verified at that moment.
+/// verified when it was installed.
 ///
 /// The store has several parts: the user's, which is writable, and read-only ones that came with
 /// the program. A model in an earlier part hides one of the same name in a later part, unless only

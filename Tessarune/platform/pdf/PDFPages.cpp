@@ -14,7 +14,8 @@ constexpr double pageNumberSize = 9;
 constexpr double lineSpacing = 1;
 constexpr double unlimitedWidth = 100'000;
 
-/// Breaks the layout's text into lines of at most `width`, in the direction of its first letter.
+/// Breaks the layout's text into lines of at most `width`. Its first letter decides whether the
+/// lines run from the left or from the right.
 void layOut(QTextLayout& layout, double width) {
     QTextOption option;
     option.setTextDirection(Qt::LayoutDirectionAuto);

@@ -32,8 +32,8 @@ class SelectableText {
     void draw(QPainter& painter, const QTextLayout& layout, const QTextLine& line,
               QPointF position);
 
-    /// Returns `pdf`, which QPdfWriter has finished, with the records appended, so that they take
-    /// the place of its maps; see PDFUnicodeMaps::replaced.
+    /// Returns `pdf`, which QPdfWriter has finished, with the records appended. The records replace
+    /// the file's maps; see PDFUnicodeMaps::replaced.
     QByteArray madeSelectable(const QByteArray& pdf) const;
 
   private:

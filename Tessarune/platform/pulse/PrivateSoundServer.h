@@ -25,7 +25,8 @@ class PrivateSoundServer {
     static bool isInstalled(Kind kind);
 
     /// Starts the server and returns when its output is available. Throws std::runtime_error; if
-    /// the server has ended or does not answer, the text contains its last message.
+    /// the server has ended or does not answer, `what()` contains the last line of the server's
+    /// log.
     explicit PrivateSoundServer(Kind kind);
     /// Starts the first kind that is installed. Throws std::runtime_error if there is none.
     PrivateSoundServer();

@@ -70,7 +70,7 @@ class PulseConnection {
     std::map<std::string, pa_channel_map> channelMaps_;
     std::vector<OneShot<PulseOutcome>> waiters_;
 
-    mutable Mutex snapshotMutex_; ///< held for a copy only
+    mutable Mutex snapshotMutex_; ///< held only while values are copied
     SoundServerState state_ GUARDED_BY(snapshotMutex_) = SoundServerState::disconnected;
     SoundDevices devices_ GUARDED_BY(snapshotMutex_);
 };

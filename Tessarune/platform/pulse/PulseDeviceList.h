@@ -12,8 +12,7 @@ namespace tessarune {
 /// Asks the server for its devices and defaults. Used under the main loop's lock.
 ///
 /// All refreshes that are requested while one runs are combined into one more, so a burst of
-/// changes costs two refreshes. A refresh that the server does not answer completely changes
-/// nothing.
+/// changes costs two refreshes. If the server answers a refresh only in part, nothing changes.
 class PulseDeviceList {
   public:
     struct Answer {

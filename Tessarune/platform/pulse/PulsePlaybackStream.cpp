@@ -209,7 +209,7 @@ void PulsePlaybackStream::flush() {
         this));
 }
 
-/// Asks for the server's write position: the next write after a flush is heard there.
+/// Asks for the server's write position. The sound that is written after the flush begins there.
 void PulsePlaybackStream::requestOrigin() {
     flushing_.reset(pa_stream_update_timing_info(
         stream_.get(),

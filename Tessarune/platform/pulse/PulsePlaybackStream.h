@@ -8,7 +8,7 @@
 
 namespace tessarune {
 
-/// A playback stream. The server buffers about 0.2 s; a write resumes when its last sample has been
+/// A playback stream. The server buffers about 0.2 s; a write ends when its last sample has been
 /// passed to the server.
 ///
 /// The heard position comes from timing answers of the server; between two answers, it advances

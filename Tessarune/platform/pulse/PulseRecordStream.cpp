@@ -76,7 +76,8 @@ PulseOutcome PulseRecordStream::create(const RecordRequest& request) {
             static_cast<PulseRecordStream*>(self)->handleData();
         },
         this);
-    // If the server moves the stream against the request, the sound is that of another source.
+    // The server may move the stream despite DONT_MOVE. The stream ends then, because it would
+    // deliver the sound of another source.
     pa_stream_set_moved_callback(
         stream_.get(),
         [](pa_stream*, void* self) {
@@ -89,8 +90,8 @@ PulseOutcome PulseRecordStream::create(const RecordRequest& request) {
         static_cast<std::uint32_t>(-1);
     attributes.fragsize = static_cast<std::uint32_t>(samplesPerBuffer_ * sizeof(float));
     // DONT_MOVE: otherwise the default input would replace a removed monitor and record the room
-    // instead of the computer. START_UNMUTED: otherwise the stream would record silence if a mixer
-    // remembers that it was muted.
+    // instead of the computer. START_UNMUTED: otherwise the stream would record silence if the
+    // server remembers that an earlier stream of the program was muted.
     constexpr auto flags = static_cast<pa_stream_flags_t>(
         PA_STREAM_DONT_MOVE | PA_STREAM_ADJUST_LATENCY | PA_STREAM_START_UNMUTED);
     if (pa_stream_connect_record(stream_.get(), request.sourceID.c_str(), &attributes, flags) < 0)

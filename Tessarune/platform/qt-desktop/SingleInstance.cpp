@@ -44,7 +44,7 @@ SingleInstance::SingleInstance(const std::string& applicationID, QDBusConnection
     if (!bus_.isConnected())
         return;
     // Before the name is registered: a program that finds the name may call at once.
-    new ApplicationInterface(*this); // owned by this object as its parent
+    new ApplicationInterface(*this); // this object is the parent, which deletes it
     bus_.registerObject(objectPath(id_), this);
     standing_ = bus_.registerService(id_) ? Standing::first : Standing::second;
 }

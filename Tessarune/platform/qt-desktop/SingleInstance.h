@@ -46,9 +46,10 @@ class SingleInstance : public QObject, protected QDBusContext {
     /// From now on, answers requests with the error that this program is ending. Their senders wait
     /// for a limited time until the id is free.
     void refuse() { isEnding_ = true; }
-    /// Passes the request to the running program, and removes the actions from it that this program
-    /// has accepted. Returns the reason for a failure; empty on success, and also if the other
-    /// program has ended and this one is now the first, which is left with the rest.
+    /// Passes the request to the running program, and removes the actions from `request` that the
+    /// running program has accepted. Returns the reason for a failure. Empty on success, and also
+    /// if the running program has ended: this instance is then the first, and must do what is left
+    /// in `request`.
     std::string forward(InstanceRequest& request);
 
     /// Takes a request from the bus; only for ApplicationInterface.

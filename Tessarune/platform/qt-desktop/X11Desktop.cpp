@@ -79,7 +79,7 @@ bool hasTray() {
 }
 
 bool announcesTray(const QByteArray& kind, const void* message) {
-    constexpr std::uint8_t sentByClient = 0x80; // a flag of the type
+    constexpr std::uint8_t sentByClient = 0x80; // a flag in `response_type`
     if (kind != "xcb_generic_event_t")
         return false;
     const auto* const event = static_cast<const xcb_generic_event_t*>(message);

@@ -25,8 +25,8 @@ std::filesystem::path autostartFolder() {
            "autostart";
 }
 
-/// Quotes a path as an argument of a desktop entry's command. The command escapes a character by a
-/// backslash, and the entry writes each backslash twice.
+/// Quotes a path as an argument of a desktop entry's command. In a command, a backslash escapes the
+/// next character; in a desktop entry, each backslash is doubled.
 std::string quoted(const std::string& path) {
     std::string text = "\"";
     for (const char character : path) {
@@ -131,7 +131,7 @@ void XDGDesktop::notify(const std::string& title, const std::string& text) {
                                               service, QLatin1String(name));
     };
     constexpr unsigned replacesNone = 0;
-    constexpr int desktopDecides = -1; // when the notification disappears
+    constexpr int desktopDecides = -1; // how long the notification is shown
     const QString id = QString::fromStdString(applicationID_);
     QVariantList arguments{QStringLiteral("Tessarune"),
                            replacesNone,
@@ -141,8 +141,8 @@ void XDGDesktop::notify(const std::string& title, const std::string& text) {
                            QStringList(),
                            QVariantMap{{QStringLiteral("desktop-entry"), id}},
                            desktopDecides};
-    // Most servers read the text as markup, others show it as it is. Each notification asks again,
-    // because a desktop may start another server.
+    // Most servers read the text as markup, others show it as it is. The server is asked before
+    // each notification, because a desktop may start another server.
     auto* const asking =
         new QDBusPendingCallWatcher(bus_.asyncCall(method("GetCapabilities")), qApp);
     QObject::connect(asking, &QDBusPendingCallWatcher::finished, asking,

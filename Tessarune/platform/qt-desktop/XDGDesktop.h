@@ -9,8 +9,8 @@
 
 namespace tessarune {
 
-/// A desktop that follows the conventions of freedesktop.org. On the main thread, while the
-/// application object exists. The file system must outlive it.
+/// A desktop that follows the conventions of freedesktop.org. Use it on the main thread, while the
+/// application object exists. The file system must outlive the desktop.
 class XDGDesktop final : public Desktop {
   public:
     /// `program` is the executable that the desktop starts at login.

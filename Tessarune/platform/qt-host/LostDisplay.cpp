@@ -18,7 +18,7 @@ namespace tessarune {
 
 namespace {
 
-/// Longer than the last work takes.
+/// How long a thread waits for another one that does the last work; the work takes less time.
 constexpr unsigned long longestWaitMS = 10'000;
 /// If the main thread waits for another thread and uses no processor time for this long, it is
 /// taken to be waiting for the rendering thread.
@@ -61,8 +61,8 @@ long long processorTimeOfMainThread() {
     return used.tv_sec * 1'000'000'000LL + used.tv_nsec;
 }
 
-/// False while the main thread waits for something else, for example for a slow disk: it will go on
-/// with its work, and must not find another thread at the same objects.
+/// False while the main thread waits for something other than a thread, such as a slow disk. The
+/// main thread then continues soon, so no other thread may use its objects.
 bool mayMainThreadWaitForAThread() {
     std::ifstream file(pending().mainThreadCall);
     std::string call; // its number and arguments; empty if the kernel does not say

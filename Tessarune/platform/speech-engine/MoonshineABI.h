@@ -10,7 +10,7 @@ namespace tessarune::moonshine {
 
 inline constexpr std::int32_t interfaceVersion = 30000;
 
-/// One of the negative results of the calls that return a number.
+/// The library's error code for an unknown failure.
 inline constexpr std::int32_t unknown = -1;
 
 struct Option {

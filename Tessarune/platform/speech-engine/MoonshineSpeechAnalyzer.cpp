@@ -11,13 +11,14 @@ namespace {
 
 using Session = std::shared_ptr<RecognitionSession>;
 
-/// Runs `work` on the worker queue and resumes on the main queue when it is done. A separate
-/// coroutine, because it keeps the session alive until then, even if the analyzer is destroyed.
+/// Runs `work` on the worker queue and resumes on the main queue when it is done. This is a
+/// separate coroutine so that the session stays alive until then, even if the analyzer is
+/// destroyed.
 Task<void> onWorker(Executor worker, Session session, void (RecognitionSession::*work)()) {
     co_await runOn(std::move(worker), [&] { (*session.*work)(); });
 }
 
-/// Feeds the input to the session until it ends; runs on the worker queue.
+/// Feeds the input to the session until the input ends; runs on the worker queue.
 Task<void> readInput(Session session, AsyncStream<AnalyzerInput> input, std::stop_token stop) {
     try {
         for (;;) {

@@ -24,9 +24,8 @@ class MoonshineSpeechTranscriber final : public SpeechTranscriber {
     AsyncStream<SpeechResult> results_;
 };
 
-/// The half of the recogniser that takes sound. Runs every operation on the worker queue, which the
-/// session is confined to, and returns its result on the main queue. The destructor ends the
-/// session.
+/// The half of the recogniser that takes sound. Its RecognitionSession works on the worker queue;
+/// the tasks resume their callers on the main queue. The destructor ends the RecognitionSession.
 ///
 /// The engine closes a line at the speaker's pauses. `finalize` closes it earlier, at a rest
 /// between two words, if one comes soon; otherwise the engine closes the line.

@@ -110,8 +110,8 @@ class OpenLine::Merge {
             put(nextGuess_, guessEnd, true);
         else
             keep(shownEnd);
-        // If a single pass has the new words, and they are not more than the shown ones, they count
-        // as another version of the shown words.
+        // If only one pass has the new words, and there are at most as many of them as shown words,
+        // they are taken for another version of the shown words.
         return replaces || (guessEnd - nextGuess_ <= shownEnd - nextShown_ &&
                             all(guess_, nextGuess_, guessEnd,
                                 [](const Word& word) { return word.looks < looksToAgree; }));
@@ -295,11 +295,12 @@ OpenLine::Words OpenLine::withoutRepeats(std::vector<SpeechRun> runs) {
 
 /// Finds the place in a guess at which the words of `front` end and those of `behind` begin: where
 /// both match best. A matching word counts 1; a changed or missing one counts -1, so that a
-/// frequent word much later is not taken for a settled one. An inserted word counts -1 in `behind`
-/// and -1.5 in `front`, because it more likely belongs to the following text. If a word of `front`
-/// could be either missing or changed, it counts as changed. This sometimes leaves out one word too
-/// many, which the next pass shows; if one too few were left out, a word would be shown twice.
-/// Hesitations do not count, because the engine does not always write them.
+/// frequent word much later in the guess is not taken for a word of `front`. An inserted word
+/// counts -1 in `behind` and -1.5 in `front`, because it more likely belongs to the following text.
+/// If a word of `front` may be either changed or missing in the guess, it is taken for a changed
+/// one. If that is wrong, a word of the following text is hidden until the next pass; the opposite
+/// error would show a word twice. Hesitations do not count, because the engine does not always
+/// write them.
 OpenLine::Joint OpenLine::jointOf(const Words& front, bool beginsInside, const Words& behind,
                                   const Words& guess) {
     Joint joint =

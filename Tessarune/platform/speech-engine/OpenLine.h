@@ -22,8 +22,8 @@ namespace tessarune {
 /// the engine reports hesitations in one pass and omits them in the next.
 ///
 /// The front of a long line is settled before the line ends: at the end of a sentence, later at the
-/// end of a clause, and later still anywhere. A pass that settles words settles all shown words,
-/// and perhaps more: a shown word that is left out would disappear from the screen for a moment.
+/// end of a clause, and later still anywhere. A pass settles either no words, or at least all words
+/// that were shown before it: otherwise some of them would disappear from the screen for a moment.
 /// Later guesses repeat the settled words more or less exactly; these repetitions are matched and
 /// left out.
 ///

@@ -26,8 +26,8 @@ struct RecognitionPolicy {
     /// The maximum seconds that `passCostFactor` leaves between the end of a pass and the start of
     /// the next.
     double longestIdle = 2.0;
-    /// With this many seconds of new sound, the next pass starts at once: a file that plays faster
-    /// than real time arrives in such pieces.
+    /// With this many seconds of new sound, the next pass starts at once, so that pauses between
+    /// passes do not delay a file that plays faster than real time.
     double enoughSound = 4.0;
     /// A clock that measures the cost of a pass. With the elapsed time alone, a suspension of the
     /// process would count as work.
@@ -37,7 +37,8 @@ struct RecognitionPolicy {
     /// A line shorter than this many seconds is not closed early: the engine closes it at the next
     /// pause, which is a better place.
     double shortestLineToClose = 5;
-    /// The maximum seconds to wait for a rest between two words at which a line is closed early.
+    /// A line is closed early only at a short rest between two words, for which the session waits
+    /// at most this many seconds.
     double longestWaitForRest = 1.0;
     /// Live sound is continuous. After this many seconds without sound, the source is gone: the
     /// open line is closed, so that its text does not wait until the source returns.

@@ -16,8 +16,8 @@ constexpr double warmUpSeconds = 3;
 /// The maximum seconds of sound that are replayed to a new stream. The engine opens a line at most
 /// this long after the first sound of the line.
 constexpr double recentSeconds = 3;
-/// The sound of a pass counts as live if it is at most this much longer than the time since the
-/// last pass: live sound comes in batches.
+/// Live sound comes in batches, so a pass can have this many seconds of sound more than the time
+/// since the last pass. If it has more, the sound is not live.
 constexpr double liveSlackSeconds = 0.5;
 
 constexpr auto samplesIn(double seconds) {
@@ -152,7 +152,7 @@ void RecognitionSession::dropBacklog() {
     stream_.emplace(model_);
     reader_.restarted(takenSeconds());
     backlog_->seconds = 0;
-    nextPassAt_ = host_.now(); // the remaining sound has waited long enough
+    nextPassAt_ = host_.now(); // the sound that is not dropped has waited long enough
     closing_.end();
 }
 
@@ -163,8 +163,8 @@ void RecognitionSession::watchForStall() {
 
 void RecognitionSession::closeIfStalled() {
     const bool isStalled = stall_.check(host_.now());
-    // The source of a file waits while the recogniser is behind: missing sound is a stall only if
-    // passes have covered all sound so far.
+    // A sound source that plays a file waits while the recogniser is behind. So missing sound is a
+    // stall only if passes have covered all sound so far.
     if (hasNewSound_ || !isStalled) {
         watchForStall();
         return;

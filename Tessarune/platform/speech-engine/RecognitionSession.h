@@ -103,7 +103,7 @@ class RecognitionSession : public std::enable_shared_from_this<RecognitionSessio
     bool hasNewSound_ = false;  ///< whether there is sound that no pass has covered
 
     // The schedule of the passes
-    double nextPassAt_ = 0;           ///< host time; earlier if `policy_.enoughSound` is waiting
+    double nextPassAt_ = 0;           ///< host time; with enough new sound, a pass starts earlier
     double lastPassAt_ = 0;           ///< host time of its start
     std::optional<double> passDueAt_; ///< host time for which the next pass is scheduled
     std::uint64_t passRound_ = 0;     ///< counts the scheduled passes; only the latest takes place

@@ -12,7 +12,7 @@ namespace tessarune {
 
 /// Creates the recogniser of this computer. It loads nothing before an analyzer is prepared; the
 /// preparation fails if the library or the model is missing. Models for live sound stay loaded
-/// while a copy of the result lives; `host` and `store` must outlive all copies.
+/// while a copy of the returned engine lives; `host` and `store` must outlive all copies.
 ///
 /// `modelChoice` is called at each preparation on the worker queue and returns "automatic" or the
 /// name of a model.

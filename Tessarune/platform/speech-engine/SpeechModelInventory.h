@@ -19,8 +19,8 @@ class SpeechModelInventory final : public AssetInventory, public SpeechModelMana
   public:
     using Library = std::function<std::shared_ptr<const MoonshineLibrary>()>;
 
-    /// `choice` is like `modelChoice` of `makeSpeechEngine`, but is called on the main queue; if it
-    /// is empty, the choice is automatic.
+    /// `choice` is like `modelChoice` of `makeSpeechEngine`, but is called on the main queue. A
+    /// null `choice` means "automatic".
     SpeechModelInventory(ModelStore& store, ModelInstaller& installer,
                          std::function<std::string()> choice,
                          Library library = &MoonshineLibrary::shared);

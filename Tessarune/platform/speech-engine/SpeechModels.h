@@ -40,18 +40,18 @@ class SpeechModels {
                  std::function<std::shared_ptr<const MoonshineLibrary>()> library,
                  double passInterval, std::uint64_t memoryBytes = memoryBytesOfComputer());
 
-    /// The chosen model, or for "automatic" the largest intact one that was not too slow on this
-    /// computer lately, or else the smallest installed one. Throws std::runtime_error if there is
-    /// none.
+    /// The chosen model. For "automatic": the largest intact model that was not too slow on this
+    /// computer lately; if there is none, the smallest installed model. Throws std::runtime_error
+    /// if the chosen model, or any model at all, is missing.
     StoredModel choose() const;
 
-    /// The chosen model in memory; loaded once and kept. Throws like `choose`, and ModelDamaged and
-    /// others like MoonshineModel.
+    /// The chosen model in memory; loaded once and kept. Throws what `choose` and the constructor
+    /// of MoonshineModel throw.
     std::shared_ptr<MoonshineModel> loaded();
 
-    /// Loads a separate model for recordings, for which speed matters little: the named one, or for
-    /// "automatic" the largest intact one that fits this computer's memory, or else the smallest
-    /// installed one. Throws like `loaded`.
+    /// Loads `model` separately, for recordings, for which speed matters little. For "automatic":
+    /// the largest intact model that fits this computer's memory; if there is none, the smallest
+    /// installed model. Throws like `loaded`.
     std::shared_ptr<MoonshineModel> loadForFiles(const std::string& model) const;
 
     /// The measured speeds that `choose` uses.

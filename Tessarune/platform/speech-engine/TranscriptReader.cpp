@@ -11,7 +11,7 @@ namespace tessarune {
 namespace {
 
 /// A line that begins more than this many seconds before the end of the previous line may repeat
-/// its last words, because the engine cuts long lines anywhere.
+/// the previous line's last words, because the engine cuts long lines anywhere.
 constexpr double overlapWithWords = 0.3;
 
 /// The engine sometimes writes a comma twice.
@@ -72,7 +72,8 @@ void TranscriptReader::readOpen(const moonshine::Line& line, bool looksAgainSoon
     std::vector<SpeechRun> settled =
         line_.look(runsOf(line), clockOffset_ + line.start, looksAgainSoon);
     if (!settled.empty()) {
-        // A final has the same words as the volatile result before it, for code that compares them.
+        // `AppleFinalReconciler` compares a final with the last volatile result. That result must
+        // have the same words as the final, so it is reported first.
         if (givesVolatile)
             results.push_back(result(settled, false));
         results.push_back(result(std::move(settled), true));

@@ -22,8 +22,8 @@ class TranscriptReader {
     /// the next pass follows soon.
     std::vector<SpeechResult> read(const moonshine::Transcript& transcript, bool looksAgainSoon);
 
-    /// Must be called when the engine's stream has been recreated: the new stream begins at `at`,
-    /// in seconds of the session, and its lines count from 0 again.
+    /// Must be called when the engine's stream has been recreated. The new stream begins at `at`,
+    /// in seconds of the session; the numbers and times of its lines begin at 0 again.
     void restarted(double at);
 
     /// Takes the shown, not yet final result of the open line as its final; `nullopt` if there is

@@ -113,7 +113,7 @@ class OfflineTranslationService::Session final : public TranslationSession {
                                          localized("The translation session is over."));
         }
 
-        /// Returns the route. Each call looks for a model until one has been found.
+        /// Returns the route. Looks for a model if no earlier call has found one.
         Route findRoute() {
             requireAlive();
             if (route)
@@ -136,7 +136,7 @@ class OfflineTranslationService::Session final : public TranslationSession {
             route.reset();
             TessaruneLog::translation.notice(
                 [&] { return "the engine of " + hanging.modelName + " does not answer"; });
-            requireAlive(); // throws, because the session is over
+            requireAlive(); // throws, because the session was abandoned
         }
     };
     using Pointer = std::shared_ptr<State>;

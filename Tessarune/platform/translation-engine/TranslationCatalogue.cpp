@@ -50,8 +50,9 @@ struct Version {
     auto order() const { return std::tie(major, minor, isFinal, suffix); }
 };
 
-/// Who a model is published for. The condition in its records is an expression of the publisher's
-/// own program; a form that is not known here counts as a trial. In ascending order of preference.
+/// For whom a model is published, in ascending order of preference. The model's records state the
+/// audience as a condition in the expression language of the publisher's program. Any condition
+/// that `audienceOf` does not know means `trial`.
 enum class Audience { otherDevices, trial, everybody };
 
 Audience audienceOf(std::string_view condition) {

@@ -16,11 +16,11 @@ struct TranslationEngineError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// The translation engine with the model of one language pair, about 50 MB. Created, used and
-/// destroyed on one thread.
+/// The translation engine with the model of one language pair; takes about 40 MB of memory.
+/// Created, used and destroyed on one thread.
 class TranslationEngine {
   public:
-    /// The two vocabularies are the same file if the languages share it.
+    /// If the two languages share a vocabulary, both paths name the same file.
     struct Files {
         std::filesystem::path model;
         std::filesystem::path sourceVocabulary;

@@ -24,7 +24,7 @@ constexpr double trialSeconds = 30;
     throw std::runtime_error(localized("There is no translation into the language %@.", {id}));
 }
 
-/// A pair of platform language identifiers.
+/// A source and a target language, as the translation service names them.
 struct Languages {
     std::string source;
     std::string target;
@@ -152,7 +152,7 @@ struct TranslationModelInventory::Shared {
         co_await self->installer.install(std::move(*model), std::move(progress), stop);
     }
 
-    /// Main queue. Starts the job or joins the running one.
+    /// Main queue. Starts an installation, or joins the running one for the same languages.
     static void startOrJoin(const Pointer& self, const Languages& languages,
                             const OneShot<std::exception_ptr>& outcome) {
         Waiters& waiters = self->runningInstallations[languages];

@@ -14,7 +14,7 @@ namespace tessarune::VocabularyFile {
 
 namespace {
 
-/// Numbers of fields in a SentencePiece model, which is a protocol buffer.
+/// Field numbers of a SentencePiece model, which is a protocol buffer.
 constexpr std::uint64_t piecesField = 1;
 constexpr std::uint64_t normalizerField = 3;
 
@@ -31,7 +31,8 @@ std::optional<std::uint64_t> takeNumber(std::string_view& bytes) {
     return std::nullopt;
 }
 
-/// Reads the number of the next field and skips the field; `nullopt` if the field is truncated.
+/// Reads the number of the next field and skips the field; `nullopt` if the field is truncated or
+/// of an unknown type.
 std::optional<std::uint64_t> takeField(std::string_view& bytes) {
     const auto key = takeNumber(bytes);
     if (!key)

@@ -19,9 +19,9 @@ std::size_t charactersOf(const CaptionStageRows& rows, std::size_t first, std::s
 
 } // namespace
 
-/// Returns how many characters of the growing row of `next` are already visible in other rows. Some
-/// are if an open row settles and its remainder becomes the next row, or if a sentence opens again
-/// and absorbs the rows after it.
+/// Returns how many characters of the growing row of `next` are already visible in other rows.
+/// Characters are already visible if part of an open row settles and the rest becomes the next row,
+/// or if a sentence opens again and absorbs the rows after it.
 std::size_t CaptionRowsModel::revealedIn(const CaptionStageRows& next) const {
     const std::size_t before = rows_.growing();
     const std::size_t now = next.growing();
@@ -42,7 +42,7 @@ void CaptionRowsModel::update(CaptionStageRows rows) {
     const std::vector<std::size_t> changed = rows.changedSince(rows_);
     const bool sameRowGrows = rows.growing() == rows_.growing() && rows.growing() < rows.size() &&
                               rows_.growing() < rows_.size();
-    if (!sameRowGrows) // if the same row still grows, the view may not have taken the value yet
+    if (!sameRowGrows) // otherwise the view may not have taken `alreadyRevealed_` yet
         alreadyRevealed_ = revealed_ = revealedIn(rows);
     if (now > before)
         beginInsertRows({}, before, now - 1);

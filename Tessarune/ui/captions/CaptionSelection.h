@@ -39,8 +39,8 @@ class CaptionSelection : public QObject {
     Q_INVOKABLE void selectWord(double x, double y);
     Q_INVOKABLE void selectAll();
     Q_INVOKABLE void clear();
-    /// The selected part of a text item, as rectangles in it. `width` and `revision` are not used:
-    /// because the caller's binding names them, it is evaluated again when they change.
+    /// The selected part of a text item, as rectangles in it. `width` and `revision` are not used
+    /// here; the caller's binding passes them so that it is evaluated again when they change.
     Q_INVOKABLE QVariantList rects(int row, bool isTranslation, QQuickItem* item, double width,
                                    int revision) const;
 

@@ -15,10 +15,10 @@ enum class CaptionEmptyPresentation { idle, checking, silent };
 namespace CaptionStage {
 
 bool hasCaptionOutput(const LiveCaptionDisplayFrame& frame);
-/// `nullopt` while there are captions, and while a session without captions is stopping, unless its
-/// sound was silent.
+/// `nullopt` if there are captions. While a session without captions is stopping: `silent` if its
+/// sound was silent, otherwise `nullopt`.
 std::optional<CaptionEmptyPresentation> emptyPresentation(const LiveCaptionDisplayFrame& frame);
-/// A hash of the drawn content: it changes with every visible change.
+/// A hash of the drawn captions. It changes with every visible change of a caption.
 std::uint64_t contentRevision(const LiveCaptionDisplayFrame& frame);
 
 } // namespace CaptionStage

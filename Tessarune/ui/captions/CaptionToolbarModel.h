@@ -114,7 +114,7 @@ class CaptionToolbarModel final : public QObject {
     const CaptionWindowEnvironment& environment_;
     SubtitleToolbarSettingsStore settings_;
     CaptionSourcesModel sources_;
-    /// Whether there was output, and whether a caption was an error, in the last frame.
+    /// Whether the last frame had captions, and whether one of them was an error.
     std::pair<bool, bool> shown_{false, false};
     Observations observations_;
 };

@@ -13,8 +13,8 @@ void StreamingText::stream() {
     }
     if (!streaming_)
         alreadyRevealed_ = stage_->rows()->takeAlreadyRevealed();
-    // QML sets the text and `running` one after the other, so the first text may be outdated: until
-    // something is revealed, each text begins a new stream.
+    // QML sets the text and `running` one after the other. If it sets `running` first, the text is
+    // still an older one. Therefore each text begins a new stream until something is revealed.
     if (!streaming_ || !hasRevealed_) {
         hasRevealed_ = false;
         stage_->rows()->setRevealed(alreadyRevealed_);

@@ -25,8 +25,8 @@ class ListedRows : public QAbstractListModel {
         return row >= 0 && row < count() ? &rows_[static_cast<std::size_t>(row)] : nullptr;
     }
 
-    /// Replaces the rows between the first and the last difference in identity, which `isSame`
-    /// compares. Announces a change of each kept row whose content differs.
+    /// Replaces the rows by `now`. Keeps the rows at the beginning and at the end that `isSame`
+    /// finds in both lists, and announces a change of each kept row whose content differs.
     template <typename IsSame>
     void show(std::vector<Row> now, IsSame isSame) {
         const auto first =

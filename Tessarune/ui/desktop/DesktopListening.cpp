@@ -13,7 +13,7 @@ namespace {
 using Topic = DesktopNotices::Topic;
 
 constexpr double quietWaitSeconds = 1; // only a longer wait is worth a message
-constexpr std::size_t mostNames = 3;   // of files in a message
+constexpr std::size_t mostNames = 3;   // a message names at most so many files
 
 } // namespace
 
@@ -139,9 +139,8 @@ void DesktopListening::captionFiles(std::vector<std::filesystem::path> files) {
     spawn(Executor::main(environment_.host), lookAt(std::move(files), look_));
 }
 
-/// Searches for the first file that can be heard, on a queue of its own because the disk may be
-/// slow. The running session continues during the search, and is stopped only if such a file is
-/// found.
+/// Searches for the first playable file. Uses a separate queue, because the disk may be slow. The
+/// running session continues during the search, and is stopped only if such a file is found.
 Task<void> DesktopListening::lookAt(std::vector<std::filesystem::path> files, unsigned look) {
     Host& host = environment_.host;
     const auto queue = host.serialQueue("Tessarune.file.look", QueuePriority::userInitiated);
@@ -195,7 +194,7 @@ void DesktopListening::dropFollowing() {
     names.reserve(left.size());
     for (const std::filesystem::path& file : left)
         names.push_back(DesktopSound::shownName(file));
-    environment_.notices.tell(Topic::file, ""); // removes the number of files that follow
+    environment_.notices.tell(Topic::file, ""); // removes the notice of how many files follow
     environment_.notices.tell(
         names.size() > mostNames
             ? localized("还有 %lld 个文件没有播放。", {std::to_string(names.size())})
@@ -223,7 +222,7 @@ void DesktopListening::fileEnded(const std::string& problem) {
         wish_->isAnother = true; // so that the file does not play again
 }
 
-/// Fulfils the wish once the previous session is saved. Replaces a wish that still waits.
+/// Fulfils the wish after the previous session is saved. Replaces a wish that still waits.
 void DesktopListening::want(Wish wish) {
     pendingStart_ = std::nullopt;
     if (!std::exchange(wish_, std::move(wish)))

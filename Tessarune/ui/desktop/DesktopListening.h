@@ -63,7 +63,7 @@ class DesktopListening {
         std::optional<std::filesystem::path> file; ///< `nullopt`: the computer
         std::optional<AudioSource> source{};       ///< `nullopt`: the source before the file
         bool isAnother = true;                     ///< whether the source changes
-        bool starts = false;                       ///< whether a session starts then
+        bool starts = false;                       ///< whether to start a session with the source
     };
 
     LiveTranscriptStore& store() { return environment_.session.store(); }

@@ -54,7 +54,8 @@ bool isOwnStream(const std::filesystem::path& file) {
 }
 
 /// Passes the request to the program that already runs. Returns the exit status; `nullopt` if that
-/// program has just ended and this one takes its place, with what remains of the request.
+/// program has just ended and this one takes its place. `request.actions` then holds only those
+/// that the other program has not accepted.
 std::optional<int> passOn(SingleInstance& instance, DesktopRequest& request) {
     if (std::ranges::any_of(request.files, isOwnStream)) {
         std::cerr << "tessarune: already running; it cannot read sound that is piped to a second "
@@ -111,7 +112,8 @@ int runDesktopProgram(int argc, char** argv) {
                   << "'; expected start, stop, toggle, show, history, settings, or files.\n";
         return usageError;
     }
-    // Of several files, the window names those that cannot be heard and captions the others.
+    // If there are several files, the window reports those that cannot be heard, and makes captions
+    // for the others.
     const std::string problem =
         request.files.size() == 1 ? DesktopSound::problemOf(request.files.front()) : "";
     if (!problem.empty())

@@ -28,16 +28,16 @@ void DesktopProgram::watchSystem() {
         makeTray();
     const auto& problem = store().view().presentedError;
     observations_.followChanges(problem, [this](const std::string& text) {
-        // The caption line shows why a start failed. It also shows other failures, those of a
-        // recording, but only until the next words replace them. So these become notices, which
-        // stay until they are read.
+        // The caption line shows why a start failed. It also shows the failures of a running
+        // session, but only until the next words replace them. So a failure of a running session
+        // becomes a notice, too, which stays when the next words come.
         if (*store().view().sessionPhase == LiveSessionPhase::failed)
             notifyIfHidden(text);
         else if (!text.empty())
             notices_.tell(DesktopNotices::Topic::session, text);
     });
-    // The status of a stop after silence becomes a notice, because the stop replaces the status at
-    // once.
+    // After a long silence, the session reports the status `inactive` and stops. The stop replaces
+    // this status at once, so a notice tells the user the reason.
     observations_.followChanges(store().view().status, [this](const SessionStatus& status) {
         if (status.kind == SessionStatus::Kind::inactive)
             notices_.tell(
@@ -73,7 +73,7 @@ void DesktopProgram::watchSystem() {
     lostDisplay_.emplace([this] {
         saveNow();
         const TaskHandle ending = spawn(Executor::main(host_), application_.refinement.end());
-        constexpr double markSeconds = 1; // enough to mark an import that the next start completes
+        constexpr double markSeconds = 1; // enough to leave an unfinished import to the next start
         host_.runByItself([&] { return ending.isFinished(); }, markSeconds);
         application_.compressor.endLeftover();
     });

@@ -191,8 +191,8 @@ void DesktopProgram::handle(const InstanceRequest& request) {
     listening_.captionFiles({request.files.begin(), request.files.end()});
 }
 
-/// Closes the welcome page before a session of the user begins. This ends the page's sample and
-/// shows the caption window.
+/// Closes the welcome page before a session of the user begins. This stops the sample speech on the
+/// page and shows the caption window.
 void DesktopProgram::closeWelcome() {
     if (welcome_)
         welcome_->close();

@@ -37,7 +37,8 @@ std::string textOf(const std::exception_ptr& failure) {
 std::string DesktopSound::problemOf(const std::filesystem::path& file) {
     std::error_code unknown;
     const auto kind = std::filesystem::status(file, unknown).type();
-    // Data that is read here would be missing from the sound.
+    // A pipe or a terminal is not checked, because the data that a check reads would be missing
+    // from the sound.
     if (kind == std::filesystem::file_type::fifo || kind == std::filesystem::file_type::character ||
         file == "-" || file == "/dev/stdin")
         return {};

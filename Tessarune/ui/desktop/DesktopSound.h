@@ -15,7 +15,8 @@ namespace tessarune {
 
 /// The sound of the desktop program: the computer's, or temporarily a file that plays in its place.
 /// The computer's microphones are listed in either case. The source changes only on the main queue
-/// and between two sessions, so a session may use it on its own queue. The host must outlive it.
+/// and between two sessions, so a session may use this server on the session's own queue. The host
+/// must outlive this server.
 class DesktopSound final : public SoundServer {
   public:
     explicit DesktopSound(Host& host) : host_(host) {}

@@ -20,7 +20,7 @@ namespace tessarune {
 struct ImportedFile {
     enum class State { waiting, copying, failed };
 
-    int number = 0; ///< the running number of the file; files with the same path differ in it
+    int number = 0; ///< tells files with the same path apart
     std::filesystem::path path;
     State state = State::waiting;
     std::string problem; ///< why the import failed

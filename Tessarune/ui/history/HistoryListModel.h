@@ -50,8 +50,9 @@ class HistoryListModel final : public ListedRows<HistoryListReader::EntryPtr> {
     /// Whether no recording can be read.
     bool isUnreadable() const { return all_.empty() && !problem_.empty(); }
 
-    /// Lists only recordings that the full-text search finds, or whose note, date, time and
-    /// beginning together contain all words of `query`. An empty query lists all.
+    /// Lists only recordings that the full-text search finds, or for which all words of `query`
+    /// occur in the note, the date, the time or the beginning of the transcript. An empty query
+    /// lists all recordings.
     void setQuery(const QString& query);
     /// Hides a recording that is about to be deleted.
     void setHidden(const UUID& id, bool isHidden);

@@ -26,7 +26,7 @@ class HistoryRefinementModel final : public QObject {
     Q_PROPERTY(QString stateText READ stateText NOTIFY changed)
     /// 0 to 1; negative while the refinement waits, and if there is none.
     Q_PROPERTY(double progress READ progress NOTIFY changed)
-    /// Why its last refinement failed; empty if it did not fail.
+    /// Why the recording's last refinement failed; empty if it did not fail.
     Q_PROPERTY(QString problem READ problem NOTIFY changed)
     /// The models to choose from, as of the last `refresh`: first "automatic", then the installed
     /// models. Empty if none is installed.

@@ -39,8 +39,8 @@ class HistoryTranscriptModel final : public ListedRows<HistoryTranscriptRow> {
     /// The first and the last sentence that a row shows; `nullopt` if it shows none.
     std::optional<std::pair<std::size_t, std::size_t>> sentencesOf(int row) const;
     /// The row of a sentence; if the sentence has none, the row of the last earlier sentence that
-    /// has one. The rows of sentences after the last timed sentence are unknown; each of these
-    /// sentences is taken to fill one row.
+    /// has one. Sentences after the last timed sentence have no known rows; the function assumes
+    /// one row for each of them.
     Q_INVOKABLE int nearestRow(int sentence) const;
 
     QVariant data(const QModelIndex& index, int role) const override;

@@ -59,7 +59,7 @@ HistoryWindow::HistoryWindow(HistoryWindowEnvironment environment)
     new ScreenFit(*window_);
     QObject::connect(window_, &QWindow::visibleChanged, &model_, [this](bool isVisible) {
         if (!isVisible)
-            model_.dismissMessage(); // carries out the deletions
+            model_.dismissMessage(); // carries out deletions that could still be undone
     });
     QObject::connect(window_, &QWindow::activeChanged, &model_, [this] {
         if (window_->isActive())

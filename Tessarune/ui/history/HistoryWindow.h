@@ -18,8 +18,8 @@ class HistoryWindow {
     ~HistoryWindow();
     HistoryWindow(const HistoryWindow&) = delete;
 
-    /// Shows the window, raised and active, with the recording of this identifier; for any other
-    /// text, as the user left it.
+    /// Shows, raises and activates the window. If `recording` is an identifier, selects that
+    /// recording.
     void show(const std::string& recording = {});
     /// Carries out the deletions that could still be undone, and waits until all changes are
     /// written.

@@ -43,7 +43,7 @@ struct HistoryWindowEnvironment {
     HistoryWordStatsService& wordStatistics;
     std::shared_ptr<VocabularyStore> vocabulary;
     std::shared_ptr<VocabularyPreferences> vocabularyPreferences;
-    /// Called before each change of the recordings; the change keeps the hold until it is done.
+    /// Called before each change of the recordings; the change keeps the lease until it is done.
     std::function<DataFolderLease()> leaseDataFolder;
     /// Returns the names of the installed and intact speech models.
     std::function<std::vector<std::string>()> speechModels;
@@ -66,8 +66,8 @@ struct HistoryWindowEnvironment {
     const Published<double>* liveDuration = nullptr;
     /// Returns the recording of this program's session; `nullopt` if none is being recorded.
     std::function<std::optional<UUID>()> liveRecording = [] { return std::nullopt; };
-    /// Logs a playback for as long as the returned object exists; empty if playbacks are not
-    /// logged.
+    /// Logs a playback for as long as the returned object exists. The function is empty if
+    /// playbacks are not logged.
     std::function<std::shared_ptr<void>(TranscriptPlayback&)> watchPlayback = {};
 };
 

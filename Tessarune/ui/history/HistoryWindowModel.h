@@ -30,9 +30,9 @@ namespace tessarune {
 /// The history window: a list; beside it the chosen recording, the vocabulary or the usage; and a
 /// message about the last action. Main thread; the environment must outlive it.
 ///
-/// Deletions can be undone one by one, the last one first, until they are carried out. This happens
-/// some seconds after the last message, or earlier if the user dismisses the message, closes the
-/// window or ends the program.
+/// Deletions can be undone one by one, the last one first, until they are carried out. They are
+/// carried out some seconds after the last message, or earlier if the user dismisses the message,
+/// closes the window or ends the program.
 class HistoryWindowModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(tessarune::HistoryListModel* list READ list CONSTANT)
@@ -102,7 +102,7 @@ class HistoryWindowModel final : public QObject {
     Q_INVOKABLE void discardDraft() { draft_.reset(); }
     Q_INVOKABLE void copy(bool withTranslation);
 
-    /// Reads the list and the transcript again, which another program may have changed unnoticed.
+    /// Reads the list and the transcript again: another program may have changed them unnoticed.
     void refresh();
     /// Chooses a recording as soon as it is listed.
     void select(const UUID& id);
@@ -152,8 +152,8 @@ class HistoryWindowModel final : public QObject {
     std::optional<QString> draft_; ///< the unfinished note of the shown recording
     std::optional<UUID> current_;  ///< the chosen recording
     std::optional<UUID> wanted_;   ///< to be chosen as soon as it is listed
-    int lastRow_ = 0;              ///< where the chosen recording was listed last
-    std::string listProblem_;      ///< as it was told last
+    int lastRow_ = 0;              ///< the row where the chosen recording was last seen
+    std::string listProblem_;      ///< the problem of the list at the last update
     QString message_;
     std::vector<Deletion> deletions_;
     QTimer messageTimer_;

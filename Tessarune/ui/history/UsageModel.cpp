@@ -168,8 +168,7 @@ QString UsageModel::emptyText() const {
                             : QString::fromStdString(problem_);
 }
 
-/// Whether the period is the first of a month (days and weeks) or of a year (months), or the first
-/// of all.
+/// Whether the row is the first of its group. Days and weeks are grouped by month, months by year.
 bool UsageModel::beginsGroup(int row) const {
     if (row == 0)
         return true;

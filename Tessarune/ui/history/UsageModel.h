@@ -43,7 +43,7 @@ class UsageModel final : public ListedRows<UsagePeriod> {
     enum Role {
         FractionRole = Qt::UserRole, ///< of the scale, 0 to 1
         LabelRole,                   ///< below the bar: the day or the month
-        GroupRole,                   ///< the month or year, below its first label; else empty
+        GroupRole,                   ///< the month or year, for its first period; else empty
         NameRole,                    ///< the period in words
         ValueRole,                   ///< all figures of the period in words
     };

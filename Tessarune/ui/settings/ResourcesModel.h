@@ -31,7 +31,7 @@ struct Resource {
 };
 
 /// Resources as rows, each with its state: chosen, downloading, damaged. Main thread; host and
-/// setting must outlive it. When the model is destroyed, a download in progress is asked to stop.
+/// setting must outlive it. The destructor asks running downloads to stop.
 class ResourcesModel final : public QAbstractListModel {
     Q_OBJECT
     Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
@@ -100,7 +100,7 @@ class ResourcesModel final : public QAbstractListModel {
         std::shared_ptr<Download> download; ///< null: no download in progress
         std::string problem;                ///< of the last operation that failed
     };
-    /// A download reports through this; `model` is null once the model has been destroyed.
+    /// A download reports through its link; `model` is null once this object has been destroyed.
     struct Link {
         ResourcesModel* model;
     };

@@ -57,12 +57,13 @@ struct SettingEntry {
     AnySetting* setting = nullptr;
     SettingControl control = SettingControl::toggle;
     Scale scale{};
-    /// Returns the localised name of a choice; empty if the choice's own text is shown.
+    /// Returns the localised name of a choice. Null if the choice's own text is shown.
     std::function<std::string(std::string_view choice)> choiceName = {};
     /// The setting has no effect and cannot be changed while `needs` is false. Null if the setting
     /// always has an effect.
     const Setting<bool>* needs = nullptr;
-    /// Returns a localised description in place of the setting's info; empty if the info is used.
+    /// Returns a localised description to show in place of the setting's info. Null if the info is
+    /// shown.
     std::function<std::string()> about = {};
 
     std::string aboutText() const;

@@ -11,7 +11,7 @@
 namespace tessarune {
 
 /// Lists settings for a pane or a search result. A row shows the current value, also after another
-/// pane or program has changed it. Main thread; host and settings must outlive it.
+/// pane or program has changed it. Main thread; host and settings must outlive the model.
 class SettingRowsModel final : public QAbstractListModel {
     Q_OBJECT
 

@@ -29,8 +29,8 @@ struct SettingsWindowEnvironment {
     const Published<bool>& reducesMotion;
     /// Returns why the settings file cannot be read or written; empty if it can be.
     std::function<std::string()> fileProblem;
-    /// Sets the function that is called after a change of a setting has changed the result of
-    /// `fileProblem`. An empty function ends the calls.
+    /// Sets the function to call when storing a setting changes the result of `fileProblem`. An
+    /// empty function ends the calls.
     std::function<void(std::function<void()>)> followFileProblem;
     /// Sets an unreadable settings file aside and starts a new one, in which recording is off.
     std::function<void()> renewFile;
@@ -45,7 +45,7 @@ struct SettingsWindowEnvironment {
     /// The disk and the paths of the diagnostics runs.
     FileSystem& files;
     TessarunePaths paths;
-    /// Called before each removal of a run; the removal keeps the hold until it is done.
+    /// Called before each removal of a run. The returned hold is kept until the removal has ended.
     std::function<DataFolderLease()> leaseDataFolder;
     /// Shows a folder in the desktop's file manager; returns false on failure.
     std::function<bool(const std::filesystem::path& folder)> openFolder;

@@ -16,7 +16,7 @@ namespace tessarune {
 /// thread; the environment must outlive it.
 class SettingsWindowModel final : public QObject {
     Q_OBJECT
-    /// The panes in their order: "name" and "title".
+    /// The panes in order, each a map with "name" and "title".
     Q_PROPERTY(QVariantList panes READ panes CONSTANT)
     Q_PROPERTY(QString pane READ pane WRITE setPane NOTIFY paneChanged)
     Q_PROPERTY(QString paneTitle READ paneTitle NOTIFY paneChanged)

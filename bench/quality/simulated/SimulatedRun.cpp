@@ -14,7 +14,7 @@ namespace tessarune {
 
 namespace {
 
-/// The time that a guess takes from the recogniser to the screen.
+/// The seconds that a guess takes from the recogniser to the screen.
 constexpr double guessToScreen = 0.06;
 
 // Global, because the engine's functions are plain pointers without a context.
@@ -22,8 +22,9 @@ SimulatedHost* passHost = nullptr;
 std::int32_t (*realPass)(moonshine::Calls::Handle, moonshine::Calls::Handle, std::uint32_t,
                          moonshine::Transcript**) = nullptr;
 
-/// The processor time of a pass with the smallest model, on its one thread. The engine recognises
-/// each line again that has grown or become complete, so a pass takes longer as the line grows.
+/// The estimated processor time of a pass with the smallest model, on one thread. If a line has
+/// grown or become complete, the engine recognises the whole line again, so a pass takes longer as
+/// the line grows.
 double passSeconds(const moonshine::Transcript& transcript) {
     constexpr double eachPass = 0.002;
     constexpr double eachLine = 0.005;

@@ -1,8 +1,8 @@
 import QtQuick
 import Tessarune
 
-// Rows of captions that follow the newest line. A short list is aligned to the bottom, so that the
-// newest line is always in the same place.
+// A list of caption rows that scrolls to the newest line. A short list is aligned to the bottom, so
+// that the newest line is always in the same place.
 Item {
     id: root
 

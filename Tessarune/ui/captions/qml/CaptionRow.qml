@@ -90,8 +90,8 @@ Item {
         readonly property bool hasPlace: root.isBilingual
                                          ? text !== "" || sourceText.shownHeight + root.gap + oneLine <= root.mostHeight : !root.hasSource
         readonly property real shownHeight: hasPlace ? Math.max(implicitHeight, oneLine) : 0
-        // In an older, dimmed row or with an outline, a preview is only a little dimmer, so that
-        // its contrast stays above 4.5.
+        // A preview is dimmer than a finished translation. In a dimmed or outlined row the
+        // difference is small, so that the contrast ratio stays above 4.5.
         readonly property real ghostOpacity: !root.ghost ? 1 : root.outlined ? 0.85 : root.isPrimary ? 0.62 : 0.88
 
         visible: text !== ""

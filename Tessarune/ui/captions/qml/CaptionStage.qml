@@ -13,8 +13,9 @@ Item {
     readonly property bool reviewing: sourceList.reviewing || translationList.reviewing
     readonly property bool isSplit: !stage.isBilingual && stage.translates
     readonly property real dividerHeight: isSplit ? 29 : 0
-    // The maximum height of a list, without the margins of 14 above and below. A high newest row
-    // also takes the space below the captions and the space reserved for its pending translation.
+    // The maximum height of a list, without the margins of 14 above and below. If the newest row is
+    // high, its list grows to this height, into the space below the captions. A row for which this
+    // height is too little reserves no space for its pending translation.
     readonly property real mostHeight: isSplit ? (height - 28 - dividerHeight) / 2 : height - 28
     readonly property real neededHeight: isSplit ? 2 * (Math.max(sourceList.newestHeight, translationList.newestHeight) + underToolbar) + dividerHeight : sourceList.newestHeight + underToolbar
     // The margin beside the captions, where the level bars are.

@@ -49,8 +49,9 @@ Item {
             }
 
             // The pointer and the keys change the same current entry. The handler is outside the
-            // list: inside, the position of a resting pointer would change with each scroll. After
-            // a scroll, Qt reports that position again; this must not change the current entry.
+            // list: inside, the position of a resting pointer would change with each scroll. Qt
+            // reports a resting pointer after each scroll; such a report must not change the
+            // current entry.
             HoverHandler {
                 property point last: Qt.point(-1, -1)
 

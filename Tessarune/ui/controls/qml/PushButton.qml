@@ -7,7 +7,7 @@ T.Button {
     id: root
 
     property bool isPrimary: false
-    // Without a border, and with a background only while the pointer is over it.
+    // A plain button has no border, and a background only while the pointer is over the button.
     property bool isPlain: false
 
     implicitWidth: contentItem.implicitWidth + leftPadding + rightPadding

@@ -31,8 +31,8 @@ Item {
                 id: title
 
                 anchors { left: parent.left; right: tools.left; rightMargin: Theme.gap; verticalCenter: parent.verticalCenter }
-                // The first form that fits. The shortest form is the end of the title: the time of
-                // day. The list of recordings shows the date.
+                // The first form that fits. The shortest form, the end of the title, has only the
+                // time of day, because the list of recordings shows the date.
                 readonly property var forms: [root.detail.title + "   " + root.detail.duration, root.detail.title, root.detail.title.slice(-5)]
                 text: forms.find(form => measure.advanceWidth(form) <= width) ?? forms[2]
                 wrapMode: Text.NoWrap
