@@ -235,7 +235,8 @@ TEST_F(WindowProgram, CaptionsAndTranslatesWhatTheComputerPlaysAlsoForAScreenRea
     EXPECT_TRUE(within(10,
                        [&] { // the menu opens late on a busy computer
                            pointer({"key", "Down"});
-                           return reader.output().find("focused\t'Stop captions'") != std::string::npos;
+                           return reader.output().find("focused\t'Stop captions'") !=
+                                  std::string::npos;
                        }))
         << "Down leads to the first entry of the menu: " << reader.output();
     pointer({"key", "Escape"});
