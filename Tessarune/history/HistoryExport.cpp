@@ -7,6 +7,7 @@
 #include "TessaruneCore/text/SystemErrors.h"
 #include "TessaruneCore/text/Text.h"
 
+#include <algorithm>
 #include <array>
 #include <system_error>
 #include <utility>
@@ -134,7 +135,7 @@ Task<void> HistoryExport::write(HistoryExportRequest request, std::filesystem::p
                 // copied but transcoded, because the decoder detects damage.
                 isCopied = files_.size(from) == static_cast<std::uint64_t>(recording->byteCount);
                 if (isCopied)
-                    copyAudio(from, unfinished);
+                    copyAudio(from, unfinished, progress, stop);
             });
     });
     try {
@@ -236,17 +237,25 @@ bool HistoryExport::isOurM4A(const RecordingMetadata& recording) {
     return recording.audioFormat == M4A::audioFormat && recording.filePath.ends_with(".m4a");
 }
 
-void HistoryExport::copyAudio(const std::filesystem::path& from, const std::filesystem::path& to) {
+void HistoryExport::copyAudio(const std::filesystem::path& from, const std::filesystem::path& to,
+                              const MediaProgress& progress, const std::stop_token& stop) {
     constexpr std::size_t blockSize = 1 << 20;
     const auto copy = files_.create(to);
     const std::uint64_t size = files_.size(from);
-    for (std::uint64_t at = 0; at < size; at += blockSize)
+    for (std::uint64_t at = 0; at < size; at += blockSize) {
+        if (stop.stop_requested())
+            throw CancellationError();
         copy->append(files_.read(from, at, blockSize));
+        if (progress)
+            progress(
+                std::min(1.0, static_cast<double>(at + blockSize) / static_cast<double>(size)));
+    }
     copy->synchronize();
     copy->close();
 }
 
-/// Runs one step of an audio export. If it fails, removes the output and throws HistoryExportError.
+/// Runs one step of an audio export. If it fails or is cancelled, removes the output; a failure
+/// becomes a HistoryExportError.
 void HistoryExport::runAudioStep(const std::filesystem::path& unfinished,
                                  const std::filesystem::path& to,
                                  const std::function<void()>& step) {
@@ -257,6 +266,8 @@ void HistoryExport::runAudioStep(const std::filesystem::path& unfinished,
             files_.remove(unfinished);
         } catch (const std::exception&) { // the first error is the one to report
         }
+        if (dynamic_cast<const CancellationError*>(&error))
+            throw;
         throw HistoryExportError(ErrorKind::failed,
                                  failureText(Format::m4a, naming(to, unfinished, error.what())));
     }

@@ -44,9 +44,8 @@ class HistoryExport {
                   WriteTranscriptPDF pdf);
 
     /// Writes the file `to`, which appears complete or not at all, and replaces an existing file.
-    /// Throws HistoryExportError, or CancellationError when asked to stop. An audio export that has
-    /// to encode can be stopped and calls `progress`, on the exporter's queue; all other exports
-    /// ignore both.
+    /// Throws HistoryExportError, or CancellationError when asked to stop. An audio export can be
+    /// stopped and calls `progress` on another queue; the other exports ignore both.
     Task<void> write(HistoryExportRequest request, std::filesystem::path to,
                      MediaProgress progress = {}, std::stop_token stop = {});
 
@@ -66,7 +65,8 @@ class HistoryExport {
     std::string exportText(const HistoryExportRequest& request);
     HistoryWordTimeline timeline(const HistoryItem& recording);
     static bool isOurM4A(const RecordingMetadata& recording);
-    void copyAudio(const std::filesystem::path& from, const std::filesystem::path& to);
+    void copyAudio(const std::filesystem::path& from, const std::filesystem::path& to,
+                   const MediaProgress& progress, const std::stop_token& stop);
     void runAudioStep(const std::filesystem::path& unfinished, const std::filesystem::path& to,
                       const std::function<void()>& step);
 

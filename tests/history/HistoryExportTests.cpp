@@ -1,5 +1,6 @@
 #include "Tessarune/history/HistoryExport.h"
 #include "Tessarune/history/HistorySubtitles.h"
+#include "TessaruneCore/host/CancellationError.h"
 #include "TessaruneCore/text/Text.h"
 #include "TessaruneCore/text/TextColumns.h"
 #include "tests/history/CatalogFixture.h"
@@ -213,15 +214,19 @@ class HistoryExportTests : public ::testing::Test, public testing::Catalogued {
         return result;
     }
     /// The content of "/home/x.m4a" after an export of audio.
-    std::string exportedAudio(const HistoryItem& item) {
-        const auto run = [](HistoryExport& exports, HistoryExportRequest request) -> Task<void> {
-            Task<void> writing = exports.write(std::move(request), "/home/x.m4a");
+    std::string exportedAudio(const HistoryItem& item, MediaProgress progress = {},
+                              std::stop_token stop = {}) {
+        const auto run = [](HistoryExport& exports, HistoryExportRequest request,
+                            MediaProgress progress, std::stop_token stop) -> Task<void> {
+            Task<void> writing = exports.write(std::move(request), "/home/x.m4a", progress, stop);
             try {
                 co_await writing;
             } catch (const HistoryExportError&) {
+            } catch (const CancellationError&) {
             }
         };
-        spawn(Executor::main(host), run(exporting, {item, Format::m4a, Content::source}));
+        spawn(Executor::main(host),
+              run(exporting, {item, Format::m4a, Content::source}, progress, stop));
         host.runUntilIdle();
         return disk.contentsOf("/home/x.m4a");
     }
@@ -267,6 +272,12 @@ TEST_F(HistoryExportTests, AudioExportGivesAnM4AAndTouchesNoOtherFile) {
     const HistoryItem item = itemOf(own);
     EXPECT_EQ(exportedAudio(item), std::string(64044, 'x'));
     EXPECT_EQ(exportedAudio(itemOf(import)), "encoded");
+    std::stop_source stop;
+    stop.request_stop();
+    EXPECT_EQ(exportedAudio(item, {}, stop.get_token()), "encoded") << "a copy can be cancelled";
+    double shown = 0;
+    exportedAudio(item, [&](double fraction) { shown = fraction; });
+    EXPECT_EQ(shown, 1);
     const std::uint64_t before = disk.operations;
     exportedAudio(item);
     const std::uint64_t count = disk.operations - before;
