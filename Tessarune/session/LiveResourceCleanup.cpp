@@ -11,7 +11,7 @@ namespace {
 void truncateDebugLog(const Resources& resources) {
     try {
         if (resources.debugLog)
-            resources.files.empty(*resources.debugLog);
+            resources.files.truncate(*resources.debugLog, 0);
     } catch (const std::exception&) {
         // The debug log is only a trace for developers.
     }

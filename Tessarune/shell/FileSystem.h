@@ -57,8 +57,8 @@ class FileSystem {
     /// append to one file: each append goes to the file's current end.
     virtual std::unique_ptr<AppendFile> openForAppending(const Path& path) = 0;
 
-    /// Empties a file. Does not create a missing one, and follows no link.
-    virtual void empty(const Path& path) = 0;
+    /// Cuts a file off after `size` bytes. Does not create a missing one, and follows no link.
+    virtual void truncate(const Path& path, std::uint64_t size) = 0;
 
     /// Creates the folder and its parents, private to the user; does nothing if it exists.
     virtual void createDirectories(const Path& path) = 0;

@@ -138,9 +138,10 @@ class TessaruneFileLogger::Writer {
             files_.writeAtomically(path, kept);
             return;
         }
-        // Empties the file instead of replacing it: another program may have it open for appending.
-        files_.empty(path);
-        files_.openForAppending(path)->append(kept);
+        // Not replaced, because another program may have the file open for appending. A kept line
+        // is overwritten only after it is written nearer to the beginning, so a failure loses none.
+        files_.openForAppending(path)->overwrite(0, kept);
+        files_.truncate(path, kept.size());
     }
 
     FileSystem& files_;

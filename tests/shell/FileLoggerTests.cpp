@@ -2,6 +2,7 @@
 #include "Tessarune/shell/TessaruneFileLogger.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/host/SimulatedHost.h"
+#include "tests/simulation/FaultyFileSystem.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -116,6 +117,19 @@ TEST_F(FileLoggerTests, DeletingEntriesKeepsTheOtherLines) {
     other.event("e");
     host.runUntilIdle();
     EXPECT_EQ(events(), (std::vector<std::string>{"c", "d", "e"}));
+
+    simulation::FaultyFileSystem disk;
+    TessaruneFileLogger failing(host, disk, paths);
+    disk.createDirectories(paths.logs());
+    for (const char* id : {"ID-1", "ID-2"})
+        failing.event("f", {{"recordingID", std::string(id)}});
+    host.runUntilIdle();
+    const auto log = paths.logs() / disk.list(paths.logs()).at(0);
+    for (std::uint64_t i = 1; disk.contentsOf(log).find("ID-1") != std::string::npos; ++i) {
+        disk.failAt = disk.operations + i;
+        failing.deleteEntries({"ID-1"}, {});
+        EXPECT_NE(disk.contentsOf(log).find("ID-2"), std::string::npos) << "operation " << i;
+    }
 }
 
 TEST_F(FileLoggerTests, ADiskThatFailsIsReportedOnceAndNeverThrows) {

@@ -126,9 +126,10 @@ class FaultyFileSystem final : public FileSystem {
             node = std::make_shared<Node>();
         return std::make_unique<File>(*this, path, node);
     }
-    void empty(const Path& path) override {
-        if (exists(path))
-            create(path)->close();
+    void truncate(const Path& path, std::uint64_t size) override {
+        begin("truncate", path);
+        if (nodes_.contains(path))
+            file(path).bytes.resize(size);
     }
     void createDirectories(const Path& path) override {
         begin("createDirectories", path);

@@ -260,14 +260,9 @@ std::unique_ptr<AppendFile> PosixFileSystem::openForAppending(const Path& path) 
     return file;
 }
 
-void PosixFileSystem::empty(const Path& path) {
-    const int file = uninterrupted([&] {
-        return ::open(path.c_str(), O_WRONLY | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-    });
-    if (file >= 0)
-        ::close(file);
-    else if (errno != ENOENT)
-        failToWrite(localizationKey("cannot empty %@"), path);
+void PosixFileSystem::truncate(const Path& path, std::uint64_t size) {
+    if (exists(path))
+        Descriptor(path, O_WRONLY | O_NOFOLLOW | O_NONBLOCK).resize(size);
 }
 
 void PosixFileSystem::createDirectories(const Path& path) {

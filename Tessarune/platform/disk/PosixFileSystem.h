@@ -13,7 +13,7 @@ class PosixFileSystem : public FileSystem {
     void writeAtomically(const Path& path, std::string_view bytes) override;
     std::unique_ptr<AppendFile> create(const Path& path) override;
     std::unique_ptr<AppendFile> openForAppending(const Path& path) override;
-    void empty(const Path& path) override;
+    void truncate(const Path& path, std::uint64_t size) override;
     void createDirectories(const Path& path) override;
     bool makeDirectory(const Path& path) override;
     bool remove(const Path& path) override;

@@ -173,16 +173,16 @@ TEST(PosixFileSystemTests, RemovesWhatAKilledProcessLeftUnfinished) {
     EXPECT_EQ(disk.list(folder.path()), expected);
 }
 
-TEST(PosixFileSystemTests, EmptiesFilesAndFollowsNoLink) {
+TEST(PosixFileSystemTests, TruncatesFilesAndFollowsNoLink) {
     testing::TemporaryFolder folder;
     PosixFileSystem files;
     files.writeAtomically(folder / "log", "old");
     std::filesystem::create_symlink(folder / "log", folder / "link");
-    EXPECT_THROW(files.empty(folder / "link"), std::system_error);
+    EXPECT_THROW(files.truncate(folder / "link", 0), std::system_error);
     EXPECT_EQ(files.read(folder / "log"), "old");
-    files.empty(folder / "log");
-    files.empty(folder / "absent");
-    EXPECT_EQ(files.read(folder / "log"), "");
+    files.truncate(folder / "log", 1);
+    files.truncate(folder / "absent", 0);
+    EXPECT_EQ(files.read(folder / "log"), "o");
     EXPECT_FALSE(files.exists(folder / "absent"));
 }
 
