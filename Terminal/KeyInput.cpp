@@ -1,6 +1,7 @@
 #include "Terminal/KeyInput.h"
 
 #include "Terminal/TerminalCursor.h"
+#include "TessaruneCore/text/SystemErrors.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -8,7 +9,10 @@
 
 #include <array>
 #include <cctype>
+#include <cerrno>
 #include <memory>
+#include <system_error>
+#include <utility>
 
 namespace tessarune {
 
@@ -18,8 +22,10 @@ namespace {
 constexpr int backgroundMilliseconds = 200;
 
 void readKeys(Host& host, int wakeUp, const std::shared_ptr<std::function<void(KeyPress)>>& onKey) {
+    bool hasFailed = false;
     for (;;) {
-        const bool hasKeyboard = TerminalCursor::isInForeground(STDIN_FILENO);
+        const bool hasKeyboard =
+            !std::exchange(hasFailed, false) && TerminalCursor::isInForeground(STDIN_FILENO);
         std::array<pollfd, 2> files{
             {{wakeUp, POLLIN, 0}, {hasKeyboard ? STDIN_FILENO : -1, POLLIN, 0}}};
         if (poll(files.data(), files.size(), hasKeyboard ? -1 : backgroundMilliseconds) < 0)
@@ -30,8 +36,12 @@ void readKeys(Host& host, int wakeUp, const std::shared_ptr<std::function<void(K
             continue;
         std::array<char, 64> bytes{};
         const ssize_t count = ::read(STDIN_FILENO, bytes.data(), bytes.size());
-        if (count <= 0)
+        if (count == 0)
             return; // the terminal is gone
+        // The program may have lost the terminal just before the read, so it tries again later.
+        hasFailed = count < 0;
+        if (hasFailed)
+            continue;
         for (const KeyPress press : keyPresses({bytes.data(), static_cast<std::size_t>(count)}))
             host.post([onKey, press] {
                 if (*onKey)
@@ -83,6 +93,8 @@ std::vector<KeyPress> keyPresses(std::string_view bytes) {
 
 KeyInput::KeyInput(Host& host, std::function<void(KeyPress)> onKey)
     : wakeUp_(eventfd(0, EFD_CLOEXEC)) {
+    if (wakeUp_ < 0)
+        throw std::system_error(errno, systemErrors(), "eventfd");
     TerminalCursor::takeKeys(STDIN_FILENO);
     auto handler = std::make_shared<std::function<void(KeyPress)>>(std::move(onKey));
     dropHandler_ = [handler] { *handler = nullptr; };

@@ -28,6 +28,7 @@ std::vector<KeyPress> keyPresses(std::string_view bytes);
 /// reads, except while another program has the terminal.
 class KeyInput {
   public:
+    /// Throws std::system_error if no file descriptor is free.
     KeyInput(Host& host, std::function<void(KeyPress)> onKey);
     ~KeyInput();
     KeyInput(const KeyInput&) = delete;
