@@ -119,6 +119,12 @@ TEST_F(SettingsWindowTests, AnInvalidValueIsReportedAndCanBeReplaced) {
     EXPECT_EQ(*settings.settings.modelMirror, "");
     settings.window->model().rows()->write(address, "https://models.example");
     EXPECT_EQ(cell(rows, address, SettingRowsModel::ProblemRole), "");
+
+    settings.window->model().setPane("captions");
+    const int color = rowOf(rows, "标记颜色");
+    settings.window->model().rows()->write(color, "reddish");
+    settings.settings.highlightChanges = !*settings.settings.highlightChanges;
+    EXPECT_NE(cell(rows, color, SettingRowsModel::ProblemRole), "") << "nothing is corrected";
 }
 
 TEST_F(SettingsWindowTests, ASliderStoresOnlyTheValueAtWhichItStops) {

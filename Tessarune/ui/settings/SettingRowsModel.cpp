@@ -91,10 +91,12 @@ void SettingRowsModel::show(std::vector<SettingEntry> entries) {
     refused_.assign(entries_.size(), {});
     for (int row = 0; row < rowCount(); ++row) {
         const SettingEntry& entry = entries_[static_cast<std::size_t>(row)];
-        const auto changed = [this, row] { announce(row); };
-        endObservations_.push_back(entry.setting->onChange(changed));
+        endObservations_.push_back(entry.setting->onChange([this, row] {
+            refused_[static_cast<std::size_t>(row)].clear();
+            announce(row);
+        }));
         if (entry.needs)
-            endObservations_.push_back(entry.needs->onChange(changed));
+            endObservations_.push_back(entry.needs->onChange([this, row] { announce(row); }));
     }
     endResetModel();
 }
@@ -200,7 +202,6 @@ QVariant SettingRowsModel::data(const QModelIndex& index, int role) const {
 }
 
 void SettingRowsModel::announce(int row) {
-    refused_[static_cast<std::size_t>(row)].clear();
     Q_EMIT dataChanged(index(row), index(row));
 }
 
@@ -209,7 +210,7 @@ void SettingRowsModel::set(int row, const std::string& text) {
     if (!entry || entry->setting->setText(text))
         return;
     refused_[static_cast<std::size_t>(row)] = text;
-    Q_EMIT dataChanged(index(row), index(row));
+    announce(row);
 }
 
 void SettingRowsModel::toggle(int row, bool on) {
