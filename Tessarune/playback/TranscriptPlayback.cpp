@@ -71,8 +71,9 @@ void TranscriptPlayback::playFrom(const SentenceToken& token) {
 
 void TranscriptPlayback::focus(std::size_t index) {
     const TimedSentences::Sentence* sentence = sentences_.sentenceTiming(index);
-    if (sentence)
-        player_.seek(sentence->start);
+    if (!sentence)
+        return;
+    player_.seek(sentence->start);
     manualHighlightedSentenceIndex = index;
 }
 

@@ -53,7 +53,8 @@ TEST(TranscriptPlaybackTests, StepsGoFromSentenceToSentence) {
         EXPECT_EQ(*fixture.player->currentTime, step.to) << step.from;
     }
     fixture.playback.playSentences(0, 0);
-    EXPECT_EQ(fixture.playback.highlightedIndex(), 0U);
+    fixture.playback.focus(3);
+    EXPECT_EQ(fixture.playback.highlightedIndex(), 0U) << "there is no fourth sentence";
     fixture.pass(4);
     EXPECT_FALSE(*fixture.player->isPlaying);
     EXPECT_NEAR(*fixture.player->currentTime, 4, 0.001);

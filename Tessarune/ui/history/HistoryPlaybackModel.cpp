@@ -175,13 +175,16 @@ void HistoryPlaybackModel::playWord(int row, int character) {
     const auto sentences = detail_.rows()->sentencesOf(row);
     if (!isAvailable() || !sentences)
         return;
-    const auto& sentence = *transcript_->sentences().sentenceTiming(sentences->first);
-    const QString text = QString::fromStdString(sentence.source);
+    const TimedSentences::Sentence* const sentence =
+        transcript_->sentences().sentenceTiming(sentences->first);
+    if (!sentence)
+        return;
+    const QString text = QString::fromStdString(sentence->source);
     const QModelIndex index = detail_.rows()->index(row);
     if (detail_.rows()->data(index, HistoryTranscriptModel::SourceRole).toString() != text) {
         // The row's text differs from the sentence.
         loadIfNeeded();
-        return transcript_->playFrom({0, 0, sentence.start});
+        return transcript_->playFrom({0, 0, sentence->start});
     }
     const auto offset = static_cast<std::size_t>(text.left(character).toUtf8().size());
     for (const SentenceToken& token : transcript_->sentences().tokens(sentences->first)) {
