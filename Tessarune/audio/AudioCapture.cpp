@@ -3,6 +3,7 @@
 #include "TessaruneCore/host/RunOn.h"
 
 #include <cmath>
+#include <exception>
 #include <utility>
 
 namespace tessarune {
@@ -42,7 +43,7 @@ Task<void> AudioCapture::open(Self self) {
     self->close();
     const int start = ++self->startCount_;
     Step step = Step::connecting;
-    std::optional<SoundServerError> failure;
+    std::exception_ptr failure;
     std::shared_ptr<CaptureStream> stream;
     try {
         auto connecting = self->server_.connect(self->executor_);
@@ -55,15 +56,20 @@ Task<void> AudioCapture::open(Self self) {
         self->stream_ = stream;
         auto starting = stream->start();
         co_await starting;
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    if (!failure) {
+        self->didOpen();
+        co_return;
+    }
+    if (stream && self->stream_ == stream)
+        self->close();
+    try {
+        std::rethrow_exception(failure);
     } catch (const SoundServerError& error) {
-        failure = error;
+        self->fail(step, error);
     }
-    if (failure) {
-        if (stream && self->stream_ == stream)
-            self->close();
-        self->fail(step, *failure);
-    }
-    self->didOpen();
 }
 
 std::shared_ptr<CaptureStream> AudioCapture::makeStream() {

@@ -2,6 +2,7 @@
 
 #include "Tessarune/audio/CaptureStream.h"
 
+#include <exception>
 #include <optional>
 #include <string>
 #include <utility>
@@ -64,7 +65,7 @@ Task<Status> run(Host& host, SoundServer& server, double timeout) {
         auto opening = server.openRecordStream(std::move(request), std::move(handlers), main);
         const std::unique_ptr<RecordStream> stream = co_await opening;
         co_await sleep(main, timeout);
-    } catch (const SoundServerError&) {
+    } catch (const std::exception&) {
         co_return Status::unknown;
     }
     co_return *gotAudio ? Status::granted : Status::denied;
