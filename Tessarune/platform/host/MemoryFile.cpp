@@ -10,20 +10,19 @@
 namespace tessarune {
 
 MemoryFile::MemoryFile(std::string_view bytes) : file_(memfd_create("tessarune", MFD_CLOEXEC)) {
-    while (file_ >= 0 && !bytes.empty()) {
+    if (file_ < 0)
+        throw std::system_error(errno, std::generic_category(), "memfd_create");
+    while (!bytes.empty()) {
         const ssize_t written = write(file_, bytes.data(), bytes.size());
         if (written < 0 && errno == EINTR)
             continue;
-        if (written <= 0)
-            break;
+        if (written <= 0) {
+            const int reason = written < 0 ? errno : ENOSPC;
+            close(file_);
+            throw std::system_error(reason, std::generic_category(), "write to a memory file");
+        }
         bytes.remove_prefix(static_cast<std::size_t>(written));
     }
-    if (file_ >= 0 && bytes.empty())
-        return;
-    const int reason = errno;
-    if (file_ >= 0)
-        close(file_);
-    throw std::system_error(reason, std::generic_category(), "memfd_create");
 }
 
 MemoryFile::~MemoryFile() {
