@@ -152,9 +152,7 @@ void CaptionFollowDriver::userDidEndLiveScroll() {
     if (const auto geometry = view_.geometry()) {
         noteUserScrollMotion(*geometry);
         // A pinned list stays pinned after a touch that did not scroll, even far from its end.
-        const bool mayStay = geometry->overflowing() && (!isPinned_ || gestureHadMeaningfulScroll_);
-        setPinned(!mayStay || shouldBePinned(*geometry, gestureHadMeaningfulScroll_),
-                  "didEndLiveScroll");
+        setPinned(shouldBePinned(*geometry, gestureHadMeaningfulScroll_), "didEndLiveScroll");
         if (isPinned_)
             scrollToBottom();
     }
