@@ -10,6 +10,8 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstddef>
 #include <cstdio>
 #include <filesystem>
 #include <stop_token>
@@ -22,14 +24,19 @@ namespace {
 
 /// The interval at which the reader checks whether the answer is still wanted.
 constexpr int checkMilliseconds = 100;
+/// The length of the longest line that a terminal accepts. No part of a line must remain for the
+/// next question or the shell.
+constexpr std::size_t maximumLine = 4096;
 
 Answer readAnswer(Answer byDefault, const std::stop_token& stop) {
     while (!stop.stop_requested()) {
         pollfd input{STDIN_FILENO, POLLIN, 0};
         if (poll(&input, 1, checkMilliseconds) <= 0)
             continue;
-        char line[64];
+        char line[maximumLine];
         const ssize_t length = ::read(STDIN_FILENO, line, sizeof line);
+        if (length < 0 && errno == EINTR)
+            continue;
         if (length <= 0)
             return Answer::no;
         const std::string_view text(line, static_cast<std::size_t>(length));
