@@ -13,6 +13,16 @@ namespace tessarune {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+/// False for pipes and character devices, which have no contents that could be lost.
+bool hasContents(const fs::path& path) {
+    std::error_code error;
+    return fs::is_regular_file(path, error) || fs::is_block_file(path, error);
+}
+
+} // namespace
+
 void EventLogFile::fail(const std::string& why) const {
     throw RunFailure(ExitStatus::cannotWrite,
                      localized("cannot write the event log %@: %@", {path_.string(), why}));
@@ -24,10 +34,7 @@ void EventLogFile::check(const std::optional<fs::path>& source) const {
     if (source && fs::equivalent(*source, path_, error))
         fail(localized("it is the sound file to be captioned"));
     const bool exists = fs::exists(path_, error);
-    // A pipe or a character device has no contents that could be lost.
-    const bool isFile =
-        exists && (fs::is_regular_file(path_, error) || fs::is_block_file(path_, error));
-    if (isFile && !overwrites_)
+    if (hasContents(path_) && !overwrites_)
         fail(localized("it already exists; --overwrite replaces it"));
     const fs::path folder = path_.has_parent_path() ? path_.parent_path() : fs::path(".");
     const int mode = exists ? W_OK : W_OK | X_OK;
@@ -49,9 +56,7 @@ EventLogFile::~EventLogFile() {
 void EventLogFile::open() {
     std::error_code error;
     const bool isNew = !fs::exists(fs::symlink_status(path_, error));
-    // An existing pipe or device has no contents that could be lost.
-    const bool mayExist =
-        overwrites_ || (fs::exists(path_, error) && !fs::is_regular_file(path_, error));
+    const bool mayExist = overwrites_ || (fs::exists(path_, error) && !hasContents(path_));
     writer_ = ASREventLog::Writer::open(host_, path_,
                                         mayExist ? LineLogWriter::Existing::isAppendedTo
                                                  : LineLogWriter::Existing::isRefused);
