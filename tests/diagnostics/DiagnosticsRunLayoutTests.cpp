@@ -1,5 +1,6 @@
 #include "Tessarune/diagnostics/DiagnosticsRunLayout.h"
 #include "Tessarune/diagnostics/HistoryRefinementDiagnosticsSession.h"
+#include "TessaruneCore/text/Text.h"
 #include "tests/diagnostics/DiagnosedSession.h"
 #include "tests/support/FileContents.h"
 
@@ -51,7 +52,7 @@ std::string fieldTable(const std::vector<Layout::Field>& fields) {
         text += "| " + names + " | " + std::string(field.meaning);
         if (!field.members.empty() && field.members != Layout::anything)
             text += std::ranges::count(Layout::groups(), field.members) > 0
-                        ? ": [below](#" + std::string(field.members) + ")"
+                        ? ": [below](#" + Text::lowercased(field.members) + ")"
                         : "";
         text += " |\n";
     }
