@@ -81,14 +81,14 @@ def package(name):
     with tempfile.TemporaryDirectory(dir=HERE) as beside:
         if client == "debian":
             archive = fetched(lambda to: call(["apt-get", "download", asked], to), [wanted], ".deb")
-            call(["dpkg-deb", "-x", str(archive), beside])
-            unpacked = Path(beside)
+            unpacked = Path(beside) / name
+            call(["dpkg-deb", "-x", str(archive), str(unpacked)])
         else:
             archive = fetched(lambda to: pip_download(to, asked, "--no-binary"), [wanted], ".tar.gz")
             call(["tar", "-xzf", str(archive), "-C", beside])
             (unpacked,) = Path(beside).iterdir()
         place.parent.mkdir(exist_ok=True)
-        shutil.copytree(unpacked, place)
+        unpacked.rename(place)
     return place
 
 
@@ -122,7 +122,9 @@ def aligner():
     if not place.is_dir():
         print(f"quality: fetching {asked}", file=sys.stderr)
         wheel = fetched(lambda to: pip_download(to, asked, "--only-binary"), sums, ".whl")
-        shutil.unpack_archive(wheel, place, "zip")
+        with tempfile.TemporaryDirectory(dir=HERE) as beside:
+            shutil.unpack_archive(wheel, Path(beside) / place.name, "zip")
+            (Path(beside) / place.name).rename(place)
     sys.path.insert(0, str(place))
     from pocketsphinx import Decoder
 
