@@ -86,12 +86,17 @@ void measure(const Options& options, Level level, Figures& found) {
         return;
     const auto contents = DiagnosticsRunContents::read(session.files(), runs.front().directory);
     found.bytesPerHour = static_cast<double>(contents.bytes()) / hours;
-    if (contents.isFull)
-        found.replay = RunVerification::verify(session.files(), runs.front().directory).matches()
-                           ? "the same rows"
-                           : "DIFFERS";
+    std::string replay;
+    if (contents.isFull &&
+        !RunVerification::verify(session.files(), runs.front().directory).matches())
+        replay = "DIFFERS";
     if (contents.lostRecords > 0)
-        found.replay += ", records lost: " + std::to_string(contents.lostRecords);
+        replay += (replay.empty() ? "records lost: " : ", records lost: ") +
+                  std::to_string(contents.lostRecords);
+    if (!replay.empty())
+        found.replay = replay;
+    else if (found.replay.empty() && contents.isFull)
+        found.replay = "the same rows";
 }
 
 void report(const Options& options, const std::map<Level, Figures>& figures) {
