@@ -4,6 +4,7 @@
 #include "Tessarune/history/HistoryExport.h"
 #include "Tessarune/history/UsageStatistics.h"
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <variant>

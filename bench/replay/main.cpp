@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <stdexcept>
 #include <string>
 
 /// Measures two ratios that do not depend on the speed of the computer: the time to read and replay
