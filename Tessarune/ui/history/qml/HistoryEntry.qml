@@ -82,6 +82,7 @@ Rectangle {
                 text: root.texts.bilingual
                 wrapMode: Text.NoWrap
                 elide: Text.ElideRight
+                opacity: truncated ? 0 : 1
                 color: Theme.accent
                 font.pixelSize: Theme.small
                 Accessible.ignored: true
