@@ -332,15 +332,15 @@ TEST_F(HistoryWindowTests, ARecordingIsRefinedAgainAndOnlyItsRowChanges) {
     refinement.refine(2);
     ASSERT_TRUE(runUntil([&] { return !refinement.problem().isEmpty() && settled(); }));
     EXPECT_EQ(history.model, "small-en");
-    EXPECT_EQ(cell(7, HistoryListModel::StateTextRole), "精修失败");
-    EXPECT_EQ(refinement.problem(), "精修失败，文字保持原样：The model is damaged.");
+    EXPECT_EQ(cell(7, HistoryListModel::StateTextRole), "转写失败");
+    EXPECT_EQ(refinement.problem(), "转写失败，文字保持原样：The model is damaged.");
 
     history.failure.clear();
     history.hearsForever = true;
     refinement.refine(0);
     ASSERT_TRUE(runUntil([&] { return refinement.progress() > 0; }));
     EXPECT_TRUE(refinement.problem().isEmpty());
-    EXPECT_EQ(cell(7, HistoryListModel::StateTextRole), "精修 50%");
+    EXPECT_EQ(cell(7, HistoryListModel::StateTextRole), "转写 50%");
     refinement.cancel();
     ASSERT_TRUE(runUntil([&] { return settled() && !model().message().isEmpty(); }));
     EXPECT_EQ(model().message(), "文字保持原样。");

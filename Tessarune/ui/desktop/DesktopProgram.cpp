@@ -170,14 +170,14 @@ void DesktopProgram::finishImports(const std::vector<RecordingMetadata>& interru
     for (const RecordingMetadata& import : interrupted)
         application_.imports.startTranscription(import.id, import.filePath);
     notices_.tell(
-        localized("%lld 个文件的导入曾中断，正在重新识别。", {std::to_string(interrupted.size())}),
+        localized("%lld 个文件的导入曾中断，正在重新转写。", {std::to_string(interrupted.size())}),
         DesktopNotices::Kind::news);
 }
 
 void DesktopProgram::tellBrokenOff(const std::vector<RecordingMetadata>& imports) {
     for (const RecordingMetadata& import : imports)
         notices_.tell(localized(
-            "程序在识别或翻译导入的“%@”时意外结束。可在历史记录中对它重新精修。",
+            "程序在转写或翻译导入的“%@”时意外退出。可在历史记录中选择“重新转写”再试。",
             {import.note.value_or(std::filesystem::path(import.filePath).filename().string())}));
 }
 

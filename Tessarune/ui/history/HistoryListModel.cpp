@@ -230,15 +230,15 @@ QString HistoryListModel::stateText(const Entry& entry) const {
     case State::recording:
         return historyText("正在录音");
     case State::waiting:
-        return entry.beginning.isEmpty() ? historyText("等待识别") : historyText("等待精修");
+        return entry.beginning.isEmpty() ? historyText("等待转写") : historyText("等待重新转写");
     case State::refining: {
         const HistoryRefinementService::Progress& job = jobs_.at(entry.item.id);
         const std::string part = std::to_string(static_cast<int>(job.fraction * 100));
-        return job.step == Step::transcribing ? historyText("精修 %lld%", {part})
+        return job.step == Step::transcribing ? historyText("转写 %lld%", {part})
                                               : historyText("翻译 %lld%", {part});
     }
     case State::failed:
-        return historyText("精修失败");
+        return historyText("转写失败");
     case State::blank:
         return historyText("没有文字");
     case State::finished:

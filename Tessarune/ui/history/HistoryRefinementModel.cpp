@@ -22,7 +22,7 @@ std::string outcomeText(const HistoryRefinementOutcome& outcome) {
         return {};
     if (outcome.translation == RefinedTranslation::failed)
         return localized("译文保持原样：%@", {outcome.translationProblem});
-    return localized("已用 %@ 重新识别", {outcome.model});
+    return localized("已用 %@ 重新转写", {outcome.model});
 }
 
 } // namespace
@@ -57,12 +57,12 @@ QString HistoryRefinementModel::stateText() const {
     if (!current)
         return {};
     if (current->isPaused)
-        return historyText("正在录音，录完再精修。");
+        return historyText("正在录音，结束后继续转写。");
     switch (current->step) {
     case RefinementStep::waiting:
-        return detail_.hasText() ? historyText("等待精修") : historyText("等待识别");
+        return detail_.hasText() ? historyText("等待重新转写") : historyText("等待转写");
     case RefinementStep::transcribing:
-        return historyText("正在重新识别…");
+        return historyText("正在重新转写…");
     case RefinementStep::translating:
         return historyText("正在重新翻译…");
     }
@@ -81,7 +81,7 @@ QString HistoryRefinementModel::problem() const {
     const auto& failures = *environment_.refinement.failures();
     const auto found = recording ? failures.find(recording->id) : failures.end();
     return found == failures.end() ? QString()
-                                   : historyText("精修失败，文字保持原样：%@", {found->second});
+                                   : historyText("转写失败，文字保持原样：%@", {found->second});
 }
 
 QStringList HistoryRefinementModel::models() const {
@@ -107,7 +107,7 @@ void HistoryRefinementModel::refine(int model) {
     const auto request = HistoryRefinementRequest::current(environment_.settings, recording->id,
                                                            recording->filePath.value_or(""));
     if (!request)
-        return onAlert_(localized("没有选择识别语言，无法精修。"));
+        return onAlert_(localized("没有选择要识别的英语，无法转写。"));
     spawn(Executor::main(environment_.host),
           run(*request, model == 0 ? std::string(HistoryRefinementService::bestModel)
                                    : models_[static_cast<std::size_t>(model) - 1]));

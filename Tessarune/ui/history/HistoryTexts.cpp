@@ -50,9 +50,8 @@ QVariantMap historyTexts() {
             {"drop", historyText("松开以导入")},
             {"cancelImport", historyText("取消导入")},
             // Refinement
-            {"refine", historyText("重新识别")},
-            {"refineHint",
-             historyText("从录音重新识别文字，并重新翻译。原来的文字保留到新的完成为止。")},
+            {"refine", historyText("重新转写")},
+            {"refineHint", historyText("重新转写并翻译这条录音。完成之前保留现有的文字。")},
             {"refineWith", historyText("语音模型")},
             {"noModels", historyText("本机没有语音模型。可以在设置里下载。")},
             {"refineNow", historyText("开始")},

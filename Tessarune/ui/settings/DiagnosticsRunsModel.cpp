@@ -57,7 +57,7 @@ std::string runHolds(const DiagnosticsRunContents& run) {
         {Content::display, localizationKey("显示记录")},
         {Content::performance, localizationKey("性能样本")},
         {Content::idle, localizationKey("停止后的内存")},
-        {Content::refinement, localizationKey("重新转写")},
+        {Content::refinement, localizationKey("重新转写记录")},
         {Content::report, localizationKey("报告")}};
     std::vector<std::string> held;
     for (const auto& [content, name] : names) {

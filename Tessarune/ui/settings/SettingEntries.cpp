@@ -254,7 +254,7 @@ void addRecording(std::vector<SettingEntry>& all, AppSettings& s) {
                    .needs = &s.recordWhileCaptioning});
     all.push_back({.pane = pane,
                    .section = sound,
-                   .title = localizationKey("结束后重新识别"),
+                   .title = localizationKey("结束后重新转写"),
                    .setting = &s.appleAnalyzerHistoryRefinement,
                    .needs = &s.recordWhileCaptioning});
     all.push_back({.pane = pane,
