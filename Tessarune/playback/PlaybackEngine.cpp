@@ -105,7 +105,7 @@ Task<void> PlaybackEngine::open() {
         co_return;
     PlaybackRequest request;
     request.format = reader_->format();
-    request.name = localized("录音回放");
+    request.name = localized("播放录音");
     auto opening = parts_.sound.openPlaybackStream(std::move(request), queue_);
     stream_ = co_await opening;
     wasOpen_ = true;

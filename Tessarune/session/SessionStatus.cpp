@@ -18,7 +18,7 @@ std::string SessionStatus::text() const {
     case Kind::interrupted:
         return localized("声音已中断，正在等待恢复…");
     case Kind::listeningTo:
-        return localized("正在接收：%@", {detail});
+        return localized("正在收听：%@", {detail});
     case Kind::inactive:
         return localized("%lld 分钟未检测到声音，正在自动停止…", {std::to_string(minutes)});
     case Kind::saving:

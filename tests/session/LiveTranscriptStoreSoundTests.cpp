@@ -37,14 +37,14 @@ TEST(LiveTranscriptStoreInterruptionTests, ASessionContinuesWithCorrectTimesAfte
         {"server restarted", [](Session& s) { s.server.goDown(); }, 7,
          [](Session& s) { s.server.comeBack(); }, 7, interrupted},
         {"computer asleep", [](Session& s) { s.host.sleepComputer(3600); }, 1, [](Session&) {},
-         3600, "正在接收：Output a"},
+         3600, "正在收听：Output a"},
         {"another default output",
          [](Session& s) {
              s.setOutputs({"b", "a"});
          },
-         5, [](Session&) {}, 0, "正在接收：Output b"},
+         5, [](Session&) {}, 0, "正在收听：Output b"},
         {"another sample rate", [](Session& s) { s.setOutputs({"b"}, {}, 4800); }, 5,
-         [](Session&) {}, 0, "正在接收：Output b"},
+         [](Session&) {}, 0, "正在收听：Output b"},
         {"clock set back", [](Session& s) { s.host.shiftWallClock(-86400); }, 5, [](Session&) {}, 0,
          ""},
         {"clock set ahead", [](Session& s) { s.host.shiftWallClock(86400); }, 5, [](Session&) {}, 0,

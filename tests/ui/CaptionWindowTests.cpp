@@ -347,7 +347,7 @@ TEST_F(CaptionWindowTests, SaysWhyNoNewWordsCome) {
     captions.session.clearedSegmentIDs = std::unordered_set<UUID>{UUID::random()};
     captions.publish();
     EXPECT_EQ(captions.window->stage().presentation(), "clear");
-    EXPECT_EQ(says().substr(0, 12), "正在接收");
+    EXPECT_EQ(says().substr(0, 12), "正在收听");
     captions.settle("Words.");
     captions.enter(LiveSessionPhase::idle, Kind::idle);
     captions.publish();

@@ -236,7 +236,7 @@ TEST_F(SettingsWindowTests, DiagnosticsRunsAreListedOpenedReplayedAndRemovedAfte
     const auto button = [&](const char* text) { return control((text + (": " + title)).c_str()); };
     ASSERT_TRUE(runUntil([&] { return button("打开文件夹") != nullptr; }));
     const QVariantMap row = settings.window->runs().runs().at(0).toMap();
-    EXPECT_NE(row["about"].toString().indexOf("1.5 分钟 · 7 行"), -1)
+    EXPECT_NE(row["about"].toString().indexOf("1.5 分钟 · 7 条字幕"), -1)
         << row["about"].toString().toStdString();
     EXPECT_EQ(row["holds"].toString(), "性能样本");
     button("打开文件夹")->forceActiveFocus(Qt::TabFocusReason);

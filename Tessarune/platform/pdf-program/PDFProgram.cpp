@@ -130,8 +130,7 @@ std::filesystem::path program() {
     const auto self = std::filesystem::read_symlink("/proc/self/exe", failed);
     std::filesystem::path found = self.parent_path() / "tessarune-pdf";
     if (failed || !std::filesystem::exists(found, failed))
-        throw std::runtime_error(
-            localized("缺少 tessarune-pdf，它随带窗口的 Tessarune 一起安装。"));
+        throw std::runtime_error(localized("缺少 tessarune-pdf。它随窗口程序一起安装。"));
     return found;
 }
 

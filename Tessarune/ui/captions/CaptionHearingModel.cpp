@@ -87,7 +87,7 @@ std::string CaptionHearingModel::reason() const {
         return localized("现在没有声音");
     if (!hasOutput && !session().clearedSegmentIDs->empty())
         return localized(
-            "正在接收：%@",
+            "正在收听：%@",
             {environment_.soundName->empty()
                  ? AudioSourceDisplayName::name(*session().selectedSource, *session().inputDevices)
                  : *environment_.soundName});

@@ -142,7 +142,7 @@ EmptyTexts emptyTexts(const LiveCaptionDisplayFrame& frame, const std::string& h
         return {idleTitle(), heard.empty() ? idleSubtitle() : heard};
     case CaptionEmptyPresentation::checking:
         if (!heard.empty())
-            return {localized("正在听 %@", {heard}), ""};
+            return {localized("正在收听：%@", {heard}), ""};
         return {checkingTitle(), checkingSubtitle()};
     case CaptionEmptyPresentation::silent:
         return {silentTitle(), Text::joined(silentSubtitleLines(), "\n")};
@@ -215,7 +215,7 @@ QString CaptionStageModel::translationStatus() const {
                 : text);
     }
     return QString::fromStdString(localized(
-        "还没有%@的翻译模型。", {TranslationSupport::translationTargetDisplayName(*language)}));
+        "尚未下载“%@”的翻译模型。", {TranslationSupport::translationTargetDisplayName(*language)}));
 }
 
 QString CaptionStageModel::translationRemedy() const {

@@ -197,7 +197,7 @@ void DesktopListening::dropFollowing() {
     environment_.notices.tell(Topic::file, ""); // removes the notice of how many files follow
     environment_.notices.tell(
         names.size() > mostNames
-            ? localized("还有 %lld 个文件没有播放。", {std::to_string(names.size())})
+            ? localized("还有 %lld 个文件没有生成字幕。", {std::to_string(names.size())})
             : localized("Not captioned: %@.", {Text::joined(names, ", ")}),
         DesktopNotices::Kind::news);
 }

@@ -27,7 +27,7 @@ double secondsBehind(const LiveSystemAudioTranscriber& transcriber) {
 std::string desktopsWayToTop() {
     static const std::pair<const char*, std::string_view> ways[] = {
         {"GNOME", localizationKey("Alt+空格，置顶")},
-        {"KDE", localizationKey("Alt+F3，更多操作，保持在最上层")},
+        {"KDE", localizationKey("Alt+F3，更多操作，常居顶端")},
         {"sway", "swaymsg floating enable, sticky enable"},
         {"Hyprland", "hyprctl dispatch pin"},
     };
@@ -36,7 +36,7 @@ std::string desktopsWayToTop() {
         if (desktops.contains(QLatin1String(desktop)))
             return localized(way);
     }
-    return localized("用窗口自己的菜单");
+    return localized("用窗口菜单");
 }
 
 /// Whether a translation model for the target language exists but is not installed.

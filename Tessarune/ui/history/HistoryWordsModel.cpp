@@ -100,7 +100,7 @@ QString HistoryWordsModel::summary() const {
     if (!stats_)
         return {};
     return historyText(
-        "共 %lld 个词，%lld 种，%lld 个原形，%lld 句",
+        "共 %lld 个词，不同的 %lld 个，原形 %lld 个，%lld 句",
         {std::to_string(stats_->tokenCount), std::to_string(stats_->uniqueTokenCount),
          std::to_string(stats_->vocabularyCount), std::to_string(stats_->sentenceCount)});
 }

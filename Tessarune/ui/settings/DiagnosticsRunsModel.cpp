@@ -38,7 +38,7 @@ std::string runAbout(const DiagnosticsRunContents& run) {
     else
         parts.push_back(localized("未完成"));
     if (run.isFinished)
-        parts.push_back(localized("%lld 行", {std::to_string(run.committedSegments)}));
+        parts.push_back(localized("%lld 条字幕", {std::to_string(run.committedSegments)}));
     parts.push_back(
         QLocale()
             .formattedDataSize(static_cast<qint64>(run.bytes()), 1, QLocale::DataSizeSIFormat)
@@ -136,7 +136,7 @@ void DiagnosticsRunsModel::replayRun(int row) {
             model.replay_ = QString::fromStdString(result.text);
             model.tell(QString::fromStdString(
                            result.matches()
-                               ? localized("回放的 %lld 行与当时的字幕完全一致。",
+                               ? localized("回放的 %lld 条字幕与当时的完全一致。",
                                            {std::to_string(result.rows)})
                                : localized("回放与当时的字幕不一致：%@", {result.problem})),
                        result.matches());
@@ -164,7 +164,7 @@ void DiagnosticsRunsModel::remove(int row) {
         const bool isGone = DiagnosticsCatalog(disk, paths).remove({directory, 0});
         return [isGone](DiagnosticsRunsModel& model) {
             model.replay_.clear();
-            model.tell(isGone ? QString() : runText("诊断记录没有删除。"), isGone);
+            model.tell(isGone ? QString() : runText("诊断记录无法删除。"), isGone);
         };
     });
     refresh();

@@ -19,16 +19,17 @@ struct TuningProfile {
 };
 
 constexpr std::array<TuningProfile, 4> tuningProfiles{
-    {{localizationKey("内测推荐"), localizationKey("速度与准确兼顾。改回离线翻译，译成简体中文。"),
+    {{localizationKey("内测推荐"),
+      localizationKey("兼顾速度和准确。同时切换到离线翻译，译成简体中文。"),
       localizationKey("已应用内测推荐配置。"), &AppSettings::applyInternalBetaRecommendedDefaults},
      {localizationKey("低延迟"),
-      localizationKey("字幕和译文来得最快，偶尔会改口。改回离线翻译，译成简体中文。"),
+      localizationKey("字幕和译文来得最快，但之后可能会变化。同时切换到离线翻译，译成简体中文。"),
       localizationKey("已应用低延迟配置。"), &AppSettings::applyLowLatencyProfile},
      {localizationKey("稳翻译"),
-      localizationKey("多等片刻，句子完整，译文更稳。改回离线翻译，译成简体中文。"),
+      localizationKey("多等片刻，句子完整，译文更稳。同时切换到离线翻译，译成简体中文。"),
       localizationKey("已应用稳翻译配置。"), &AppSettings::applyStableTranslationProfile},
      {localizationKey("压力测试"),
-      localizationKey("推荐的调优，性能采样更密。改回离线翻译，译成简体中文。"),
+      localizationKey("与“内测推荐”相同，但性能采样更密。同时切换到离线翻译，译成简体中文。"),
       localizationKey("已应用压力测试配置。"), &AppSettings::applyStressTestProfile}}};
 
 QString tuningText(std::string_view key) {

@@ -183,7 +183,7 @@ QString ResourcesModel::problem() const {
     if (known == rows_.end())
         text = localized("设置文件里的“%@”不是可选的值。", {*chosen_});
     else if (chosen_.isUnreadable())
-        text = localized("设置文件里的值无法识别，现在按“%@”处理。", {known->resource.title});
+        text = localized("设置文件里的值无效，现改用“%@”。", {known->resource.title});
     return QString::fromStdString(text);
 }
 

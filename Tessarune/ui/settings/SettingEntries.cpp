@@ -99,7 +99,7 @@ std::string analyzerModeName(std::string_view word) {
 
 constexpr std::string_view secondsFormat = localizationKey("%@ 秒");
 constexpr std::string_view millisecondsFormat = localizationKey("%@ 毫秒");
-constexpr std::string_view pointsFormat = localizationKey("%@ 点");
+constexpr std::string_view pointsFormat = localizationKey("%@ 磅");
 constexpr std::string_view pixelsFormat = localizationKey("%@ 像素");
 constexpr std::string_view percentFormat = "%@%";
 
@@ -200,7 +200,7 @@ void addCaptions(std::vector<SettingEntry>& all, AppSettings& s) {
                    .scale = {0, 100, 5, percentFormat},
                    .about = nothingMore});
 
-    const auto streaming = localizationKey("流式显示");
+    const auto streaming = localizationKey("新文字的显示方式");
     all.push_back({pane, streaming, localizationKey("逐词显示"), &s.smoothStreaming});
     all.push_back({.pane = pane,
                    .section = streaming,
@@ -219,11 +219,11 @@ void addCaptions(std::vector<SettingEntry>& all, AppSettings& s) {
 
     const auto window = localizationKey("字幕窗口");
     all.push_back({pane, window, localizationKey("窗口置顶"), &s.keepOnTop});
-    all.push_back({pane, window, localizationKey("随桌面启动"), &s.launchAtLogin});
-    all.push_back({pane, window, localizationKey("列入运行的程序"), &s.showDockIcon});
+    all.push_back({pane, window, localizationKey("登录时启动"), &s.launchAtLogin});
+    all.push_back({pane, window, localizationKey("在任务栏中显示"), &s.showDockIcon});
     all.push_back(
-        {pane, window, localizationKey("再次启动时开始或停止"), &s.dockClickTogglesRecord});
-    all.push_back({pane, window, localizationKey("朗读定稿的字幕"), &s.announceCaptions});
+        {pane, window, localizationKey("再次启动时开始或停止字幕"), &s.dockClickTogglesRecord});
+    all.push_back({pane, window, localizationKey("让屏幕阅读器朗读字幕"), &s.announceCaptions});
     all.push_back(
         {pane, localizationKey("工具栏按钮"), localizationKey("紧凑的工具栏"), &s.compactToolbar});
     const auto addButton = [&](std::string_view title, Setting<bool>& shows) {
@@ -259,7 +259,7 @@ void addRecording(std::vector<SettingEntry>& all, AppSettings& s) {
                    .needs = &s.recordWhileCaptioning});
     all.push_back({.pane = pane,
                    .section = localizationKey("自动停止"),
-                   .title = localizationKey("静音多久后停止"),
+                   .title = localizationKey("无声多久后停止"),
                    .setting = &s.audioInactivityAutoStopMinutes,
                    .control = SettingControl::choice,
                    .choiceName = minutesName});
@@ -293,7 +293,7 @@ void addAdvanced(std::vector<SettingEntry>& all, AppSettings& s) {
                    .needs = &s.sentenceSegmentation});
     all.push_back({.pane = pane,
                    .section = cutting,
-                   .title = localizationKey("定稿前保持不变"),
+                   .title = localizationKey("句子定稿前的等待时间"),
                    .setting = &s.freezeStableSeconds,
                    .control = SettingControl::number,
                    .scale = {0.1, 3, 0.05, secondsFormat},
@@ -306,16 +306,15 @@ void addAdvanced(std::vector<SettingEntry>& all, AppSettings& s) {
     all.push_back({pane, cutting, localizationKey("稳定的分句单独显示"), &s.softCaptionEnabled});
     all.push_back({.pane = pane,
                    .section = cutting,
-                   .title = localizationKey("分句保持不变"),
+                   .title = localizationKey("分句稳定前的等待时间"),
                    .setting = &s.softCaptionStableSeconds,
                    .control = SettingControl::number,
                    .scale = {0.1, 3, 0.05, secondsFormat},
                    .needs = &s.softCaptionEnabled});
-    all.push_back(
-        {pane, cutting, localizationKey("请识别器提前收尾"), &s.appleAnalyzerEarlyFinalize});
+    all.push_back({pane, cutting, localizationKey("提前断行"), &s.appleAnalyzerEarlyFinalize});
     all.push_back({pane,
                    cutting,
-                   localizationKey("忽略重复句子"),
+                   localizationKey("忽略此时间内的重复句子"),
                    &s.duplicateCommitWindowSeconds,
                    SettingControl::number,
                    {0, 15, 0.5, secondsFormat}});
@@ -323,7 +322,7 @@ void addAdvanced(std::vector<SettingEntry>& all, AppSettings& s) {
     const auto diagnostics = localizationKey("诊断");
     all.push_back({.pane = pane,
                    .section = diagnostics,
-                   .title = localizationKey("诊断等级"),
+                   .title = localizationKey("诊断级别"),
                    .setting = &s.diagnosticsLevel,
                    .control = SettingControl::choice,
                    .choiceName = levelName,
@@ -332,7 +331,7 @@ void addAdvanced(std::vector<SettingEntry>& all, AppSettings& s) {
         {pane, diagnostics, localizationKey("保留每次会话的诊断"), &s.sessionDiagnosticsEnabled});
     all.push_back({.pane = pane,
                    .section = diagnostics,
-                   .title = localizationKey("识别器原始结果"),
+                   .title = localizationKey("识别引擎的原始结果"),
                    .setting = &s.appleAnalyzerDiagnosticsMode,
                    .control = SettingControl::choice,
                    .choiceName = analyzerModeName});
@@ -351,7 +350,7 @@ void addAdvanced(std::vector<SettingEntry>& all, AppSettings& s) {
                    .scale = {250, 10000, 250, millisecondsFormat},
                    .needs = &s.screenshotEnabled});
     all.push_back(
-        {pane, diagnostics, localizationKey("记录回放过程"), &s.historyPlaybackDiagnosticsEnabled});
+        {pane, diagnostics, localizationKey("记录播放过程"), &s.historyPlaybackDiagnosticsEnabled});
 }
 
 /// The form of a text that a search compares.

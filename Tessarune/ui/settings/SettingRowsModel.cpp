@@ -140,9 +140,9 @@ int SettingRowsModel::currentChoice(const SettingEntry& entry) const {
 std::string SettingRowsModel::problemOf(int row) const {
     const SettingEntry& entry = *at(row);
     if (const std::string& typed = refused_[static_cast<std::size_t>(row)]; !typed.empty())
-        return localized("“%@” 不能用。可填：%@。", {typed, entry.setting->expected()});
+        return localized("“%@”无效。可填：%@。", {typed, entry.setting->expected()});
     if (entry.setting->isUnreadable())
-        return localized("设置文件里的值无法识别，现在按“%@”处理。", {spokenValue(entry)});
+        return localized("设置文件里的值无效，现改用“%@”。", {spokenValue(entry)});
     if (entry.control == SettingControl::choice && currentChoice(entry) < 0)
         return localized("设置文件里的“%@”不是可选的值。", {entry.setting->text()});
     return {};

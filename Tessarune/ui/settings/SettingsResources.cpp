@@ -34,7 +34,7 @@ Resource::State stateOf(const TranslationLanguageState& language) {
 
 std::string speedText(const std::optional<SpeechModelSpeed>& speed) {
     if (!speed)
-        return localized("还没有在本机用过，不知道快慢");
+        return localized("尚未在本机用过，速度未知");
     const std::string seconds = Text::fixed(speed->passSeconds, 2);
     return speed->isTooSlow ? localized("在本机太慢：五秒长的一行每次更新要 %@ 秒", {seconds})
                             : localized("在本机够快：五秒长的一行每次更新要 %@ 秒", {seconds});
@@ -50,7 +50,7 @@ speechModels(SpeechModelManager& models,
         std::vector<Resource> all{{.id = std::string(automaticModel),
                                    .title = localized("自动"),
                                    .state = Resource::State::builtIn,
-                                   .note = localized("用本机跟得上的最大的模型")}};
+                                   .note = localized("选用本机跟得上的最大模型")}};
         for (const SpeechModelState& model : models.list())
             all.push_back({.id = model.name,
                            .title = model.name,

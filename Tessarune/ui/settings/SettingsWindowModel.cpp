@@ -87,7 +87,7 @@ bool SettingsWindowModel::isSearching() const {
 QString SettingsWindowModel::problem() const {
     const std::string problem = environment_.fileProblem();
     return problem.empty() ? QString()
-                           : QString::fromStdString(localized("设置没有保存：%@", {problem}));
+                           : QString::fromStdString(localized("设置无法保存：%@", {problem}));
 }
 
 void SettingsWindowModel::renewFile() {
@@ -109,7 +109,7 @@ QVariantMap SettingsWindowModel::texts() const {
             {"restore", shown("恢复默认值")},
             {"restoreCaptions", shown("恢复字幕默认值")},
             {"open", shown("打开")},
-            {"renew", shown("另存旧文件，重新开始")},
+            {"renew", shown("重命名旧文件并新建")},
             {"color", shown("颜色，如 #RRGGBB")}};
 }
 

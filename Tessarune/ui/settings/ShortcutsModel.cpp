@@ -94,7 +94,7 @@ QVariant ShortcutsModel::data(const QModelIndex& index, int role) const {
         if (index.row() == refused_)
             return QString::fromStdString(localized("这个键不能用作快捷键"));
         return shortcut.keyCode.isUnreadable() || shortcut.modifiers.isUnreadable()
-                   ? QString::fromStdString(localized("设置文件里的值无法识别，现在用默认的快捷键"))
+                   ? QString::fromStdString(localized("设置文件里的值无效，现改用默认的快捷键"))
                    : QString();
     case ChangedRole:
         return hasOtherKeys(shortcut) || shortcut.keyCode.isUnreadable() ||

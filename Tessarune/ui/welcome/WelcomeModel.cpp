@@ -126,7 +126,7 @@ double WelcomeModel::progress() const {
 QVariantMap WelcomeModel::texts() {
     return {{"title", shown("欢迎使用 Tessarune")},
             {"about", shown("把电脑播放的英语变成字幕和译文，全部在这台电脑上完成。")},
-            {"language", shown("译成")},
+            {"language", shown("翻译成")},
             {"downloading", shown("正在下载…")},
             {"sample", shown("这是示例语音的字幕，不会保存：")},
             {"skip", shown("跳过")},
