@@ -35,7 +35,7 @@ void CommandOptions::refuseClashes(const std::vector<CLI::Option*>& captions) co
         for (const CLI::Option* owner : owners)
             names.push_back(owner->get_name());
         throw UsageProblem(localized("%@ can only be used with %@.",
-                                     {option->get_name(), Text::joined(names, ", ")}));
+                                     {option->get_name(), Text::joined(names, localized(", "))}));
     }
     const auto command = std::ranges::find_if(commands_, isGiven);
     if (command == commands_.end())

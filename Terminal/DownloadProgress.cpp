@@ -30,9 +30,9 @@ std::string progressText(const std::string& name, std::uint64_t received, std::u
 }
 
 std::string troubleText(const std::string& name, const DownloadTrouble& trouble) {
-    return localized("%@: %@ Next attempt in %lld s.",
-                     {name, trouble.reason + (trouble.reason.ends_with('.') ? "" : "."),
-                      std::to_string(std::lround(std::ceil(trouble.secondsToNextTry)))});
+    return localized(
+        "%@: %@. Next attempt in %lld s.",
+        {name, trouble.reason, std::to_string(std::lround(std::ceil(trouble.secondsToNextTry)))});
 }
 
 /// Reports a download: on a terminal, in a log, or as JSON.

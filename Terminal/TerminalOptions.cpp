@@ -42,8 +42,8 @@ std::string checkedLocale(const std::string& text) {
             return option.localeIdentifier;
         known.push_back(option.localeIdentifier);
     }
-    throw UsageProblem(
-        localized("--locale takes one of %@, not '%@'.", {Text::joined(known, ", "), text}));
+    throw UsageProblem(localized("--locale takes one of %@, not '%@'.",
+                                 {Text::joined(known, localized(", ")), text}));
 }
 
 std::string checkedTarget(const std::string& option, const std::string& text) {
@@ -53,7 +53,7 @@ std::string checkedTarget(const std::string& option, const std::string& text) {
     for (const auto& language : TranslationSupport::targetLanguages())
         known.push_back(language.id);
     throw UsageProblem(localized("%@ does not know the language '%@'. It knows %@.",
-                                 {option, text, Text::joined(known, ", ")}));
+                                 {option, text, Text::joined(known, localized(", "))}));
 }
 
 /// Returns the ID of the target; empty if nothing should be translated.

@@ -3,6 +3,7 @@
 #include "Tessarune/shell/SettingTypes.h"
 #include "Tessarune/shell/UserDefaults.h"
 #include "TessaruneCore/observation/Published.h"
+#include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <functional>
@@ -147,7 +148,7 @@ class Setting final : public AnySetting {
     }
     std::string expected() const override {
         const auto all = choices();
-        return all.empty() ? codec_.expected() : Text::joined(all, ", ");
+        return all.empty() ? codec_.expected() : Text::joined(all, localized(", "));
     }
     bool accepts(std::string_view text) const override { return codec_.parse(text).has_value(); }
     bool setText(std::string_view text) override {

@@ -87,8 +87,9 @@ std::int32_t MoonshineLibrary::check(std::int32_t result, std::string_view probl
     if (result >= 0)
         return result;
     const char* words = calls_.errorToString(result);
-    throw std::runtime_error(localized(problem) + ": " +
-                             (words != nullptr ? words : "error " + std::to_string(result)));
+    throw std::runtime_error(
+        localized("%@: %@", {localized(problem),
+                             words != nullptr ? words : "error " + std::to_string(result)}));
 }
 
 std::string MoonshineLibrary::dependencies(moonshine::Architecture architecture,

@@ -198,7 +198,7 @@ void DesktopListening::dropFollowing() {
     environment_.notices.tell(
         names.size() > mostNames
             ? localized("还有 %lld 个文件没有生成字幕。", {std::to_string(names.size())})
-            : localized("Not captioned: %@.", {Text::joined(names, ", ")}),
+            : localized("Not captioned: %@.", {Text::joined(names, localized(", "))}),
         DesktopNotices::Kind::news);
 }
 

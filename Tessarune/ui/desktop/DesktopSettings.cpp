@@ -48,7 +48,7 @@ std::unique_ptr<SettingsWindow> makeSettingsWindow(Application& application,
                 application.onDownloadTrouble =
                     [tell = std::move(tell)](const DownloadTrouble& trouble) {
                         const auto seconds = std::lround(std::ceil(trouble.secondsToNextTry));
-                        tell(localized("下载受阻：%@ %lld 秒后重试。",
+                        tell(localized("下载中断：%@。%lld 秒后重试。",
                                        {trouble.reason, std::to_string(seconds)}));
                     };
             },

@@ -64,7 +64,7 @@ std::string runHolds(const DiagnosticsRunContents& run) {
         if (run.has(content))
             held.push_back(localized(name));
     }
-    return Text::joined(held, ", ");
+    return Text::joined(held, localized(", "));
 }
 
 } // namespace
