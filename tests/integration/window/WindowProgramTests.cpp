@@ -59,6 +59,12 @@ class WindowProgram : public ::testing::Test {
                      folder_.path(), environment_);
         environment_.push_back("DBUS_SESSION_BUS_ADDRESS=" + firstLine(*bus_));
     }
+    ~WindowProgram() override {
+        if (!accessibility_)
+            return;
+        accessibility_->send(SIGTERM); // ends its bus, too
+        accessibility_->wait();
+    }
 
     std::string firstLine(const StartedProgram& program) {
         EXPECT_TRUE(within(10, [&] { return program.output().find('\n') != std::string::npos; }));
