@@ -76,8 +76,7 @@ AppSettings::AppSettings(UserDefaults& store)
               4.0, secondsCodec(-1, 3600)),
       SETTING(
           softCaptionEnabled, recognition,
-          localizationKey(
-              "Shows clauses that no longer change separately from text that may still change."),
+          localizationKey("Shows stable clauses and text that may still change in separate rows."),
           true, boolCodec()),
       SETTING(
           softCaptionStableSeconds, recognition,
@@ -122,7 +121,7 @@ AppSettings::AppSettings(UserDefaults& store)
                               "recogniser's raw results to full diagnostics."),
               false, boolCodec()),
       SETTING(appleAnalyzerDiagnosticsMode, diagnostics,
-              localizationKey("How much of the recogniser's raw results diagnostics contain."),
+              localizationKey("How much diagnostics contain of the recogniser's raw results."),
               AppleAnalyzerDiagnosticsMode::summary, analyzerModeCodec()),
       SETTING(perfSampleIntervalSeconds, diagnostics,
               localizationKey("How often diagnostics measure the use of memory and processor."),
@@ -213,7 +212,7 @@ AppSettings::AppSettings(UserDefaults& store)
               millisecondsCodec()),
       SETTING(
           arenaScreenshotEnabled, application,
-          localizationKey("Adds screenshots for comparisons with other programs to diagnostics."),
+          localizationKey("Adds screenshots to diagnostics, for comparisons with other programs."),
           false, boolCodec()),
       SETTING(arenaScreenshotIntervalMs, application,
               localizationKey("Milliseconds between two screenshots for comparisons."), 1000,
@@ -222,7 +221,7 @@ AppSettings::AppSettings(UserDefaults& store)
       SHORTCUT(shortcutCopyOriginal, localizationKey("Copies the captions."), 8,
                commandAndOptionKeys),
       SHORTCUT(shortcutClear, localizationKey("Clears the captions."), 14, commandKey),
-      SHORTCUT(shortcutPin, localizationKey("Turns keeping the window on top on or off."), 35,
+      SHORTCUT(shortcutPin, localizationKey("Switches whether the window stays on top."), 35,
                commandKey),
       SHORTCUT(shortcutHistory, localizationKey("Shows the history."), 4, commandKey),
       SHORTCUT(shortcutToggleWindow, localizationKey("Shows or hides the window."), 13, commandKey),

@@ -41,8 +41,8 @@ class SessionTranslation {
     /// Called once, before all other functions, with the session's captions, which stay valid until
     /// `shutDown`.
     virtual void attach(TranslatedCaptions&) {}
-    /// Called before a new session: cancels the run and resets health, preview, status and the
-    /// display of a preparation.
+    /// Called before a new session. Cancels the translation in progress, and resets the count of
+    /// failures, the preview, the status and the display of a preparation.
     virtual void resetForNewSession() {}
     /// Prepares the pair chosen in the settings. `reason` is for the log.
     virtual void prewarmCurrentTranslationPair(const std::string& /*reason*/) {}

@@ -31,7 +31,7 @@ def comparable(words):
 class Comparison:
     said: int = 0
     wrong: int = 0
-    right: list = field(default_factory=list)  # pairs: data of the word said and recognised
+    right: list = field(default_factory=list)  # (data of the said word, data of the recognised word)
 
 
 def compare(said, recognised):
