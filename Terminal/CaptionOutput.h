@@ -60,7 +60,7 @@ CaptionOutput makeScreenOutput(std::FILE* terminal, ScreenSizeSource size, bool 
 /// Prints settled rows, one per line, and translations as lines that begin with a tab; status lines
 /// and failed translations go to `errors`. A row waits at most a second for the translation of the
 /// previous row, so that each translation follows its row. If the translation does not arrive in
-/// this second, rows are printed without waiting until no translation is missing.
+/// this second, the following rows are printed at once, until no translation is missing.
 CaptionOutput makePlainOutput(std::FILE* out, std::FILE* errors, Host& host, bool quiet);
 
 /// Prints each change as a JSON object on a line of its own, flushed at once; see docs/terminal.md.

@@ -20,8 +20,8 @@ bool userCanAnswer();
 /// Ctrl-C means `interrupted`. Main queue.
 Task<Answer> ask(Host& host, std::string question, Answer byDefault);
 
-/// The ordinary file that `path` links to, so that the link stays; `path` itself if it is no such
-/// link.
+/// If `path` is a link to an ordinary file, returns that file, so that a write replaces the file
+/// and not the link. Otherwise returns `path`.
 std::filesystem::path followingLink(const std::filesystem::path& path);
 
 /// Whether `to` may be written: it is new, or it is an ordinary file and either `replaces` is set

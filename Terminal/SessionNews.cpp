@@ -43,7 +43,7 @@ void SessionNews::observeStatus() {
         if (isNews && !text.empty() && reportsStatus())
             handlers_.say(text);
     });
-    // A failed start is not reported here: it ends the run, which reports it.
+    // A failed start is not reported here: the whole run then fails and reports the reason.
     view_.presentedError.onDidChange([this](const std::string& text) {
         if (*view_.isListening)
             handlers_.say(text);

@@ -49,7 +49,7 @@ class SessionNews {
     std::string lastStatus_;
     bool failedToCompress_ = false;
     std::optional<int> lastProgress_;
-    std::set<std::string> reportedTranslationStatus_; ///< texts, without their numbers
+    std::set<std::string> reportedTranslationStatus_; ///< texts, with the numbers in them removed
 };
 
 } // namespace tessarune

@@ -103,7 +103,7 @@ class CaptionCore {
     std::function<void(const CorrectionObservation&)> onCorrection;
 
     // The lists and the open row. The owner may assign them; the core never edits a committed row.
-    Published<Rows> committedSegments;        ///< rows whose source text is final, oldest first
+    Published<Rows> committedSegments;        ///< rows whose source text is fixed, oldest first
     Published<Rows> liveLeadingSentences;     ///< complete sentences that may still change
     Published<Rows> softCaptionSegments;      ///< stable clauses of the open sentence
     Published<CaptionSegment> currentPartial; ///< the rest of the open text, perhaps empty

@@ -10,9 +10,9 @@
 
 namespace tessarune {
 
-/// The recording whose ID begins with `id`, in upper or lower case, whether or not it is listed. If
-/// there is none or more than one, or if the catalog is unreadable, prints that and returns the
-/// exit status. Main queue.
+/// The recording whose ID begins with `id`, in upper or lower case, even if the history list leaves
+/// the recording out. If there is none or more than one, or if the catalog is unreadable, prints
+/// that and returns the exit status. Main queue.
 std::variant<HistoryItem, int> chosenRecording(Program& program, const std::string& id);
 
 /// The process that is recording the session; `nullopt` if the session is over or was interrupted.

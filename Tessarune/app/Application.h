@@ -87,7 +87,7 @@ struct Application {
     /// diagnostics runs; without one, `problem` tells the user why.
     DataFolderLease leaseDataFolder();
 
-    /// Sets a value for this run only.
+    /// Sets a value until `endOverride` or the end of the program, and does not store it.
     void override(AnySetting& setting, SettingValue value);
     void endOverride(AnySetting& setting);
 

@@ -24,7 +24,7 @@ class RecordingGate {
   public:
     /// Why nothing is recorded although the settings may ask for it; at most one field is set.
     struct Obstacle {
-        std::string doubt;   ///< the user's choice is unknown; the text says how to state it
+        std::string doubt;   ///< why the user's choice is unknown, and how the user can make it
         std::string failure; ///< why the data folder cannot be used
         std::optional<DataFolderLock::Holder> holder; ///< the program that writes the data folder
 

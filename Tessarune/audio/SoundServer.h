@@ -137,8 +137,8 @@ class PlaybackStream {
 /// Interface: the sound server of this desktop.
 ///
 /// All operations may be called from any thread. The object must outlive its streams. Tasks resume
-/// on the executor in their parameters and throw SoundServerError; those of a server that plays a
-/// file also throw MediaFileError.
+/// on the executor in their parameters and throw SoundServerError. The tasks of a server that plays
+/// a file also throw MediaFileError.
 class SoundServer {
   public:
     using Subscription = std::shared_ptr<void>;

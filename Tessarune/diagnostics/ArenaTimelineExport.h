@@ -88,7 +88,7 @@ struct File {
     Reference reference;
 };
 
-/// Subtracts `t0` from all times. Times that are absent or not positive are absent in the result.
+/// Subtracts `t0` from all times that are positive. All other times are absent in the result.
 Engine buildEngine(std::string optionID, std::string title, const Caps& caps, const Config& config,
                    const CaptionCore::Rows& segments, const CaptionCore::WordEvents& wordEvents,
                    double t0);

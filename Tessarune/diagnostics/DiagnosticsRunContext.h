@@ -40,7 +40,7 @@ nlohmann::json displaySnapshotFields(const AppSettings& settings);
 nlohmann::json settingsFile(const AppSettings& settings, const nlohmann::json& sections,
                             bool capturesFullDiagnostics);
 
-/// The files of a run say with this text what else influences its figures.
+/// A note in the files of a run: what its performance figures include.
 inline constexpr std::string_view resourceInterference =
     "single-engine live session; perf.csv is process-level and still includes UI/audio/translation";
 /// Reported as the maximum number of rows in the caption window. Tools that compare runs expect

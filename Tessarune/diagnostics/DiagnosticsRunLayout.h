@@ -33,7 +33,7 @@ struct Artifact {
     std::string_view name; ///< in the manifest
     std::string_view path; ///< relative to the run; "<option>" stands for the recognition option
     Content content = Content::settings;
-    std::string_view condition = {}; ///< in addition to the level; empty: none
+    std::string_view condition = {}; ///< needed besides the diagnostics level; empty: none
     bool isInCoreRuns = false;
     bool isListed = true;     ///< in the manifest
     std::string_view written; ///< when it is written
@@ -42,7 +42,7 @@ struct Artifact {
     bool holdsText = true;
 };
 
-/// A field of a file's object, record or table, or several that belong together.
+/// One field of a file's object, record or table, or several fields that belong together.
 struct Field {
     std::string_view names; ///< separated by commas
     std::string_view meaning;

@@ -34,7 +34,8 @@ class HistoryRefinementDiagnosticsSession final : public HistoryRefinementObserv
         std::shared_ptr<SerialQueue> queue;
     };
 
-    /// Returns null if the recording has no run, or a core run, which must not contain texts.
+    /// Returns null if the recording has no run. Also returns null if its run is a core run,
+    /// because a core run must not contain texts.
     static std::shared_ptr<HistoryRefinementDiagnosticsSession>
     open(const Environment& environment, const HistoryRefinementRequest& request);
     /// Closes the record of the refinement as failed if it is still open.

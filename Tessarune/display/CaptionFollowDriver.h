@@ -53,8 +53,8 @@ class CaptionFollowDriver {
 
     /// A list has appeared.
     void attached();
-    /// The view was rebuilt. `contentRevision` changes with every visible change; `idleReturnDelay`
-    /// is in seconds, 1 to 60.
+    /// The content may have changed. `contentRevision` changes with every visible change;
+    /// `idleReturnDelay` is in seconds, 1 to 60.
     void update(std::uint64_t contentRevision, double idleReturnDelay);
     /// The total height of the rows has changed.
     void documentFrameChanged();

@@ -120,7 +120,7 @@ std::vector<std::size_t> CaptionStageRows::changedSince(const CaptionStageRows& 
         if (ghost && *ghost < std::min(settledSize(), before.settledSize()))
             compare(*ghost);
     }
-    // From here on, the rows of at least one list may still change.
+    // From this index on, at least one of the two lists has no settled rows.
     const std::size_t common = std::min(size(), before.size());
     for (std::size_t i = std::min(settledSize(), before.settledSize()); i < common; ++i)
         compare(i);

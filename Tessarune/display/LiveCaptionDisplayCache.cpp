@@ -114,7 +114,7 @@ bool LiveCaptionDisplayCache::appendSourceRowsIfPossible(const Captions& caption
     }
     mergedBilingual_.patchAfterAppend(sourceTextRows_, oldRowCount);
     ++sourceRevision_;
-    // If rows were cleared, an append counts as a full rebuild, although it costs no more.
+    // If rows were cleared, the statistics count an append as a full rebuild, although it is cheap.
     ++(captions.clearedSegmentIDs.empty() ? sourceAppendUpdateCount_ : sourceFullRebuildCount_);
     return true;
 }

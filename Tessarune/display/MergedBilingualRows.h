@@ -20,8 +20,8 @@ class MergedBilingualRows {
     void rebuild(const LiveCaptionDisplayRows& source);
     /// Adds the source rows from index `oldCount` on. The first of them may join the last row.
     void patchAfterAppend(const LiveCaptionDisplayRows& source, std::size_t oldCount);
-    /// Updates the rows after the source rows with the indexes `affected` have changed. Rebuilds
-    /// all rows if `affected` is empty or has an invalid index.
+    /// Call when the source rows with the indexes `affected` have changed. Rebuilds all rows if
+    /// `affected` is empty or has an invalid index.
     void patch(const LiveCaptionDisplayRows& source, std::span<const std::size_t> affected);
 
   private:

@@ -15,7 +15,7 @@ namespace tessarune {
 /// shows everything at once.
 ///
 /// The state machine behind one caption row; a view draws `renderedTail` after each `onReveal`.
-/// Lengths are in characters. Main queue. Destroying it cancels the pending step.
+/// Lengths are in characters. Main queue. The destructor cancels the pending step.
 class SmoothStreamingText {
   public:
     struct Options {

@@ -31,7 +31,8 @@ using Pair = std::pair<std::size_t, std::size_t>; // a row and its sentence
 
 /// The largest set of pairs whose rows and sentences are in the same order.
 std::vector<Pair> longestCommonOrder(const std::vector<Pair>& pairs) {
-    std::vector<std::size_t> chainEnds; // by length: the last pair of the chain that ends earliest
+    // For each length, the chain of this length that ends earliest is kept: this is its last pair.
+    std::vector<std::size_t> chainEnds;
     std::vector<std::optional<std::size_t>> predecessor(pairs.size());
     for (std::size_t i = 0; i < pairs.size(); ++i) {
         const auto position = std::ranges::lower_bound(
@@ -99,7 +100,7 @@ class RowMatch {
     }
 
     void fillBetween(Pair from, Pair to) {
-        // Equal numbers of rows and sentences are taken for the same sentences, differently worded.
+        // If the counts are equal, rows and sentences are assumed to differ only in the wording.
         const bool sameCount = to.first - from.first == to.second - from.second;
         const auto hasRemaining = [&] { return from.first < to.first && from.second < to.second; };
         for (; hasRemaining() && (sameCount || agrees(from.first, from.second));

@@ -40,9 +40,9 @@ struct HistoryWordTimeline {
     /// How the times were found; each comment says whether the timeline or a sentence carries the
     /// value.
     struct TimingKind {
-        /// Both: from the sound of each word.
+        /// Timeline or sentence: from the sound of each word.
         static constexpr std::string_view audioWord = "audioWord";
-        /// Both: from the sound of the row.
+        /// Timeline or sentence: from the sound of the row.
         static constexpr std::string_view audioSegment = "audioSegment";
         /// Timeline: words are spread over their row.
         static constexpr std::string_view segmentInterpolated = "segmentInterpolated";
@@ -94,10 +94,10 @@ struct HistoryWordTimeline {
     /// For each row of a bilingual text, the index of its sentence; `nullopt` for a row without
     /// one. The texts may differ, because the timeline may have been refined after the bilingual
     /// text was written. First, a row and a sentence are paired if they have the same text and no
-    /// other row or sentence has it; of these pairs, the largest set in the same order is kept. The
-    /// rows and sentences between two pairs are paired in order if there are equally many,
-    /// otherwise from both ends as long as their texts are equal. If nothing matches at all, all
-    /// are paired in order.
+    /// other row or sentence has it. If the rows and the sentences of these pairs are in different
+    /// orders, the largest set of pairs in one order is kept. The rows and sentences between two
+    /// pairs are paired in order if there are equally many, otherwise from both ends as long as
+    /// their texts are equal. If nothing matches at all, all are paired in order.
     static std::vector<std::optional<std::size_t>>
     sentencesOfRows(const std::vector<std::string>& rows, const std::vector<Sentence>& sentences);
 

@@ -182,7 +182,7 @@ bool RecordingCatalog::deleteAll() {
         // recordings with sound, and the user can delete them again.
         for (const auto& folder :
              {paths_.transcripts(), paths_.diagnostics(), paths_.recordings()}) {
-            try { // the content first: of a linked folder, only the link is removed below
+            try { // the content first: if the folder is a link, only the link is removed below
                 for (const auto& name : files_.list(folder))
                     removeQuietly(folder / name);
             } catch (const std::system_error&) { // the folder is removed below

@@ -135,7 +135,7 @@ class RecordingCatalog {
     enum class TranscriptionMark {
         none,
         running,    ///< if a launch finds this, the program ended unexpectedly during the work
-        interrupted ///< by a regular end of the program: a later launch completes it
+        interrupted ///< by a regular end of the program: a later launch completes the work
     };
     /// Sets or removes the mark; a deleted recording gets none. Returns whether the change was
     /// saved.

@@ -267,8 +267,8 @@ void RecordingRepair::removeReplacedSound() {
 /// Finishes or undoes interrupted replacements of a transcript by a refined one. A replacement
 /// moves its files into place one by one, the text first.
 ///
-/// If the text has been moved, the other files are moved as well. An empty file is not moved: it
-/// means that the sidecar of this name is removed.
+/// If the text has been moved, the other files are moved as well. An empty file means that the new
+/// transcript has no such sidecar: the old sidecar is removed.
 ///
 /// If the text has not been moved, no file has, and all files of the replacement are removed. The
 /// text is removed last: if it alone were missing, the next launch would move the other files.

@@ -17,14 +17,14 @@ struct SessionJournalContent;
 /// Repairs the data folder when the program starts, before anything else uses it.
 class RecordingRepair {
   public:
-    /// The repairs to report to the user, once.
+    /// The results to report to the user, once.
     struct Report {
         std::vector<UUID> recoveredSessions; ///< interrupted sessions that were repaired
         /// Imports without a transcript, and imports whose transcription or translation was
         /// interrupted by a regular end of the program.
         std::vector<RecordingMetadata> untranscribedImports;
         /// Imports that were being transcribed or translated when the program ended unexpectedly,
-        /// and may be the reason for that. They are reported once and do not become
+        /// and that may have caused this end. They are reported once and do not become
         /// `untranscribedImports`.
         std::vector<RecordingMetadata> brokenOffImports;
         std::optional<RecordingCatalog::IndexRebuild> rebuiltIndex;
@@ -35,9 +35,9 @@ class RecordingRepair {
     RecordingRepair(FileSystem& files, RecordingCatalog& catalog, TessaruneFileLogger& logger);
 
     /// Runs all repairs in this order: the index, unfinished files, interrupted replacements of
-    /// transcripts, sessions that a crash interrupted and their transcripts, WAVs that an M4A has
-    /// replaced, entries without an end, entries without audio, sidecars without an entry. Never
-    /// throws; a failed repair is retried at the next launch.
+    /// transcripts, sessions interrupted by a crash, transcripts of these sessions, WAVs that an
+    /// M4A has replaced, entries without an end, entries without audio, sidecars without an entry.
+    /// Never throws; a failed repair is retried at the next launch.
     Report runAtLaunch();
 
   private:

@@ -47,7 +47,8 @@ class PlaybackReader {
     /// AudioConversionError; after that it returns null.
     AudioBufferPtr next();
 
-    /// A block of silence, to be output after the last sound until that sound has been heard.
+    /// A block of silence. The player outputs such blocks after the last sound until that sound has
+    /// been heard.
     AudioBufferPtr silence();
     /// The length of the output with sound, in seconds since `begin`.
     double soundSeconds() const { return seconds(soundFrames_); }

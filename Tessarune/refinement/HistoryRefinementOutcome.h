@@ -43,7 +43,7 @@ struct HistoryRefinementOutcome {
     std::string translationProblem;
     std::string model;             ///< the model that was used
     std::int64_t sentences = 0;    ///< of the refined text
-    std::int64_t keptOfFormer = 0; ///< those of `sentences` that only the former transcript had
+    std::int64_t keptOfFormer = 0; ///< how many of `sentences` the former transcript supplied
     double heardSeconds = 0;
     std::string brokenOff; ///< why the sound could not be read to its end; empty if it could
 };

@@ -402,7 +402,8 @@ Task<void> HistoryRefinementService::refineSource(JobPtr job) {
     if (!missingSound.empty())
         throw MediaFileError(MediaFileError::Kind::damaged,
                              localized("Part of the recording is missing: %@", {missingSound}));
-    // Before the transcript is saved, so that a run has its sentences even if that fails.
+    // The sentences are reported first, so that a diagnostics run has them even if the transcript
+    // cannot be saved.
     for (std::size_t i = 0; job->observer && i < job->result.segments.size(); ++i)
         job->observer->finalSegment(static_cast<std::int64_t>(i), job->result.segments[i]);
 

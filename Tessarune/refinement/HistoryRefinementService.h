@@ -26,7 +26,8 @@ namespace tessarune {
 ///
 /// A job that fails or is cancelled before the new text is saved leaves the former transcript
 /// unchanged. The deletion of a recording ends its job. A job fails if it cannot read all the sound
-/// of the former transcript. A former sentence stays if the recogniser finds nothing at its time.
+/// that the former transcript covers. A former sentence stays if the recogniser finds nothing at
+/// its time.
 ///
 /// Main queue; reading and saving happen on a queue of utility priority. Jobs are not persistent:
 /// the end of the program drops them, and the former transcripts stay. If an import still lacks

@@ -42,8 +42,8 @@ struct SpeechAnalyzerFileTranscriptionResult {
     /// sentences.
     std::optional<double> firstSoundSeconds() const;
 
-    /// The result with times that count from the start of the recording. Recognisers may report
-    /// late times, so all times move back by the same amount, until the first word begins at
+    /// The result with corrected times, because recognisers may report times that are too late.
+    /// All times move back by the same amount, so that the first word begins at
     /// `audioOnsetSeconds`; they never move forward.
     SpeechAnalyzerFileTranscriptionResult pulledBackToOnset() const;
 

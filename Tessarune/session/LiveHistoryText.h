@@ -14,8 +14,8 @@ namespace tessarune {
 /// Builds the text of a running session incrementally. The text equals that of
 /// `SessionTranscriptBuilder`, but a build does not visit all committed rows.
 ///
-/// It assumes that committed rows are only appended and keep their text. A list that does not
-/// continue the previous one starts a new text. A value, for one thread at a time.
+/// It assumes that committed rows are only appended and keep their text. If the rows do not
+/// continue those of the last build, a new text is started. One thread at a time.
 class LiveHistoryText {
   public:
     struct Built {

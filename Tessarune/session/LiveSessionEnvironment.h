@@ -31,8 +31,8 @@ struct LiveSessionEnvironment {
     std::shared_ptr<AudioSessionRecorder> recorder;
     /// Called before a session is recorded; returns whether that is allowed. Empty means yes.
     std::function<bool()> mayRecord = {};
-    /// Called for each write to a recording after its session has ended; without a hold, the write
-    /// is postponed.
+    /// Called for each write to a recording after its session has ended. If the returned lease has
+    /// no hold, the write is postponed.
     std::function<DataFolderLease()> leaseDataFolder = unsharedDataFolder;
     RecordingAudioCompressor& compressor;
     /// May be null: then nothing is translated.

@@ -29,7 +29,8 @@
 namespace tessarune {
 
 /// Owns a listening session: starts and stops the sound, feeds the captions, tracks the recording,
-/// and saves everything at the end. One object per process; each session resets it.
+/// and saves everything at the end. An object can run many sessions, one after another; each start
+/// of a session resets it.
 ///
 /// Main queue. Commands return at once and continue in tasks; `view()` shows their results.
 /// Failures are never thrown: they appear as status, as the live caption line (`showError`), or as
@@ -68,7 +69,7 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     /// that is about to sleep. Resumes on the main queue.
     Task<void> secureRecording();
     /// Removes all captions from the screen; they are still saved. A sentence that is still being
-    /// spoken reappears when it settles.
+    /// spoken reappears when it is committed, or earlier.
     void clearCaptions();
 
     // Events of the session, called by its parts

@@ -76,8 +76,8 @@ struct SessionView {
     Published<bool> isTranslationOver{false};
     /// The progress of the compression, 0 to 1; `nullopt` if none is running.
     Published<std::optional<double>> audioCompressProgress;
-    /// Why the last start failed, for a front end that distinguishes failures. Set before the
-    /// phase.
+    /// Why the last start failed, for a front end that distinguishes failures. Set before
+    /// `sessionPhase` changes.
     std::exception_ptr startFailure;
     /// The outcome of the last session that was stopped; the next start resets it to `nullopt`.
     Published<std::optional<SessionOutcome>> outcome;

@@ -49,8 +49,8 @@ LocalizationTable forLocale(std::string_view locale) {
             table.insert_or_assign(std::string(key), std::string(text));
     };
     const std::string language = languageOf(locale);
-    // English replaces what a table lacks. Chinese readers see the key instead: it is Chinese or
-    // English.
+    // A text that a table lacks is shown in English. Chinese readers see its key instead, which is
+    // Chinese or English.
     if (!language.starts_with("zh"))
         add("en");
     add(language);

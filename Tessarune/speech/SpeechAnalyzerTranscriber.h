@@ -76,9 +76,9 @@ class SpeechAnalyzerTranscriber final
     static constexpr double finalizeMinCutoffSeconds = 0.2;
     static constexpr double finalizeMinAudioStepSeconds = 0.9;
     static constexpr double finalizeMinWallStepSeconds = 1.2;
-    // A request to drop old sound names an audio time. The cutoff, before which sound is dropped,
-    // is a safety tail earlier. A request is ignored if the cutoff is not at least a minimum step
-    // later than the last one.
+    // A request to drop old sound names an audio time. The sound before the cutoff is dropped. The
+    // cutoff is the audio time minus a safety tail. A request is ignored unless its cutoff is later
+    // than the previous cutoff by at least a minimum step.
     static constexpr double cancelSafetyTailSeconds = 1.5;
     static constexpr double cancelMinCutoffSeconds = 0.5;
     static constexpr double cancelMinAudioStepSeconds = 4.0;

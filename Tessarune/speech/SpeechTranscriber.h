@@ -25,7 +25,7 @@ struct SpeechRun {
 
 /// One result of the engine for a stretch of audio: volatile until `isFinal`.
 struct SpeechResult {
-    std::vector<SpeechRun> runs; ///< concatenated, their texts are the result's text
+    std::vector<SpeechRun> runs; ///< in the order of the text
     bool isFinal = false;
     std::vector<std::string> alternatives; ///< best first; the first is the text itself
 

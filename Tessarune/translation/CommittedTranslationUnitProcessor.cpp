@@ -19,7 +19,7 @@ using Action = CommittedTranslationFailureAction;
 
 constexpr double retryDelaySeconds = 0.4;
 
-/// One unit in progress. Lives in the frame of `process`, which outlives every reference to it.
+/// One unit in progress. Lives in the frame of `process`, so references to it stay valid.
 struct Attempt {
     LiveTranscriptTranslation& translation;
     const CommittedTranslationUnit& unit;

@@ -75,7 +75,7 @@ class LiveTranscriptTranslation final
                                           const TranslationAttemptDiagnostics& diagnostics);
     /// Reports that the pair must be prepared first. The unit remains pending.
     void reportLanguagePreparation(const std::string& source, const std::string& target);
-    /// Reports that the pair could not be recovered, so that the user can act.
+    /// Reports that the pair could not be prepared again, so that the user can act.
     void surfaceTranslationRecoveryFailure(const std::string& message);
     void setGhostTranslationText(const std::string& text);
     bool keepsTextsForDiagnosis() const { return captions_->keepsTextsForDiagnosis(); }
@@ -115,7 +115,7 @@ class LiveTranscriptTranslation final
 
     const std::shared_ptr<LiveTranslationRuntime> runtime_;
     AppSettings& settings_;
-    TranslatedCaptions* captions_; ///< a null object before `attach` and after `shutDown`
+    TranslatedCaptions* captions_; ///< ignores all calls before `attach` and after `shutDown`
     LiveTranslationSettingsSnapshot applied_;
     std::optional<Observations> observations_; ///< from `attach` to `shutDown`
 };

@@ -13,7 +13,7 @@ enum class CaptionSegmentState { partial, final };
 
 /// What settled the text of a row.
 enum class FreezeKind {
-    none,  ///< nothing: it may still change, or the session's end sealed it
+    none,  ///< nothing: the row may still change, or was sealed at the end of the session
     soft,  ///< a soft caption: not committed, may be withdrawn
     ours,  ///< frozen: it stayed unchanged for a while, before its final arrived
     engine ///< a final result of the recogniser

@@ -17,7 +17,7 @@ struct SoftCaptionObservation {
     double t = 0;                    ///< the core's clock
     bool enabled = false;            ///< the setting at that time
     double stableSeconds = 0;        ///< the setting at that time
-    std::int64_t candidateCount = 0; ///< soft pieces of the decision
+    std::int64_t candidateCount = 0; ///< clauses that could become soft captions in this step
     std::int64_t visibleCount = 0;   ///< rows visible after this step
     bool changed = false; ///< the visible rows changed or, for a reset, any clause was dropped
     std::optional<std::string> resetReason;

@@ -62,7 +62,7 @@ class LineLogWriter {
     std::shared_ptr<SerialQueue> queue_;
     int file_; // used only on the queue; negative once closed
     bool endsInsideALine_ = false;
-    int waitsLeft_; // for a reader, once `close` was called
+    int waitsLeft_; // how often to wait for a reader after `close` was called
     std::atomic<std::size_t> queued_ = 0;
     std::atomic<bool> isClosing_ = false;
     std::atomic<bool> hasLostLines_ = false;

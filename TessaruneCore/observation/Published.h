@@ -43,7 +43,7 @@ class Published {
         notify(didChange_);
     }
 
-    // These are const, so that a user who may only read the value can observe it, too.
+    // These are const, so that code that may only read the value can observe it, too.
 
     Token onWillChange(Observer observer) const { return add(willChange_, std::move(observer)); }
     Token onDidChange(Observer observer) const { return add(didChange_, std::move(observer)); }

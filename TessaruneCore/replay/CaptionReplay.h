@@ -15,7 +15,7 @@
 namespace tessarune::CaptionReplay {
 
 struct Output {
-    std::vector<std::string> committedLines; ///< one line per committed row, with its marker
+    std::vector<std::string> committedLines; ///< the committed rows, marked by their `FreezeKind`
     std::vector<std::string> liveLines;      ///< the text still open when the log ended
     std::int64_t lockCount = 0;
     std::int64_t finalCount = 0;

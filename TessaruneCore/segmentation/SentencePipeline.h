@@ -14,8 +14,8 @@ namespace tessarune {
 
 /// Decides which sentences of a growing partial are stable. A sentence that stays unchanged at its
 /// position for `freezeStableSeconds` is frozen without waiting for the recogniser's final, and is
-/// never reopened. Sentences freeze in reading order. Changes of case, spacing or punctuation alone
-/// do not count.
+/// never reopened. Changes of case, spacing and punctuation are ignored. Sentences freeze in
+/// reading order.
 ///
 /// Confined to its owner's thread. Times are seconds on the caller's clock; if that clock runs
 /// backwards, freezing is delayed.

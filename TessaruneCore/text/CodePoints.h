@@ -46,8 +46,8 @@ inline bool isASCIIWhiteSpace(char32_t codePoint) {
 }
 
 /// Whether a code point is plain: it never combines with another plain one, neither in a character
-/// (except CR LF) nor by normalisation, and it is its own normal form. Covers most caption text;
-/// false means that ICU must decide.
+/// (except CR LF) nor by normalisation, and it is its own normal form. Most caption text is plain;
+/// other text is left to ICU.
 bool isPlainByTable(char32_t codePoint);
 inline bool isPlain(char32_t codePoint) {
     return codePoint < 0x80 || (codePoint >= 0x4E00 && codePoint <= 0x9FFF) ||

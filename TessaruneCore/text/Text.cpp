@@ -36,10 +36,9 @@ bool surelyEndsAt(std::string_view text, std::size_t at) {
     return isPlain(before) && isPlainOrEnd(text, at) && !(before == '\r' && text[at] == '\n');
 }
 
-/// Whether the first difference of two texts proves that they are not equivalent. The bytes before
-/// the difference are equal, and the code points at it are a proof if they do not combine with
-/// their neighbours. Such a difference also proves that `b` is not a prefix of `a`, unless `a`
-/// begins with the bytes of `b`.
+/// Whether the first difference of two texts proves that they are not equivalent. It does if the
+/// code points at the difference do not combine with their neighbours. Such a difference also
+/// proves that `b` is not a prefix of `a`, unless `a` begins with the bytes of `b`.
 bool surelyDiffer(std::string_view a, std::string_view b) {
     auto at = static_cast<std::size_t>(std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first -
                                        a.begin());

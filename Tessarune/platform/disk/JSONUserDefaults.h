@@ -33,7 +33,7 @@ class JSONUserDefaults final : public UserDefaults {
 
     /// The problem with the file, for the user; empty if there is none.
     const std::string& problem() const { return problem_; }
-    /// Called after a change of a setting has changed `problem`; may be empty.
+    /// Called by `set` if it has changed `problem`; may be empty.
     std::function<void()> onProblem;
     /// Renames an unreadable file, so that the next change creates a new one. Returns the new path;
     /// empty if the file is readable or cannot be renamed. `problem` has the reason of a failed

@@ -43,7 +43,7 @@ constexpr mode_t privateFolder = 0700;
 class Descriptor {
   public:
     Descriptor(const fs::path& path, int flags) : Descriptor(path, flags, path) {}
-    /// Failures name `named`, if `path` means nothing to the user.
+    /// Error messages show `named` in place of `path`, which may mean nothing to the user.
     Descriptor(const fs::path& path, int flags, fs::path named) : path_(std::move(named)) {
         number_ =
             uninterrupted([&] { return ::open(path.c_str(), flags | O_CLOEXEC, privateFile); });

@@ -180,8 +180,8 @@ class FFmpegMediaFile final : public MediaFile {
         }
     }
 
-    /// The length that the file states; `nullopt` if it states none. FFmpeg finds that of an MP3
-    /// only if it can seek.
+    /// The length that the file states; `nullopt` if it states none. FFmpeg finds the length that
+    /// an MP3 states only if it can seek.
     std::optional<double> statedLength() const {
         if (input_->iformat->name == std::string_view("wav"))
             return lengthFromWAVHeader(input_.beginning());

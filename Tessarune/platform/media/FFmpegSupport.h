@@ -39,7 +39,7 @@ using Packet = std::unique_ptr<AVPacket, Deleter>;
 using Resampler = std::unique_ptr<SwrContext, Deleter>;
 
 inline std::string errorText(int error) {
-    constexpr int lastSystemError = 4095; // larger ones are the library's own
+    constexpr int lastSystemError = 4095; // larger numbers are the library's own errors
     if (error < 0 && AVUNERROR(error) <= lastSystemError)
         return systemMessage(AVUNERROR(error));
     if (error == AVERROR_INVALIDDATA || error == AVERROR_EOF)
@@ -57,8 +57,8 @@ inline std::string errorText(int error) {
         localized("%@: %@", {isStandardInput ? localized("standard input") : path.string(), why}));
 }
 
-/// Loads the libraries. Returns the reason for the first failure, empty on success. Keeps them from
-/// writing to standard error; failures reach the user as exceptions.
+/// Loads the libraries. Returns the reason for the first failure, empty on success. Keeps the
+/// libraries from writing to standard error; failures reach the user as exceptions.
 inline std::string load(std::initializer_list<LateLibrary*> libraries) {
     for (LateLibrary* const library : libraries) {
         if (std::string failure = library->load(); !failure.empty())

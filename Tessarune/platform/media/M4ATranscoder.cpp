@@ -38,8 +38,8 @@ void synchronize(const std::filesystem::path& path, int flags) {
         fail(Kind::writeFailed, path, systemMessage(error));
 }
 
-/// An MP4 container with one track. Failures name the file `named`, which it becomes. `finish`
-/// writes its index, without which it cannot be played.
+/// An MP4 container with one track. The caller renames the finished file to `named`, so failures
+/// name that file. `finish` writes the container's index, without which it cannot be played.
 class M4AContainer {
   public:
     M4AContainer(std::filesystem::path path, std::filesystem::path named)

@@ -100,7 +100,8 @@ std::string runState(std::string_view letter) {
     return "unknown";
 }
 
-/// The memory limit of the root cgroup in bytes, such as a container's; `nullopt` if it has none.
+/// The memory limit of the root cgroup in bytes; in a container, this is the container's limit.
+/// `nullopt` if there is no limit.
 std::optional<std::int64_t> cgroupMemoryLimit(const fs::path& root) {
     const std::string text = firstLineOf(root / "sys/fs/cgroup/memory.max");
     return text.empty() || text == "max" ? std::nullopt : numberIn(text);

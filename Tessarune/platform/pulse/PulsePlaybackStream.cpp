@@ -8,9 +8,9 @@ namespace tessarune {
 
 namespace {
 
-/// The maximum deviation of a timing answer from the average of the answers before it. A server
-/// that counts in periods of its device stays below this; a larger deviation means that the stream
-/// has stalled or jumped.
+/// The maximum deviation of a timing answer from the average of the answers before it. The answers
+/// of a server that counts only whole periods of its device deviate less; a larger deviation means
+/// that the stream has stalled or jumped.
 constexpr double maximumJitterSeconds = 0.04;
 /// The weight of a new answer in the running average.
 constexpr double answerWeight = 0.1;
@@ -227,7 +227,8 @@ void PulsePlaybackStream::requestOrigin() {
         this));
 }
 
-/// Evaluates the server's answer: how much it has passed to the device, and the device's latency.
+/// Evaluates the server's answer: how much sound the server has passed to the device, and the
+/// device's latency.
 void PulsePlaybackStream::measure() {
     const pa_timing_info* const timing = pa_stream_get_timing_info(stream_.get());
     if (!timing || timing->read_index_corrupt)

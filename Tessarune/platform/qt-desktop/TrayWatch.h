@@ -24,7 +24,7 @@ class TrayWatch : public QObject, private QAbstractNativeEventFilter {
     TrayWatch(QDBusConnection bus, std::function<void()> onTray);
     ~TrayWatch() override;
 
-    /// Whether there is a tray of the newer kind now, which is a service on the session bus.
+    /// Whether there is now a tray of the newer kind (a service on the session bus).
     /// X11Desktop::hasTray finds the older kind.
     bool isThere() const { return isThere_; }
 

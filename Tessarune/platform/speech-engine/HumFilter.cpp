@@ -16,8 +16,8 @@ constexpr double delay60Seconds = 0.05;
 /// With these values, hum is gone after one or two seconds.
 constexpr double feedback50 = 0.98;
 constexpr double feedback60 = 0.95;
-/// The likeness of successive blocks above which a block is hum, and below which it is not. A pause
-/// with hum repeats itself for several blocks; speech does not.
+/// Limits of the likeness of successive blocks: above the first, a block is hum; below the second,
+/// it is not. A pause with hum repeats itself for several blocks; speech does not.
 constexpr double humLikeness = 0.85;
 constexpr double otherLikeness = 0.5;
 /// The number of blocks with hum that switch the filter on, and of pauses without hum that switch

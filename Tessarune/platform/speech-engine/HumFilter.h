@@ -31,7 +31,7 @@ class HumFilter {
         std::size_t place_ = 0;
     };
 
-    /// How closely the sound of a block repeats the sound `delay` samples earlier.
+    /// How closely the sound of a block repeats the sound that came `delay` samples earlier.
     struct Likeness {
         std::size_t delay;
         double product = 0; ///< sum over the block: each sample times the earlier one
@@ -47,7 +47,7 @@ class HumFilter {
     std::vector<float> past_; ///< the last `blockLength_` samples, as a ring
     std::size_t place_ = 0;
     double energy_ = 0; ///< of the current block
-    Likeness byBlock_;  ///< delayed by whole periods of both frequencies
+    Likeness byBlock_;  ///< its delay is one block: whole periods of both frequencies
     Likeness by50_;
     Likeness by60_;
     Comb comb50_;

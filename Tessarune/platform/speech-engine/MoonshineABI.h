@@ -4,8 +4,8 @@
 #include <cstdint>
 
 /// The part of the speech engine's C interface that this program uses, as of interface version
-/// 30000. The library is published without its header; the sizes of its types are checked here, its
-/// version when it is loaded (MoonshineLibrary).
+/// 30000. The library is published without its header. The sizes of the types are checked here;
+/// MoonshineLibrary checks the version when it loads the library.
 namespace tessarune::moonshine {
 
 inline constexpr std::int32_t interfaceVersion = 30000;

@@ -22,7 +22,7 @@ class MoonshineFileAnalyzer final : public SpeechFileAnalyzer {
     };
 
     /// `model`: "automatic" for the best one, or a name. `worker` should be of utility priority;
-    /// the engine's own threads inherit the niceness of the worker when it loads the model.
+    /// when the worker loads the model, the engine's own threads inherit the worker's niceness.
     MoonshineFileAnalyzer(Executor worker, std::shared_ptr<SpeechModels> models, std::string model,
                           SpeechTranscriberOptions options, Policy policy);
     ~MoonshineFileAnalyzer() override;

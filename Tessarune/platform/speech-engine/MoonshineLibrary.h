@@ -34,8 +34,8 @@ class MoonshineLibrary {
     /// localisation key or a text for the user, and with the engine's message.
     std::int32_t check(std::int32_t result, std::string_view problem) const;
 
-    /// The engine's list of the files of an English model, as JSON; empty if it has none. Throws
-    /// std::runtime_error.
+    /// The engine's list of the files of an English model, as JSON; empty if the engine returns no
+    /// list. Throws std::runtime_error.
     std::string dependencies(moonshine::Architecture architecture, bool withWordTimes) const;
 
   private:

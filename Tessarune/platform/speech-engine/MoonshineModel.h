@@ -16,7 +16,7 @@ inline constexpr int speechSampleRate = 16000;
 class MoonshineModel {
   public:
     struct Use {
-        double passInterval; ///< seconds; the engine skips a pass while there is less new sound
+        double passInterval; ///< seconds; with less new sound than this, the engine skips a pass
         bool decodesOpenLines = true;
     };
 

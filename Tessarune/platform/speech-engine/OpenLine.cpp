@@ -64,9 +64,9 @@ bool repeatsAt(const Words& words, std::size_t place) {
 
 } // namespace
 
-/// Merges the shown words with the guess of a pass. The guess at a complete line removes all shown
-/// words that it lacks. Only hesitations before the last common word stay, if the guess has no
-/// words except hesitations in their place.
+/// Merges the shown words with the guess of a pass. If the line is complete, shown words that the
+/// guess lacks are removed. Hesitations before the last common word are an exception: they stay if
+/// the guess has nothing or only hesitations in their place.
 class OpenLine::Merge {
   public:
     Merge(Words shown, const Words& guess, bool isComplete)
@@ -378,9 +378,9 @@ OpenLine::Words OpenLine::endOf(const Words& words) {
     return {first, words.end()};
 }
 
-/// Returns how many of the shown words can be settled. A punctuation mark counts only if words
-/// follow it, because the engine ends each guess as if the speaker had stopped there. A settled
-/// text never ends with a repeated word, because the engine may be in a loop.
+/// Returns how many of the shown words can be settled. A punctuation mark is ignored at the end of
+/// a guess, because the engine ends each guess as if the speaker had stopped. A settled text never
+/// ends with a repeated word, because the engine may be in a loop.
 std::size_t OpenLine::wordsToSettle(const Words& words, std::size_t shownBefore,
                                     double begin) const {
     const std::size_t fewest = std::max(std::min(shownBefore, words.size()), fewestWords);

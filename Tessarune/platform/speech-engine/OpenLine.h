@@ -17,7 +17,7 @@ namespace tessarune {
 /// shown once two passes in a row have them, and a shown word stays until two passes agree on
 /// another one; the words after it are unaffected. A shown word with enough words after it is
 /// fixed: until it is settled, later passes change only its capitals, punctuation and times, so
-/// that a late change does not move a whole line of text. A shown hesitation ("um") stays unless
+/// that a late change does not move all the words after it. A shown hesitation ("um") stays unless
 /// passes agree on words in its place, and no hesitation is inserted between shown words, because
 /// the engine reports hesitations in one pass and omits them in the next.
 ///
@@ -60,12 +60,12 @@ class OpenLine {
     struct Word {
         SpeechRun run;
         std::string key;
-        // Of a word of a guess
+        // For a word of a guess:
         std::size_t looks = 1;   ///< how many passes in a row, up to this one, had the word
         std::size_t follows = 1; ///< how many passes in a row had it after the same word
-        // Of a shown word
+        // For a shown word:
         bool isAgreed = false; ///< two passes had the word in its place
-        // Of a shown or fixed word
+        // For a shown or fixed word:
         std::size_t missed = 0; ///< how many passes in a row, up to the last one, lacked the word
     };
     using Words = std::vector<Word>;

@@ -16,8 +16,8 @@ constexpr double warmUpSeconds = 3;
 /// The maximum seconds of sound that are replayed to a new stream. The engine opens a line at most
 /// this long after the first sound of the line.
 constexpr double recentSeconds = 3;
-/// Live sound comes in batches, so a pass can have this many seconds of sound more than the time
-/// since the last pass. If it has more, the sound is not live.
+/// Live sound comes in batches, so the sound of a pass can be this many seconds longer than the
+/// time since the last pass. If the sound is even longer, it is not live.
 constexpr double liveSlackSeconds = 0.5;
 
 constexpr auto samplesIn(double seconds) {

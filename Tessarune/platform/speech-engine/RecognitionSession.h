@@ -46,8 +46,8 @@ class RecognitionSession : public std::enable_shared_from_this<RecognitionSessio
     void finish();
     /// Closes the open line at the next rest in the sound, if the line is long and began before
     /// `cutoff` (seconds of the session). If no rest comes soon, the engine closes it later.
-    /// Resumes `done` when this is decided, after `longestWaitForRest` at the latest; its value
-    /// means nothing.
+    /// Resumes `done` once the line is closed or left to the engine, after `longestWaitForRest` at
+    /// the latest. The value passed to `done` means nothing.
     void closeLine(double cutoff, OneShot<bool> done);
     /// Recreates the engine's stream if its list of lines is long and no line is open.
     void forgetOldLines();

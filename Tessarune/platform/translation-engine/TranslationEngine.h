@@ -20,7 +20,7 @@ struct TranslationEngineError : std::runtime_error {
 /// Created, used and destroyed on one thread.
 class TranslationEngine {
   public:
-    /// If the two languages share a vocabulary, both paths name the same file.
+    /// If the two languages share a vocabulary, both vocabulary paths name the same file.
     struct Files {
         std::filesystem::path model;
         std::filesystem::path sourceVocabulary;

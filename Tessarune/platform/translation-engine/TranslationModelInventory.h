@@ -20,9 +20,10 @@ namespace tessarune {
 /// fetch of the catalogue; running downloads of models belong to the installer.
 class TranslationModelInventory final : public TranslationLanguages {
   public:
-    /// The catalogue is fetched like the installer's files. `trial` tests each model before it is
-    /// installed. `ensureInstalled` and `download` also test an installed model, and replace it
-    /// only if the test fails. The default trial loads the model and translates a sentence.
+    /// The catalogue is fetched with the installer's DownloadPolicy. `trial` tests each model
+    /// before it is installed. `ensureInstalled` and `download` also test an installed model, and
+    /// replace it only if the test fails. The default trial loads the model and translates a
+    /// sentence.
     TranslationModelInventory(
         Host& host, ModelStore& store, ModelInstaller& installer,
         TranslationCatalogueSource source = TranslationCatalogueSource::ofEngine(),

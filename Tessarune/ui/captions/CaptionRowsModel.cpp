@@ -42,7 +42,7 @@ void CaptionRowsModel::update(CaptionStageRows rows) {
     const std::vector<std::size_t> changed = rows.changedSince(rows_);
     const bool sameRowGrows = rows.growing() == rows_.growing() && rows.growing() < rows.size() &&
                               rows_.growing() < rows_.size();
-    if (!sameRowGrows) // otherwise the view may not have taken `alreadyRevealed_` yet
+    if (!sameRowGrows) // if the same row grows, the view may still take `alreadyRevealed_`
         alreadyRevealed_ = revealed_ = revealedIn(rows);
     if (now > before)
         beginInsertRows({}, before, now - 1);

@@ -15,8 +15,9 @@
 namespace tessarune {
 
 /// The toolbar and the status line of the caption window: the source, the duration, and the
-/// buttons. Of a frame, it observes only whether there are captions and whether one is an error, so
-/// that new captions do not redraw the toolbar. Main thread; the environment must outlive it.
+/// buttons. The model notices only whether a frame has captions and whether one of them is an
+/// error, so that new captions do not redraw the toolbar. Main thread; the environment must outlive
+/// the model.
 class CaptionToolbarModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isListening READ isListening NOTIFY sessionChanged)

@@ -76,8 +76,8 @@ void MenuWindow::announceCurrent() {
     }
 }
 
-/// Gives the list all the available room first, because the list creates only the entries that
-/// fit, and the others later.
+/// Gives the list all the available room first: the list creates only the entries that fit, and
+/// only created entries can be measured.
 QSize MenuWindow::neededSize(const QSize& available) {
     contentItem()->setSize(available);
     QMetaObject::invokeMethod(list_, "forceLayout");

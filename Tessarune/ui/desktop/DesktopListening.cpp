@@ -247,7 +247,7 @@ void DesktopListening::changeSound(const Wish& wish) {
     if (wish.file) {
         if (!environment_.sound.isFile())
             computerSource_ = *store().view().selectedSource;
-        store().selectSource(AudioSource::systemAudio()); // the file replaces this source
+        store().selectSource(AudioSource::systemAudio()); // the file plays as the system's audio
         environment_.session.setForgetsPermissions(true);
         environment_.sound.playFile(*wish.file);
         hasSound_ = false;

@@ -73,7 +73,7 @@ void DesktopProgram::watchSystem() {
     lostDisplay_.emplace([this] {
         saveNow();
         const TaskHandle ending = spawn(Executor::main(host_), application_.refinement.end());
-        constexpr double markSeconds = 1; // enough to leave an unfinished import to the next start
+        constexpr double markSeconds = 1; // for marking an unfinished import for the next start
         host_.runByItself([&] { return ending.isFinished(); }, markSeconds);
         application_.compressor.endLeftover();
     });

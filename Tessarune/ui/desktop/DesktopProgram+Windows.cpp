@@ -172,7 +172,7 @@ void DesktopProgram::perform(DesktopAction action) {
     }
 }
 
-/// Handles a request of a second start of the program, or of the desktop.
+/// Handles a request from the desktop, or from a second start of the program.
 void DesktopProgram::handle(const InstanceRequest& request) {
     if (isEnding_)
         return;

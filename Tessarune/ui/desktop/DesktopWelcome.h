@@ -27,7 +27,8 @@ class DesktopWelcome {
     bool isOpen() const { return onClose_ != nullptr; }
     /// Closes the page and stops the sample. Also called before a session of the user begins.
     void close();
-    /// Resumes after `close`, as soon as nothing of the page runs and it can be destroyed.
+    /// Resumes after `close`, once the page and its session have ended. Then this object may be
+    /// destroyed.
     Task<void> ended();
 
   private:

@@ -55,8 +55,8 @@ class HistoryPlaybackModel final : public QObject {
     Q_INVOKABLE void skip(double seconds) { seek(position() + seconds); }
     /// Plays only the sentences of this row.
     Q_INVOKABLE void playRow(int row);
-    /// Plays from the word at this character of the row's text. If the row's text is not exactly
-    /// the row's first sentence, plays from the beginning of that sentence.
+    /// Plays from the word at this character of the row's text. If the row's text differs from the
+    /// text of its first sentence, plays from the beginning of the row.
     Q_INVOKABLE void playWord(int row, int character);
     /// Marks a row and seeks to it without playing.
     Q_INVOKABLE void focusRow(int row);

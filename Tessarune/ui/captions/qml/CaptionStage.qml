@@ -20,7 +20,7 @@ Item {
     readonly property real neededHeight: isSplit ? 2 * (Math.max(sourceList.newestHeight, translationList.newestHeight) + underToolbar) + dividerHeight : sourceList.newestHeight + underToolbar
     // The margin beside the captions, where the level bars are.
     readonly property real side: Math.max(28, Math.round(Theme.body * 2))
-    // About the height that the toolbar covers.
+    // The approximate height that the toolbar covers.
     readonly property real underToolbar: Math.round(Theme.body * 2.4)
     readonly property real blockHeight: isSplit ? (captions.height - dividerHeight) / 2 : captions.height
 

@@ -1,8 +1,8 @@
 import QtQuick
 import Tessarune
 
-// What lies over the lower edge of the captions: level bars, notices, the state of the session and of
-// the translation, and the button that returns to the newest caption.
+// What lies over the lower edge of the captions: level bars, notices, the state of the session and
+// of the translation, and the button that returns to the newest caption.
 Item {
     id: root
 
