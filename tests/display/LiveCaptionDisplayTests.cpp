@@ -84,7 +84,10 @@ std::string shown(const LiveCaptionDisplayRows& rows) {
 RC_GTEST_PROP(LiveCaptionDisplayTests, IncrementalUpdatesShowWhatARebuildShows, ()) {
     Captions captions;
     LiveCaptionDisplayFrame before = captions.refresh(true);
-    const auto some = [](std::size_t limit) { return *rc::gen::inRange<std::size_t>(0, limit); };
+    // A plain `inRange` draws its highest values only at the largest sizes.
+    const auto some = [](std::size_t limit) {
+        return *rc::gen::resize(rc::kNominalSize, rc::gen::inRange<std::size_t>(0, limit));
+    };
     for (std::size_t steps = some(40); steps > 0; --steps) {
         const std::string text = *rc::gen::element<std::string>("a", " b. ", "", " \n", "Ca va?");
         const auto state = some(6) == 0 ? CaptionSegmentState::partial : CaptionSegmentState::final;
