@@ -74,10 +74,10 @@ std::string helpText(const CLI::App& app) {
             text += optionLines(*option);
     }
     text += examples() + "\n";
-    for (const auto& line :
-         Text::wrapped(localized("Ctrl-C ends the captions once the last words are shown; a second "
-                                 "Ctrl-C ends them at once."),
-                       screenColumns))
+    for (const auto& line : Text::wrapped(
+             localized("After Ctrl-C the program shows the last words and ends; a second Ctrl-C "
+                       "ends it at once."),
+             screenColumns))
         text += line + "\n";
     return text;
 }

@@ -32,8 +32,8 @@ CaptionPicture SessionNews::picture() const {
 
 void SessionNews::observeStatus() {
     view_.status.onDidChange([this](const SessionStatus& status) {
-        // The text says that the WAV was kept, which is known only after saving: `reportSaved`
-        // reports it.
+        // The text of this status says that the WAV was kept. That is known only after saving, so
+        // `reportSaved` reports it.
         if (status.kind == SessionStatus::Kind::compressionFailed) {
             failedToCompress_ = true;
             return;

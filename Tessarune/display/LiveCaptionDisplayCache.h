@@ -55,8 +55,8 @@ class LiveCaptionDisplayCache {
     /// The rows and revisions of a frame. The session adds the other texts.
     LiveCaptionDisplayFrame frame() const;
 
-    /// The number of visible rows: committed rows, the live tail, and the open row if it is
-    /// visible.
+    /// The number of visible rows: committed rows, complete sentences of the open utterance, soft
+    /// captions, and the open row if it is visible.
     std::size_t sourceSegmentCount() const;
     /// The newest visible rows, at most `limit`, oldest first. `committed` are the rows of the last
     /// update.

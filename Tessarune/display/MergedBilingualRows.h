@@ -8,9 +8,9 @@
 
 namespace tessarune {
 
-/// Rows that each show a complete translation unit: adjacent final rows of one unit become one row
-/// with their texts joined and the id of the last row. A change of source rows rebuilds only the
-/// units of these rows.
+/// Rows that each show a complete translation unit: adjacent rows of one unit whose state is
+/// `final` become one row, with their texts joined and the id of the last of them. A change of
+/// source rows rebuilds only the units of these rows.
 ///
 /// Main queue.
 class MergedBilingualRows {

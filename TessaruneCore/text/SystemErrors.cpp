@@ -11,7 +11,7 @@ namespace tessarune {
 
 namespace {
 
-/// The keys are the C library's English texts, so that users can search the web for them.
+/// In English the program shows the C library's texts, so that users can search the web for them.
 constexpr std::pair<int, std::string_view> knownMessages[] = {
     {EACCES, localizationKey("Permission denied")},
     {EBUSY, localizationKey("Device or resource busy")},

@@ -25,7 +25,7 @@ Item {
         id: bar
         objectName: "toolbar"
 
-        // Whether a button of the toolbar or of a message has the keyboard focus.
+        // Whether any button of the window has the keyboard focus.
         readonly property bool isFocused: Window.active && (Window.activeFocusItem?.activeFocusOnTab ?? false)
 
         anchors { left: parent.left; right: parent.right; top: parent.top }
