@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <filesystem>
 #include <iterator>
 #include <string_view>
@@ -54,7 +55,8 @@ double checkedTime(const std::string& text) {
         const auto [rest, error] = std::from_chars(part.data(), part.data() + part.size(), value,
                                                    std::chars_format::fixed);
         const bool isNumber = error == std::errc() && rest == part.data() + part.size();
-        if (!isNumber || !(value >= 0) || parts > 2 || (parts > 0 && value >= 60))
+        if (!isNumber || !std::isfinite(value) || value < 0 || parts > 2 ||
+            (parts > 0 && value >= 60))
             throw UsageProblem(
                 localized("--from takes seconds, MM:SS or HH:MM:SS, not '%@'.", {text}));
         seconds = seconds * 60 + value;

@@ -88,6 +88,7 @@ TEST(TerminalOptionsTests, RefusesWhatMakesNoSenseAndSaysWhy) {
         {{"--source", "mic", "--source", "system"}, "--source is given more than once"},
         {{"--json", "--show"}, "--show needs a value"},
         {{"--play", "AB", "--from", "1:75"}, "1:75"},
+        {{"--play", "AB", "--from", "inf"}, "inf"},
         {{"--from", "10"}, "--play"},
         {{"--model"}, "--model needs a value"},
         {{"--fast=please"}, "--fast takes no value"},
