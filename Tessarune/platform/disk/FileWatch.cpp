@@ -55,7 +55,9 @@ struct FileWatch::State {
                 return concerns;
             for (ssize_t at = 0; at < count;) {
                 const auto* event = reinterpret_cast<const inotify_event*>(bytes + at);
-                concerns = concerns || (event->len > 0 && name == event->name);
+                // After an overflow, events are missing.
+                concerns = concerns || (event->mask & IN_Q_OVERFLOW) != 0 ||
+                           (event->len > 0 && name == event->name);
                 at += static_cast<ssize_t>(sizeof *event + event->len);
             }
         }
