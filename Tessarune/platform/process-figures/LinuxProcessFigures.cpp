@@ -174,15 +174,18 @@ std::string LinuxProcessFigures::thermalState() {
         if (!temperature)
             continue;
         std::optional<std::int64_t> passive;
-        std::optional<std::int64_t> critical;
+        std::optional<std::int64_t> critical; // the lowest hot or critical temperature
         constexpr int maximumTripPoints = 12;
         for (int i = 0; i < maximumTripPoints; ++i) {
             const std::string point = "trip_point_" + std::to_string(i);
             const std::string kind = firstLineOf(zone / (point + "_type"));
             if (kind == "passive")
                 passive = numberIn(firstLineOf(zone / (point + "_temp")));
-            if (kind == "critical" || kind == "hot")
-                critical = numberIn(firstLineOf(zone / (point + "_temp")));
+            if (kind == "critical" || kind == "hot") {
+                const auto limit = numberIn(firstLineOf(zone / (point + "_temp")));
+                if (limit && (!critical || *limit < *critical))
+                    critical = limit;
+            }
         }
         if (!passive && !critical)
             continue;
