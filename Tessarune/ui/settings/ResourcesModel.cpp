@@ -75,6 +75,14 @@ void ResourcesModel::refresh() {
         }
         rows.push_back(std::move(row));
     }
+    // A running download stays visible, and can be stopped, even if its resource is not listed any
+    // more.
+    for (const Row& known : rows_) {
+        const bool isListed = std::ranges::any_of(
+            rows, [&](const Row& row) { return row.resource.id == known.resource.id; });
+        if (known.download && !isListed)
+            rows.push_back(known);
+    }
     const bool isSameList = std::ranges::equal(
         rows, rows_, {}, [](const Row& row) { return row.resource.id; },
         [](const Row& row) { return row.resource.id; });
