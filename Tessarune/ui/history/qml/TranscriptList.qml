@@ -48,6 +48,8 @@ FocusScope {
         }
 
         Keys.onPressed: event => {
+            if (event.modifiers & Qt.ControlModifier)
+                return;
             const isAlt = event.modifiers & Qt.AltModifier;
             if (event.key === Qt.Key_Return || event.key === Qt.Key_Enter)
                 root.playback.playRow(currentIndex);

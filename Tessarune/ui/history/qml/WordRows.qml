@@ -84,9 +84,10 @@ FocusScope {
         }
         onActiveFocusChanged: if (activeFocus && currentIndex < 0) currentIndex = 0
         Keys.onPressed: event => {
-            if (event.key === Qt.Key_K)
+            const isPlain = !(event.modifiers & (Qt.ControlModifier | Qt.AltModifier));
+            if (event.key === Qt.Key_K && isPlain)
                 root.words.toggleKnown(currentIndex);
-            else if (event.key === Qt.Key_F && !(event.modifiers & Qt.ControlModifier))
+            else if (event.key === Qt.Key_F && isPlain)
                 root.words.toggleFavorite(currentIndex);
             else if (event.key === Qt.Key_Delete && root.canRemove)
                 root.removed(currentIndex);
