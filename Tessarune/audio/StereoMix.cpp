@@ -11,7 +11,8 @@ namespace {
 /// it is higher than the second: speech in between does not change the choice.
 constexpr double lostShare = 0.02;
 constexpr double restoredShare = 0.1;
-constexpr double halfLifeSeconds = 0.1;
+/// Short, so that louder sound before speech in opposite phase does not hide its first word.
+constexpr double halfLifeSeconds = 0.01;
 /// Per frame; quieter sound (-60 dB) does not change the choice.
 constexpr double quietEnergy = 1e-6;
 
