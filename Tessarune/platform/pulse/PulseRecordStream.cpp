@@ -49,7 +49,9 @@ PulseOutcome PulseRecordStream::create(const RecordRequest& request) {
 
     format_ = {native->sampleRate, request.channels > 0 ? request.channels : nativeMap->channels};
     serverFormat_ = format_;
-    if (format_.channels == 1 && nativeMap->channels > 1) {
+    // The server's own mix would cancel opposite phases. It is kept for channels without a side,
+    // such as AUX, which the server would not map to left and right.
+    if (format_.channels == 1 && pa_channel_map_can_balance(nativeMap)) {
         mix_.emplace();
         serverFormat_.channels = 2;
     }

@@ -56,7 +56,7 @@ class PulseRecordStream final : public RecordStream {
     PulseTimer timer_;
     std::optional<OneShot<PulseOutcome>> opened_; // until the outcome is known
     std::vector<float> filling_;                  ///< in `serverFormat_`
-    std::optional<StereoMix> mix_; ///< the server's own mix would cancel opposite phases
+    std::optional<StereoMix> mix_;
     std::size_t samplesPerBuffer_ = 0;
 };
 
