@@ -2,6 +2,7 @@
 
 #include "Terminal/CommandOutput.h"
 #include "Terminal/SignalWatch.h"
+#include "Tessarune/shell/ChosenFile.h"
 #include "TessaruneCore/host/OneShot.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
@@ -71,17 +72,12 @@ Task<Answer> ask(Host& host, std::string question, Answer byDefault) {
     co_return answer;
 }
 
-std::filesystem::path followingLink(const std::filesystem::path& path) {
-    std::error_code error;
-    const bool isFollowed =
-        std::filesystem::is_symlink(path, error) && std::filesystem::is_regular_file(path, error);
-    const std::filesystem::path target =
-        isFollowed ? std::filesystem::canonical(path, error) : std::filesystem::path();
-    return target.empty() ? path : target;
-}
-
-Task<ExitStatus> permissionToWrite(Host& host, FileSystem& files, std::filesystem::path to,
-                                   bool replaces) {
+Task<ExitStatus> permissionToWrite(Host& host, FileSystem& files, std::filesystem::path ownFolder,
+                                   std::filesystem::path to, bool replaces) {
+    if (ChosenFile::isBelow(ownFolder, to)) {
+        printProblem(ChosenFile::isOwnProblem(to));
+        co_return ExitStatus::cannotWrite;
+    }
     if (files.isDirectory(to)) {
         printProblem(localized("%@ is a folder.", {to.string()}));
         co_return ExitStatus::cannotWrite;

@@ -20,14 +20,10 @@ bool userCanAnswer();
 /// Ctrl-C means `interrupted`. Main queue.
 Task<Answer> ask(Host& host, std::string question, Answer byDefault);
 
-/// If `path` is a link to an ordinary file, returns that file, so that a write replaces the file
-/// and not the link. Otherwise returns `path`.
-std::filesystem::path followingLink(const std::filesystem::path& path);
-
-/// Whether `to` may be written: it is new, or it is an ordinary file and either `replaces` is set
-/// or the user agrees to replace it. Returns ExitStatus::ok if so. Otherwise returns the status to
-/// exit with, and prints why unless the user declines or presses Ctrl-C. Main queue.
-Task<ExitStatus> permissionToWrite(Host& host, FileSystem& files, std::filesystem::path to,
-                                   bool replaces);
+/// Whether `to` may be written: it is not below `ownFolder`, and it is new, or an ordinary file
+/// that `replaces` or the user allows to replace. Returns ExitStatus::ok if so. Otherwise returns
+/// the status to exit with, and prints why unless the user declines or presses Ctrl-C. Main queue.
+Task<ExitStatus> permissionToWrite(Host& host, FileSystem& files, std::filesystem::path ownFolder,
+                                   std::filesystem::path to, bool replaces);
 
 } // namespace tessarune

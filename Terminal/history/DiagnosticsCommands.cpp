@@ -9,6 +9,7 @@
 #include "Tessarune/diagnostics/DiagnosticsRunContents.h"
 #include "Tessarune/diagnostics/RunVerification.h"
 #include "Tessarune/platform/archive/TarArchive.h"
+#include "Tessarune/shell/ChosenFile.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/TextColumns.h"
 
@@ -208,9 +209,9 @@ void reportPacked(const TerminalOptions& options, const DiagnosticsRunContents& 
 Task<ExitStatus> pack(Program& program, const TerminalOptions& options, DiagnosticsCommand command,
                       DiagnosticsRunContents run) {
     const std::filesystem::path to =
-        followingLink(command.to.empty() ? run.id + ".tar.gz" : command.to);
-    Task<ExitStatus> permitting =
-        permissionToWrite(program.host, program.files, to, command.isConfirmed);
+        ChosenFile::followingLink(command.to.empty() ? run.id + ".tar.gz" : command.to);
+    Task<ExitStatus> permitting = permissionToWrite(
+        program.host, program.files, program.paths.appSupportBase(), to, command.isConfirmed);
     if (const ExitStatus found = co_await permitting; found != ExitStatus::ok)
         co_return found;
     std::vector<TarArchive::Entry> entries;

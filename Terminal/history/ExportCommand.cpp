@@ -5,6 +5,7 @@
 #include "Terminal/Question.h"
 #include "Terminal/SignalWatch.h"
 #include "Terminal/history/RecordingChoice.h"
+#include "Tessarune/shell/ChosenFile.h"
 #include "TessaruneCore/host/CancellationError.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/TextColumns.h"
@@ -98,30 +99,16 @@ Task<int> print(Program& program, HistoryExportRequest request) {
     co_return writeToStandardOutput(bytes);
 }
 
-/// Whether `path` is below `folder`.
-bool isBelow(const std::filesystem::path& folder, const std::filesystem::path& path) {
-    std::error_code ignored;
-    const auto inner = std::filesystem::weakly_canonical(std::filesystem::absolute(path), ignored);
-    const auto outer = std::filesystem::weakly_canonical(folder, ignored);
-    return std::ranges::mismatch(outer, inner).in1 == outer.end();
-}
-
 Task<int> exportTo(Program& program, const TerminalOptions& options,
                    const ExportRecordingCommand& command, HistoryExportRequest request) {
     if (command.to == standardOutput) {
         Task<int> printing = print(program, std::move(request));
         co_return co_await printing;
     }
-    const std::filesystem::path to =
-        followingLink(command.to.empty() ? HistoryExport::suggestedFilename(request) : command.to);
-    // An export must not replace the program's own files.
-    if (isBelow(program.paths.appSupportBase(), to)) {
-        printProblem(localized("%@ is in the folder of the recordings; choose another folder.",
-                               {to.string()}));
-        co_return status(ExitStatus::cannotWrite);
-    }
-    Task<ExitStatus> permitting =
-        permissionToWrite(program.host, program.files, to, command.replaces);
+    const std::filesystem::path to = ChosenFile::followingLink(
+        command.to.empty() ? HistoryExport::suggestedFilename(request) : command.to);
+    Task<ExitStatus> permitting = permissionToWrite(
+        program.host, program.files, program.paths.appSupportBase(), to, command.replaces);
     if (const ExitStatus found = co_await permitting; found != ExitStatus::ok)
         co_return status(found);
     Task<int> writing = write(program, options, std::move(request), to);

@@ -1,6 +1,7 @@
 #include "Tessarune/history/HistoryExport.h"
 
 #include "Tessarune/history/HistorySubtitles.h"
+#include "Tessarune/shell/ChosenFile.h"
 #include "TessaruneCore/host/CancellationError.h"
 #include "TessaruneCore/host/RunOn.h"
 #include "TessaruneCore/text/Localization.h"
@@ -104,6 +105,9 @@ HistoryExport::HistoryExport(Host& host, RecordingCatalog& catalog, FileSystem& 
 
 Task<void> HistoryExport::write(HistoryExportRequest request, std::filesystem::path to,
                                 MediaProgress progress, std::stop_token stop) {
+    to = ChosenFile::followingLink(to);
+    if (ChosenFile::isBelow(catalog_.paths().appSupportBase(), to))
+        throw HistoryExportError(ErrorKind::failed, ChosenFile::isOwnProblem(to));
     const Executor worker = Executor::queue(host_, queue_);
     if (request.format != Format::m4a) {
         Task<std::string> making = document(request);

@@ -215,10 +215,12 @@ class HistoryExportTests : public ::testing::Test, public testing::Catalogued {
     }
     /// The content of "/home/x.m4a" after an export of audio.
     std::string exportedAudio(const HistoryItem& item, MediaProgress progress = {},
-                              std::stop_token stop = {}) {
+                              std::stop_token stop = {},
+                              const std::filesystem::path& to = "/home/x.m4a") {
         const auto run = [](HistoryExport& exports, HistoryExportRequest request,
-                            MediaProgress progress, std::stop_token stop) -> Task<void> {
-            Task<void> writing = exports.write(std::move(request), "/home/x.m4a", progress, stop);
+                            std::filesystem::path to, MediaProgress progress,
+                            std::stop_token stop) -> Task<void> {
+            Task<void> writing = exports.write(std::move(request), to, progress, stop);
             try {
                 co_await writing;
             } catch (const HistoryExportError&) {
@@ -226,9 +228,9 @@ class HistoryExportTests : public ::testing::Test, public testing::Catalogued {
             }
         };
         spawn(Executor::main(host),
-              run(exporting, {item, Format::m4a, Content::source}, progress, stop));
+              run(exporting, {item, Format::m4a, Content::source}, to, progress, stop));
         host.runUntilIdle();
-        return disk.contentsOf("/home/x.m4a");
+        return disk.contentsOf(to);
     }
     HistoryItem itemOf(const UUID& id) {
         HistoryItem item;
@@ -294,6 +296,8 @@ TEST_F(HistoryExportTests, AudioExportGivesAnM4AAndTouchesNoOtherFile) {
     EXPECT_EQ(exportedAudio(uncompressed), std::string(64044, 'x'));
     disk.setContents(recording.filePath, "cut off");
     EXPECT_EQ(exportedAudio(item), "encoded") << "a damaged M4A is encoded again, not copied";
+    EXPECT_EQ(exportedAudio(itemOf(import), {}, {}, recording.filePath), "cut off")
+        << "the program's own files are not replaced";
 }
 
 } // namespace

@@ -144,6 +144,8 @@ TEST_F(TerminalProgramTests, ARunOfRealSoundReplaysToItsCaptionsAndIsPackedWitho
     EXPECT_NE(listed.output.find(name + "/perf.csv"), std::string::npos) << listed.output;
     EXPECT_EQ(listed.output.find("transcript"), std::string::npos) << listed.output;
     EXPECT_EQ(terminal({"--diagnostics", "pack", name, "-o", "sent.tar.gz"}).status, 73);
+    EXPECT_EQ(terminal({"--diagnostics", "pack", name, "-o", run / "perf.csv", "--yes"}).status,
+              73);
 
     const fs::path log = run / "events/apple-analyzer-en.ndjson";
     std::string events = contentsOf(log);
