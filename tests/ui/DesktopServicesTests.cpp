@@ -17,6 +17,7 @@
 
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
+#include <QThread>
 #include <atomic>
 #include <thread>
 
@@ -136,6 +137,14 @@ TEST_F(DesktopServices, ANotificationIsEscapedOnlyForAServerThatReadsMarkup) {
         desktop.notify("Tessarune", "a < b");
         EXPECT_TRUE(runUntil([&] { return services.notified == body; }));
     }
+    services.notified.clear();
+    QThread server;
+    services.moveToThread(&server);
+    server.start();
+    XDGDesktop(files, "an.id", "/opt/tessarune", program).notify("Tessarune", "the last words");
+    server.quit();
+    server.wait();
+    EXPECT_EQ(services.notified, "the last words") << "sent before the program ends";
 }
 
 TEST_F(DesktopServices, AnActionIsNotPassedOnTwice) {

@@ -79,6 +79,14 @@ XDGDesktop::XDGDesktop(FileSystem& files, std::string applicationID, std::filesy
       entryFile_(autostartFolder() / (applicationID_ + ".desktop")),
       bus_(std::move(bus)) {}
 
+XDGDesktop::~XDGDesktop() {
+    // The answer to one call may start the next.
+    while (auto* const call = calls_.findChild<QDBusPendingCallWatcher*>()) {
+        call->waitForFinished();
+        delete call;
+    }
+}
+
 bool XDGDesktop::openURL(const std::string& url) {
     return QDesktopServices::openUrl(QUrl::fromUserInput(QString::fromStdString(url)));
 }
@@ -143,18 +151,22 @@ void XDGDesktop::notify(const std::string& title, const std::string& text) {
                            desktopDecides};
     // Most servers read the text as markup, others show it as it is. The server is asked before
     // each notification, because a desktop may start another server.
+    constexpr int patience = 1000; // ms
     auto* const asking =
-        new QDBusPendingCallWatcher(bus_.asyncCall(method("GetCapabilities")), qApp);
-    QObject::connect(asking, &QDBusPendingCallWatcher::finished, asking,
-                     [asking, bus = bus_, arguments, call = method("Notify")]() mutable {
+        new QDBusPendingCallWatcher(bus_.asyncCall(method("GetCapabilities"), patience), &calls_);
+    QObject::connect(asking, &QDBusPendingCallWatcher::finished, &calls_,
+                     [this, asking, arguments, call = method("Notify")]() mutable {
                          const QDBusPendingReply<QStringList> reply = *asking;
-                         asking->deleteLater();
                          constexpr int body = 4;
                          if (reply.isError() ||
                              reply.value().contains(QLatin1String("body-markup")))
                              arguments[body] = arguments[body].toString().toHtmlEscaped();
                          call.setArguments(arguments);
-                         bus.send(call);
+                         auto* const sending =
+                             new QDBusPendingCallWatcher(bus_.asyncCall(call, patience), &calls_);
+                         QObject::connect(sending, &QDBusPendingCallWatcher::finished, sending,
+                                          &QObject::deleteLater);
+                         asking->deleteLater();
                      });
 }
 

@@ -4,6 +4,7 @@
 #include "Tessarune/shell/FileSystem.h"
 
 #include <QDBusConnection>
+#include <QObject>
 #include <filesystem>
 #include <string>
 
@@ -16,6 +17,8 @@ class XDGDesktop final : public Desktop {
     /// `program` is the executable that the desktop starts at login.
     XDGDesktop(FileSystem& files, std::string applicationID, std::filesystem::path program,
                QDBusConnection bus = QDBusConnection::sessionBus());
+    /// Waits a moment until the last notifications are sent.
+    ~XDGDesktop() override;
 
     bool openURL(const std::string& url) override;
     bool hasSoundSettings() const override;
@@ -33,6 +36,7 @@ class XDGDesktop final : public Desktop {
     const std::filesystem::path program_;
     const std::filesystem::path entryFile_;
     QDBusConnection bus_;
+    QObject calls_; // owns the calls of notifications that have no answer yet
 };
 
 } // namespace tessarune
