@@ -75,12 +75,12 @@ void ResourcesModel::refresh() {
         }
         rows.push_back(std::move(row));
     }
-    // A running download stays visible, and can be stopped, even if its resource is not listed any
-    // more.
+    // A running download, or the reason why one failed, stays visible even if its resource is not
+    // listed any more.
     for (const Row& known : rows_) {
         const bool isListed = std::ranges::any_of(
             rows, [&](const Row& row) { return row.resource.id == known.resource.id; });
-        if (known.download && !isListed)
+        if ((known.download || !known.problem.empty()) && !isListed)
             rows.push_back(known);
     }
     const bool isSameList = std::ranges::equal(
