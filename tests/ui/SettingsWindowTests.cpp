@@ -114,8 +114,15 @@ TEST_F(SettingsWindowTests, AnInvalidValueIsReportedAndCanBeReplaced) {
     settings.window->models().choose(0);
     EXPECT_EQ(settings.window->models().problem(), "");
     const int address = rowOf(rows, "下载地址");
+    QQuickItem* const field = control("下载地址");
+    ASSERT_NE(field, nullptr);
+    field->setProperty("text", "somewhere");
     settings.window->model().rows()->write(address, "somewhere");
     EXPECT_NE(cell(rows, address, SettingRowsModel::ProblemRole), "");
+    settings.window->model().rows()->write(address, "");
+    EXPECT_EQ(cell(rows, address, SettingRowsModel::ProblemRole), "");
+    EXPECT_EQ(field->property("text"), "") << "the refused text goes with its message";
+    settings.window->model().rows()->write(address, "somewhere");
     EXPECT_EQ(*settings.settings.modelMirror, "");
     settings.window->model().rows()->write(address, "https://models.example");
     EXPECT_EQ(cell(rows, address, SettingRowsModel::ProblemRole), "");

@@ -91,10 +91,7 @@ void SettingRowsModel::show(std::vector<SettingEntry> entries) {
     refused_.assign(entries_.size(), {});
     for (int row = 0; row < rowCount(); ++row) {
         const SettingEntry& entry = entries_[static_cast<std::size_t>(row)];
-        endObservations_.push_back(entry.setting->onChange([this, row] {
-            refused_[static_cast<std::size_t>(row)].clear();
-            announce(row);
-        }));
+        endObservations_.push_back(entry.setting->onChange([this, row] { accept(row); }));
         if (entry.needs)
             endObservations_.push_back(entry.needs->onChange([this, row] { announce(row); }));
     }
@@ -207,8 +204,12 @@ void SettingRowsModel::announce(int row) {
 
 void SettingRowsModel::set(int row, const std::string& text) {
     const SettingEntry* const entry = at(row);
-    if (!entry || entry->setting->setText(text))
+    if (!entry)
         return;
+    if (entry->setting->setText(text)) {
+        accept(row);
+        return;
+    }
     refused_[static_cast<std::size_t>(row)] = text;
     announce(row);
 }
@@ -243,15 +244,29 @@ void SettingRowsModel::storeSliding() {
 
 void SettingRowsModel::write(int row, const QString& text) {
     const std::string typed = text.trimmed().toStdString();
+    const SettingEntry* const entry = at(row);
     if (typed.empty())
         restore(row);
-    else if (const SettingEntry* const entry = at(row); entry && typed != entry->setting->text())
+    else if (entry && typed == entry->setting->text())
+        accept(row);
+    else
         set(row, typed);
 }
 
 void SettingRowsModel::restore(int row) {
-    if (const SettingEntry* const entry = at(row))
+    if (const SettingEntry* const entry = at(row)) {
         entry->setting->restore();
+        accept(row);
+    }
+}
+
+/// Forgets a refused text. A setting that keeps its value does not call its observer; one that
+/// changes may have replaced the rows.
+void SettingRowsModel::accept(int row) {
+    if (!at(row))
+        return;
+    refused_[static_cast<std::size_t>(row)].clear();
+    announce(row);
 }
 
 QString SettingRowsModel::numberText(int row, double value) const {

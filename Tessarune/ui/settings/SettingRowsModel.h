@@ -66,6 +66,7 @@ class SettingRowsModel final : public QAbstractListModel {
     void set(int row, const std::string& text);
     void storeSliding();
     void announce(int row);
+    void accept(int row);
     void forget();
     std::string sectionOf(const SettingEntry& entry) const;
     std::string problemOf(int row) const;

@@ -163,11 +163,21 @@ Item {
         id: textControl
 
         EntryField {
+            id: field
+
             objectName: "control"
             name: root.title
             text: root.value
-            onEditingFinished: if (text !== root.value) root.rows.write(root.index, text)
+            onEditingFinished: if (text !== root.value || root.problem !== "") root.rows.write(root.index, text)
             Accessible.description: root.about
+
+            // A refused text goes with its message, also if the value stays the same.
+            Connections {
+                target: root
+                function onProblemChanged() {
+                    if (root.problem === "") field.text = root.value;
+                }
+            }
         }
     }
 
