@@ -100,10 +100,11 @@ SettingCodec<std::int64_t> colorCodec() {
     codec.parse = [](std::string_view text) -> std::optional<std::int64_t> {
         if (text.size() != 7 || text[0] != '#')
             return std::nullopt;
-        std::int64_t value = 0;
+        std::uint32_t value = 0; // unsigned: "#-00000" is no colour
         const auto [end, error] = std::from_chars(text.data() + 1, text.data() + 7, value, 16);
-        return error == std::errc() && end == text.data() + 7 && value >= 0 ? std::optional(value)
-                                                                            : std::nullopt;
+        if (error != std::errc() || end != text.data() + 7)
+            return std::nullopt;
+        return value;
     };
     // Hand-written files may contain the text form.
     codec.read = [ofNumber = codec.read, parse = codec.parse](const SettingValue& stored) {

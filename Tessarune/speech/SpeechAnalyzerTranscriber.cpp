@@ -45,7 +45,9 @@ Task<void> SpeechAnalyzerTranscriber::startSession(Self self) {
         failure = std::current_exception();
     }
     if (failure) {
-        self->stop();
+        // A later generation has stopped this session already, and may run.
+        if (self->isCurrent(session.generation))
+            self->stop();
         std::rethrow_exception(failure);
     }
     TessaruneLog::asr.notice(
