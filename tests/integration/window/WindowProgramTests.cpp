@@ -49,11 +49,13 @@ class WindowProgram : public ::testing::Test {
                          folder_.path(), environment_);
         environment_.push_back("DISPLAY=:" + firstLine(*display_));
         // On a busy computer the manager sometimes ends at its start.
-        for (bool isManaged = false; !isManaged;) {
+        bool isManaged = false;
+        for (int starts = 0; starts < 10 && !isManaged; ++starts) {
             manager_.emplace("/usr/bin/openbox", std::vector<std::string>(), folder_.path(),
                              environment_);
             isManaged = within(2, [&] { return !pointer({"get_desktop"}).empty(); });
         }
+        EXPECT_TRUE(isManaged) << "needs openbox and xdotool";
         bus_.emplace("/usr/bin/dbus-daemon",
                      std::vector<std::string>{"--session", "--nofork", "--print-address=1"},
                      folder_.path(), environment_);
