@@ -25,8 +25,8 @@ namespace {
 
 /// The interval at which the reader checks whether the answer is still wanted.
 constexpr int checkMilliseconds = 100;
-/// The length of the longest line that a terminal accepts. No part of a line must remain for the
-/// next question or the shell.
+/// The length of the longest line that a terminal accepts. A smaller buffer would leave part of a
+/// long line to the next question or to the shell.
 constexpr std::size_t maximumLine = 4096;
 
 Answer readAnswer(Answer byDefault, const std::stop_token& stop) {

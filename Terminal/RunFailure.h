@@ -14,8 +14,8 @@ struct RunFailure : std::runtime_error {
         : std::runtime_error(text), status(exitStatus) {}
     ExitStatus status;
 
-    /// For a speech model that is missing, damaged or does not load. Adds to the text of the
-    /// problem how to get a model.
+    /// For a speech model that is missing, damaged or does not load. The text is `problem`
+    /// and, below it, how to get a model.
     static RunFailure ofModel(const std::string& problem);
     /// Maps each failure of a session's start to an exit status that scripts can distinguish.
     static RunFailure ofStart(const std::exception_ptr& failure);

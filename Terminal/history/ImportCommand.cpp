@@ -53,8 +53,9 @@ class ImportRun {
             refinementRequest(program_, options_, recording->id, recording->filePath),
             HistoryRefinementService::bestModel, stop_.get_token());
         HistoryRefinementOutcome outcome = co_await transcribing;
+        // The texts name the imported file instead of its copy in the data folder.
         for (std::string* text : {&outcome.problem, &outcome.brokenOff})
-            *text = naming(file, recording->filePath, *text); // not the copy in the data folder
+            *text = naming(file, recording->filePath, *text);
         if (statusOf(outcome) == ExitStatus::interrupted) {
             program_.catalog.deleteRecording(recording->id);
             Task<void> erasing = program_.search.eraseTraces();

@@ -21,7 +21,7 @@ namespace {
 constexpr std::size_t wordRowColumns = 80;
 constexpr std::size_t countColumns = 6;
 constexpr std::size_t formsColumns = 30;
-constexpr int countLines = 0; ///< as the number of sentences: makes `stats` count the lines
+constexpr int countLines = 0; ///< passed as the number of sentences, makes `stats` count lines
 
 /// The user's marks on words, and the core words.
 struct WordMarks {

@@ -18,7 +18,7 @@ inline constexpr int speechRefused = 3;
 Task<void> requestRequiredPermissions(PermissionsManager& permissions, AudioSource source,
                                       std::string recognitionOptionID);
 
-/// Whether this is the refusal of a microphone. False for null.
+/// Whether `failure` says that the microphone was refused. False for null.
 bool isMicrophoneRefusal(const std::exception_ptr& failure);
 
 } // namespace tessarune::RecognitionPermissionGate

@@ -7,8 +7,8 @@ namespace tessarune {
 
 namespace {
 
-/// The mix is given up if its share of the energy is lower than the first value, and taken again if
-/// it is higher than the second: speech in between does not change the choice.
+/// If the mix's share of the energy is lower than `lostShare`, the left channel is taken instead.
+/// If the share is higher than `restoredShare`, the mix is taken again.
 constexpr double lostShare = 0.02;
 constexpr double restoredShare = 0.1;
 /// Short, so that louder sound before speech in opposite phase does not hide its first word.
@@ -29,7 +29,7 @@ std::vector<float> StereoMix::mixed(const AudioBuffer& stereo) {
         mixEnergy += mono[frame] * mono[frame];
         channelEnergy += (left * left + right * right) / 2;
     }
-    // Not for NaN, which would never fade out.
+    // The comparison is false for NaN, which would never fade out of the sums.
     if (channelEnergy > quietEnergy * static_cast<double>(mono.size())) {
         const double remaining = std::exp2(-stereo.seconds() / halfLifeSeconds);
         mixEnergy_ = mixEnergy_ * remaining + mixEnergy;

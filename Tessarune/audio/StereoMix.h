@@ -16,7 +16,7 @@ class StereoMix {
 
   private:
     bool takesLeft_ = false;
-    // Sums of the squared samples, which fade out.
+    // Sums of squared samples; older samples weigh less.
     double mixEnergy_ = 0;
     double channelEnergy_ = 0; ///< mean of both channels
 };

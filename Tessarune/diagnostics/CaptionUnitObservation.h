@@ -14,7 +14,7 @@ namespace tessarune::CaptionUnitObservation {
 /// `previews` for display logs, `full` for snapshots. Both contain a hash of each text.
 enum class Texts { previews, full };
 
-/// `index` is the row's position in the full list.
+/// `index` is the row's position among all rows, even if only some of them are described.
 nlohmann::json unit(std::size_t index, const CaptionSegment& segment, Texts texts);
 
 /// "none" without a translation unit, "result" for the row that carries the translation of its

@@ -40,7 +40,7 @@ std::vector<DiagnosticsRun> DiagnosticsCatalog::named(std::string_view name) {
         return name.empty() ||
                (!id.starts_with(name) && !id.substr(prefix.size()).starts_with(name));
     });
-    // An exact name wins over longer ones, such as that of a second run of the same moment.
+    // An exact name wins: a second run in the same second has the same name with "-2" appended.
     const auto exact = std::ranges::find_if(found, [&](const DiagnosticsRun& run) {
         return run.id() == name || run.id().substr(prefix.size()) == name;
     });

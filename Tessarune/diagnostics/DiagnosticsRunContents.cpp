@@ -76,7 +76,7 @@ DiagnosticsRunContents DiagnosticsRunContents::read(FileSystem& files,
     }
     for (const auto& [path, bytes] : sizes)
         contents.files.push_back({path, nullptr, bytes});
-    // Each run begins with its lifecycle log, even if it was cut off before it had a manifest.
+    // A run that was cut off early may have no manifest, but it has a lifecycle log.
     contents.isRun |= std::ranges::any_of(contents.files, [](const File& file) {
         return file.artifact && file.artifact->content == Layout::Content::lifecycle;
     });

@@ -59,8 +59,8 @@ SubtitleWindowSettingsViewState SubtitleWindowSettingsViewState::of(const AppSet
 template <typename ViewState>
 SubtitleSettingsStore<ViewState>::SubtitleSettingsStore(Host& host, AppSettings& settings)
     : state(ViewState::of(settings)), host_(host), settings_(settings) {
-    // Observes all settings: the view state knows which of them the view reads, and a second list
-    // of these could be incomplete.
+    // Observes all settings, because a list of the settings that `ViewState::of` reads could become
+    // incomplete.
     for (AnySetting* setting : settings.all())
         observations_.add(setting->onChange([this] { scheduleRefresh(); }));
 }

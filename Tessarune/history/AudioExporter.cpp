@@ -78,7 +78,7 @@ std::string_view AudioExporter::withinFileName(std::string_view text) {
     if (text.size() <= maximumBytes)
         return text;
     text = Text::withoutCutCharacter(text.substr(0, maximumBytes));
-    // The last character may be incomplete.
+    // The last character may have lost code points, such as its accents.
     return text.substr(0, text.size() - Text::lastCharacter(text).size());
 }
 

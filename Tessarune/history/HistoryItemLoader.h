@@ -8,7 +8,8 @@
 
 namespace tessarune::HistoryItemLoader {
 
-/// A compressed recording of at most this many bytes contains no sound and is not listed.
+/// A compressed recording of at most this many bytes, unless it was imported, contains no sound and
+/// is not listed.
 inline constexpr std::int64_t emptyCompressedSize = 16384;
 
 /// The rows of the history list, newest first: the catalog's entries whose audio exists, except

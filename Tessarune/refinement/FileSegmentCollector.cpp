@@ -42,7 +42,8 @@ std::vector<Word> wordTimings(const SpeechResult& result) {
     return words;
 }
 
-/// The span from the earliest start to the latest end of the timed runs; `nullopt` without any.
+/// The span from the earliest start to the latest end of the timed runs; `nullopt` if no run
+/// is timed.
 std::optional<Span> audioSpan(const SpeechResult& result) {
     std::optional<Span> span;
     for (const SpeechRun& run : result.runs) {

@@ -23,7 +23,7 @@ class FileSegmentCollector {
 
     struct Collected {
         std::vector<Segment> segments;
-        bool usedVolatileFallback = false; ///< volatile sentences, because there are no final ones
+        bool usedVolatileFallback = false; ///< no final results: `segments` are volatile
     };
     /// All sentences, without repeated ones.
     Collected collected() const;

@@ -23,7 +23,7 @@ class TranscriptFiles {
     };
 
     /// The recordings that have transcripts, each with a stamp: the lengths and modification times
-    /// of the recording's files. Throws `std::system_error`.
+    /// of the recording's text files. Throws `std::system_error`.
     std::map<UUID, std::string> stamps();
     /// `nullopt` if the files cannot be read; empty texts if they do not exist.
     std::optional<Texts> texts(const UUID& id);

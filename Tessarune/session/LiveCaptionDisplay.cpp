@@ -50,8 +50,8 @@ void LiveCaptionDisplay::refresh(const std::string& reason, const SessionView& v
 SubtitleTranslationStatusViewState
 LiveCaptionDisplay::translationStatus(std::span<const CaptionSegment> committed,
                                       const std::string& message, bool force) {
-    // The search continues after the rows that are known to be translated: rows are translated in
-    // order, and a refresh is forced when translations have been removed.
+    // The search for an untranslated row begins after the rows that are known to be translated:
+    // rows are translated in order, and a refresh is forced when translations have been removed.
     translatedRows_ = force ? 0 : std::min(translatedRows_, committed.size());
     while (translatedRows_ < committed.size() && committed[translatedRows_].translatedText)
         ++translatedRows_;

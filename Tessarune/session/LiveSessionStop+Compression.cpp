@@ -99,7 +99,7 @@ void LiveSessionStop::reportCompressed(const RecordingMetadata& source,
 void LiveSessionStop::reportCompressFailure(const RecordingMetadata& source,
                                             const std::string& error, const Step& step) {
     if (store_.environment_.catalog.wasDeleted(source.id)) {
-        store_.view_.status = SessionStatus(); // the user deleted it: no log may mention it
+        store_.view_.status = SessionStatus(); // no log may mention a deleted recording
         return log().finish(step, {{"reason", "recordingDeleted"}});
     }
     store_.view_.status = SessionStatus{SessionStatus::Kind::compressionFailed};

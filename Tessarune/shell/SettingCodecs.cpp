@@ -67,7 +67,7 @@ SettingCodec<std::string> mirrorCodec() {
 
 SettingCodec<std::string> backendCodec() {
     SettingCodec<std::string> codec = textCodec();
-    // Another name is kept and shown; a blank one would leave a message without a name.
+    // An unknown name is kept, because messages show it. A blank name would not be visible there.
     codec.read = [read = codec.read](const SettingValue& stored) -> std::optional<std::string> {
         auto name = read(stored);
         return name && !Text::trimmed(*name).empty() ? std::move(name) : std::nullopt;

@@ -167,8 +167,8 @@ void SpeechAnalyzerTranscriber::applyDecision(const AppleFinalReconcileDecisionR
         break;
     case Decision::dropSuppressedFinal:
         ++state_.perf.perfAppleReconcileDropSuppressed;
-        // This final ends where the sound of the partial ends that was used instead of the finals,
-        // so the next final is about later sound.
+        // The mark is the end of the partial that was used instead of the finals. If this final
+        // reaches the mark, the next final is about later sound.
         if (mark && isFinite(end) && *mark - markToleranceSeconds <= *end)
             mark.reset();
         break;

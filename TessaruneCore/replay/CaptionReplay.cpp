@@ -134,7 +134,7 @@ Output runMarked(const std::vector<ASREventRecord>& records, const EngineCapabil
         if (mark == CaptionMark::ended)
             return outputOf(core, t0);
     }
-    // Without an end mark the session crashed or its log was cut, so its last guess is shown, too.
+    // There is no end mark: the session crashed or its log was cut. So show its last guess, too.
     host.runUntilIdle();
     return outputOf(core, t0);
 }

@@ -44,8 +44,8 @@ bool write(std::string& out, const Json& value, const std::string& lineStart) {
     return true;
 }
 
-/// Checked before parsing: with a callback that checks it, the library searches each array again
-/// after each of its objects.
+/// Used before parsing. A callback of the parser could check the depth, too, but with any callback
+/// the library searches an array again after each object in it.
 bool isTooDeep(std::string_view text) {
     int depth = 0;
     bool isQuoted = false;

@@ -16,7 +16,7 @@ inline std::string systemMessage(int error) {
     return systemErrors().message(error);
 }
 
-/// The text of a failure with the file that the user knows in place of the one that it names.
+/// Returns the text `failure` with the path `known`, which the user knows, in place of `named`.
 std::string naming(const std::filesystem::path& known, const std::filesystem::path& named,
                    std::string failure);
 

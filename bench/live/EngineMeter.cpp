@@ -73,7 +73,8 @@ class CallWatch {
     double before_ = CPUClock::thread();
 };
 
-/// Replaces one of the engine's functions. `call` times a call of the replaced one, `original`.
+/// Replaces one of the engine's functions: `call` calls `original`, the replaced function, and
+/// measures the call.
 template <auto Member>
 struct Timed;
 

@@ -54,7 +54,7 @@ class ResultLatency {
     const Executor relayExecutor_;
     std::mutex mutex_;
     std::deque<Result> underWay_; ///< guarded by `mutex_`
-    std::vector<Result> arrived_; ///< those whose event the core is still processing
+    std::vector<Result> arrived_; ///< results whose event the core is still processing
 };
 
 } // namespace tessarune

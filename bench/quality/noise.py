@@ -42,7 +42,7 @@ def hiss(count, chance, _):
 
 
 def babble(count, chance, speech):
-    """Six of the measured recordings at once, each from a random place on."""
+    """Six of the measured recordings at once, each starting at a random place."""
     voices = [(list(chance.choice(speech)), chance.random()) for _ in range(6)]
     total = [0.0] * count
     for voice, start in voices:

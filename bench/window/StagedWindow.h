@@ -22,7 +22,7 @@ class StagedWindow {
 
     /// Adds a word to the open sentence.
     void speak();
-    /// Settles the open sentence, with its translation, and begins another one.
+    /// Commits the whole sentence with its translation, and begins another one.
     void settle();
     /// Publishes the rows and the open sentence. Returns the seconds until the window shows them.
     double show();

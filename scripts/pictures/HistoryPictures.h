@@ -164,7 +164,7 @@ inline const HistoryPicture historyPictures[] = {
     {"empty", [](auto&) {}},
 };
 
-/// Draws all states into PNG files with `save`. False if one cannot be written.
+/// Draws all states into PNG files with `save`. Returns false if a file cannot be written.
 template <typename Save>
 bool drawHistory(const QString& folder, const char* shade, Save save) {
     for (const HistoryPicture& picture : historyPictures) {

@@ -170,7 +170,7 @@ bool draw(const CaptionPicture& picture, SubtitleLayoutMode layout, const QStrin
     return isSaved;
 }
 
-/// Draws all pictures; with a name, only the picture of the caption window with this name.
+/// Draws all pictures. A non-empty `name` selects one picture of the caption window.
 int drawAll(const QString& folder, const QString& name) {
     QDir().mkpath(folder);
     for (const CaptionPicture& picture : pictures) {

@@ -6,7 +6,8 @@
 namespace tessarune {
 namespace {
 
-/// The log opens before the repairs report to it; without the data folder there are no repairs.
+/// The log opens before the repairs report to it. A program that does not hold the data folder
+/// makes no repairs.
 TEST(TessaruneStartupServicesTests, StartsTheLogThenTheRepairsOfItsOwnFolderThenTheRecogniser) {
     testing::Catalogued data;
     TessaruneLog::setDiagnosticsLevel(DiagnosticsLevel::verbose);

@@ -60,7 +60,7 @@ class AudioSessionRecorderTests : public ::testing::Test {
                                           static_cast<unsigned char>(bytes[at + 1]) << 8));
         return all;
     }
-    /// The number of sound bytes before the first silent sample; the appended sound has none.
+    /// The number of sound bytes before the first silent sample. Tests append no silent sample.
     std::size_t loudBytes(const simulation::FaultyFileSystem& onDisk) const {
         const std::string bytes = onDisk.contentsOf(entries.back().filePath);
         std::size_t at = 44;

@@ -119,7 +119,7 @@ TEST_F(MicrophoneCaptureTests, ConvertsToTheRateThatIsAskedForAndDropsEmptyResul
     ASSERT_EQ(buffers.size(), 1U);
     EXPECT_EQ(buffers[0]->format, (AudioFormat{16000, 1}));
 
-    // The replacement has another format and so needs another converter.
+    // "usb" replaces "built-in". It has another format, so it needs another converter.
     server.setDevices(devices({"usb"}, "usb"));
     host.advanceBy(1);
     server.deliver("usb", 0.2F);

@@ -300,7 +300,7 @@ TEST_F(SystemAudioCaptureTests, LateSoundIsAGapOnlyIfItIsTheFirstOfAnotherOutput
     start();
     server.keepDelivering(0.5F);
     host.advanceBy(1);
-    server.keepDelivering(std::nullopt); // the server delivers all of this sound later
+    server.keepDelivering(std::nullopt); // the server keeps the next sound and delivers it late
     host.advanceBy(2);
     server.deliver("a.monitor", 0.5F, 2);
     server.keepDelivering(0.5F);
@@ -322,7 +322,7 @@ TEST(SystemAudioCaptureSleepTests, AProgramThatDidNotRunLosesOnlyWhatTheServerDi
         double waiting; // seconds of sound that the server kept
         double lost;
     };
-    // The last two: a sleeping computer, and a pause too short to count as a gap.
+    // The last two steps are a sleeping computer and a pause too short to count as a gap.
     for (const Step& step : {Step{6, 6, 0}, Step{30, 20, 10}, Step{6, 0, 6}, Step{1, 1, 0},
                              Step{3600, 0, 3600}, Step{2, 0, 0}}) {
         SCOPED_TRACE(::testing::Message() << step.stopped << " s, kept " << step.waiting << " s");

@@ -160,7 +160,7 @@ TEST(CaptionCoreCommitTests, ASkippedRepeatUsesUpItsWordPositionsAndChangeCount)
     CaptionCoreFixture f;
     f.play("100 p A one. B;100.7 p A one. B");
     f.core->resetFreezeState();
-    // B changes as a leading sentence, C never does.
+    // The leading sentence B changes, and the leading sentence C does not.
     f.play("101 p A one. B twa. C three. x;101.1 p A one. B two. C three. x");
     f.final("A one. B two. C three.", 1, 2, timings(6));
     EXPECT_EQ(f.shown(), "A one. 🔒|B two. 🏁|C three. 🏁 /  /  / ");

@@ -14,7 +14,7 @@ TEST(ArenaTimelineExportTests, TimesUpToZeroAreOmittedAndOthersCountFromTheOrigi
     timed.firstSeenAt = 100;
     CaptionSegment bare;
     const CaptionCore::WordEvents wordEvents = {
-        // The span covers all starts and ends, whatever their order.
+        // A row's sound span covers all starts and ends of its words, whatever their order.
         {timed.id, {{"a", 100, std::nullopt, 105, 104}, {"b", 0, 101, 103, std::nullopt}}},
         {bare.id, {}},
     };

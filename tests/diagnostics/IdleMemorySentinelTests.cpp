@@ -27,7 +27,7 @@ TEST(IdleMemorySentinelTests, RaisesEachAlarmOnce) {
     session.figures.cpu += 15;
     session.host.advanceBy(15);
     EXPECT_EQ(alarms(), Kinds{"idleCpuHigh"});
-    session.figures.used.footprintMB = 400; // above three times the baseline, below the floor
+    session.figures.used.footprintMB = 400; // over three times the baseline, but below 512
     session.host.advanceBy(15);
     EXPECT_EQ(alarms().size(), 1u);
     session.figures.used.footprintMB = 1100;
@@ -51,7 +51,7 @@ TEST(IdleMemorySentinelTests, RaisesEachAlarmOnce) {
     session.stop();
     session.host.advanceBy(30000); // longer than the sentinel runs
     EXPECT_EQ(session.host.liveTasks(), 0u);
-    // The next session ended the first run's sentinel; the second run's ended by itself.
+    // The second session ended the first sentinel; the second sentinel reached its maximal runtime.
     const auto names = session.files.list(session.paths.diagnostics());
     std::istringstream text(session.files.contentsOf(session.paths.diagnostics() / names.front() /
                                                      "events/idle_memory_sentinel.ndjson"));

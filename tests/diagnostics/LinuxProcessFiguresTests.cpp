@@ -13,7 +13,8 @@ namespace fs = std::filesystem;
 
 TEST(LinuxProcessFiguresTests, FiguresThatCannotBeReadAreUnknown) {
     testing::TemporaryFolder root;
-    // A folder can be opened but not read, like the sensor of a radio that is switched off.
+    // A folder can be opened but not read, like the temperature file of a Wi-Fi adapter that
+    // is switched off.
     for (const char* file : {"sys/class/thermal/thermal_zone0/temp", "proc/self/task/7/stat",
                              "proc/self/status", "proc/cpuinfo"})
         fs::create_directories(root / file);

@@ -10,7 +10,7 @@
 namespace tessarune {
 namespace {
 
-/// A list of ten rows, of which 100 points are visible. Tests set its height and scroll it.
+/// Ten rows in a view 100 points high. Tests set the height of the rows and scroll them.
 struct ScriptedList final : CaptionListView {
     std::optional<Geometry> geometry() const override {
         if (!isOnScreen)

@@ -4,7 +4,7 @@
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace tessarune;
-    // The fuzzer rarely finds the two signatures by itself, so a flag supplies them.
+    // Random bytes rarely contain the signatures of a WAV file, so a flag adds them.
     fuzz::Input input(data, size);
     const bool begins = input.flag();
     const std::string bytes =

@@ -175,7 +175,7 @@ TEST(HistoryWordTimelineTests, OnlyTheSentenceThatIsOpenAtTheEndIsLimited) {
     const Timeline cut = timeline.endingBy(7);
     EXPECT_EQ(cut.sentences.at(0).end, 7);
     EXPECT_EQ(cut.words.at(0).t, 7);
-    // The recording broke off before the later sentence.
+    // The recording broke off before the later sentence, which therefore keeps its times.
     EXPECT_EQ(cut.sentences.at(1), timeline.sentences.at(1));
     EXPECT_EQ(cut.words.at(1).t, 20);
 }

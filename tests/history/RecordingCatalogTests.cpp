@@ -362,7 +362,7 @@ TEST_F(RecordingCatalogTests, KilledAnywhereAllTranscriptsAreReplacedOrNone) {
         const bool isNew = disk.contentsOf(catalog.transcriptURL(id)) == "new";
         EXPECT_TRUE(isNew || outcome == Outcome::failed);
         EXPECT_EQ(disk.list(paths.transcripts()).size(), isNew ? 2U : 4U)
-            << "operation " << n; // entry and text; the former ones have translation and times, too
+            << "operation " << n; // new: entry and text; old: also translation and word times
     }
     EXPECT_FALSE(disk.has("/data/recordings.json.new-1000001"));
     EXPECT_TRUE(disk.has("/data/Vocabulary.json.new-1000001"));

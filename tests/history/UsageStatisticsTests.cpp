@@ -10,7 +10,7 @@
 namespace tessarune {
 namespace {
 
-/// Sets the process's time zone; the destructor sets the one of the catalog's tests again.
+/// Sets the process's time zone. The destructor sets the zone that `testing::Catalogued` uses.
 class TimeZone {
   public:
     explicit TimeZone(const char* name) {

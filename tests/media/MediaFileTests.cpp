@@ -90,7 +90,7 @@ TEST_F(MediaFileTests, ATruncatedFileIsReadToItsEndAndReportedAsDamaged) {
     const auto samples = tone(1, 16000);
     const struct {
         std::uint32_t claimed; ///< bytes of sound in the header; the file has 32000
-        bool isCut;            ///< whether that counts as truncated
+        bool isCut;            ///< whether the file is reported as damaged
     } cases[] = {{320000, true}, {32800, false}, {0x7FFFF000, false}, {0xFFFFFFFF, false}};
     const auto pipe = folder / "pipe";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);

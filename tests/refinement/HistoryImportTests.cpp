@@ -165,7 +165,7 @@ TEST(HistoryImportTests, AnImportIsResumedAfterARegularEndButNotAfterACrash) {
     struct Case {
         double seconds; ///< of the import, before the program ends
         bool isOrderly;
-        std::size_t resumed;   ///< imports, by the next start
+        std::size_t resumed;   ///< imports that the next start resumes
         std::size_t brokenOff; ///< imports that the next start only reports
     };
     const std::vector<Case> cases{

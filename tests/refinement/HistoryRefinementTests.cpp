@@ -296,7 +296,7 @@ TEST(HistoryRefinementTests, RequestsRunOneByOneAndOnlyTheLatestPendingOneOfARec
     EXPECT_EQ(recording.bilingual(), "New words.\nfr-FR:New words.\n\nAnd more.\nfr-FR:And more.");
     EXPECT_TRUE(recording.service->jobs()->empty());
     recording.service->schedule(later);
-    for (const bool isQueued : {true, false}) { // the second is requested after the end
+    for (const bool isQueued : {true, false}) { // false: requested after `end`
         recording.begin();
         if (isQueued)
             spawn(Executor::main(recording.host), recording.service->end());

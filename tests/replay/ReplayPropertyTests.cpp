@@ -19,8 +19,8 @@ namespace {
 using Log = std::vector<ASREventRecord>;
 using Words = std::vector<std::string>;
 
-/// More than the 0.06 s for which a partial may be held back: after such a pause none is pending,
-/// so a log cut there has the same result as the whole log up to that time.
+/// More than the 0.06 s for which a partial may be held back. After such a pause no partial is
+/// pending, so a log that ends there has the same result as the whole log up to that time.
 constexpr double quiet = 0.0625;
 
 rc::Gen<std::string> word() {

@@ -99,7 +99,7 @@ TEST(LiveSessionTranslationTests, ACrashKeepsTranslationsOfTheLastTargetOnly) {
     session.service->answer = [](const std::string& text) {
         return Answer{text == "Two is said." ? 1e5 : 0, std::nullopt};
     };
-    session.settings.translationTargetLanguage = "de"; // as another program may
+    session.settings.translationTargetLanguage = "de"; // another program may do this
     session.host.advanceBy(1);
     session.crash();
     EXPECT_EQ(session.bilingual(id), "One is said.\nde-DE:One is said.\n\nTwo is said.");

@@ -133,7 +133,7 @@ TEST(LiveTranscriptStoreFailureTests, TheSessionEndsInIdleWhateverFails) {
         {"the drain never ends", before,
          [](Session& s) {
              s.engine.script.finishNeverEnds = true;
-             // The stop seals this line after the end of the sound.
+             // The stop seals this line some time after the sound has ended.
              s.engine.script.lines = {{3, simulation::spoken(false, "and", 3)}};
          },
          "complete", idle, ".m4a", "speechAnalyzer.drain.timeout", true, "Said.\nand"},
@@ -218,12 +218,12 @@ TEST(LiveTranscriptStoreFailureTests, TheSessionEndsInIdleWhateverFails) {
 TEST_F(LiveTranscriptStoreStopTests, ATranscriptThatCouldNotBeSavedIsSavedOnceThereIsRoom) {
     const std::string all = "Before.\nIn between.\nAfter.";
     const struct {
-        const char* stored; ///< meanwhile, by another program
+        const char* stored; ///< the text that another program has saved meanwhile
         const char* refined;
         bool anotherWrites;
         std::string text;
     } cases[] = {{nullptr, nullptr, false, all},
-                 {"Before.\nAfter.", nullptr, false, all}, // from the journal
+                 {"Before.\nAfter.", nullptr, false, all}, // as recovered from the journal
                  {"Refined.", nullptr, false, "Refined."},
                  {nullptr, "Before.", false, "Before."},
                  {nullptr, nullptr, true, ""}};

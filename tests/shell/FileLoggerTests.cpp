@@ -108,7 +108,7 @@ TEST_F(FileLoggerTests, EachDayHasAFileAndOldFilesAreRemoved) {
 TEST_F(FileLoggerTests, DeletingEntriesKeepsTheOtherLines) {
     logger.event("a", {{"recordingID", std::string("ID-1")}});
     logger.event("b", {{"path", std::string("/some/\"quoted\" name.wav")}});
-    TessaruneFileLogger other(host, files, paths); // of a second program that captions
+    TessaruneFileLogger other(host, files, paths); // the logger of a second running program
     other.event("c", {{"recordingID", std::string("ID-2")}});
     host.runUntilIdle();
     logger.deleteEntries({"ID-1"}, {"/some/\"quoted\" name.wav"});

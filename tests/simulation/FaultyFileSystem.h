@@ -16,8 +16,8 @@
 
 namespace tessarune::simulation {
 
-/// A disk in memory that fails as instructed: at one operation, at every operation from one on,
-/// when it is full, for some paths, or by a loss of power, after which only synchronized data
+/// A disk in memory that fails as instructed: at a given operation, at all operations from a given
+/// one, when it is full, for some paths, or by a loss of power, after which only synchronized data
 /// remains.
 ///
 /// Used by one thread. Every call that would reach a real disk is an operation; operations are
@@ -27,7 +27,7 @@ class FaultyFileSystem final : public FileSystem {
     static constexpr std::uint64_t never = std::numeric_limits<std::uint64_t>::max();
 
     FaultyFileSystem() = default;
-    /// Copies the content; open files still belong to the first disk.
+    /// Copies the contents; files opened on `other` still belong to `other`.
     FaultyFileSystem(const FaultyFileSystem& other) { replaceContents(other); }
     void replaceContents(const FaultyFileSystem& other) {
         nodes_.clear();

@@ -15,7 +15,7 @@ class ScriptedAssetInventory final : public AssetInventory {
 
     bool supported = true;
     bool installed = true;
-    double downloadSeconds = 1; ///< progress is reported at its start and halfway
+    double downloadSeconds = 1; ///< progress is reported at the download's start and halfway
     std::string failure;        ///< of the download, at its end; empty: none
     int downloads = 0;
     int stopped = 0; ///< downloads that were stopped

@@ -27,7 +27,7 @@ class ScriptedMedia {
     explicit ScriptedMedia(FaultyFileSystem& files) : files_(files) {}
 
     std::string failure;       ///< of each encoder; empty: none
-    std::size_t bytes = 20000; ///< of an M4A; more than the history regards as empty
+    std::size_t bytes = 20000; ///< of an M4A; large enough not to be regarded as empty
     int transcodings = 0;      ///< of whole files
 
     TranscodeToM4A transcoder() {

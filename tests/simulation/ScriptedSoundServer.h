@@ -54,7 +54,7 @@ class ScriptedSoundServer final : public SoundServer {
         }
         notify();
     }
-    /// Restores the connection, as a server does by itself.
+    /// Restores the connection, as after a restart of the server.
     void comeBack() {
         state_ = SoundServerState::connected;
         notify();

@@ -11,8 +11,8 @@ namespace tessarune::simulation {
 /// PROGRAM [--seeds N] [--seed S]: runs N seeds from S, or from 1; without N it runs one and prints
 /// its trace. Stops at the first violation, prints its trace and returns exit status 1.
 ///
-/// A `Simulation` is made from a seed; its `run` returns the violation, empty if there is none, and
-/// its `trace` what happened. `name` is its name on the command line.
+/// A `Simulation` is made from a seed. `run` returns the violation, or an empty text. `trace`
+/// returns what happened. `name` is the name of the simulation on the command line.
 template <typename Simulation>
 int runSeeds(int argc, char** argv, const char* name) {
     std::uint64_t seeds = 0;

@@ -4,8 +4,8 @@
 
 namespace tessarune::testing {
 
-/// Virtual time that can also jump without running delayed calls: while the one thread works, or
-/// while the computer sleeps.
+/// Virtual time that can also jump without running delayed calls, as if the only thread had been
+/// busy or the computer had slept.
 class WorkingHost final : public Host {
   public:
     double now() const override { return simulated.now() + worked; }

@@ -52,8 +52,8 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, TinyBuffersAreJoinedUpTo85Millisecon
 
 TEST_F(SpeechAnalyzerTranscriberInputTests, ARecogniserThatHangsLeavesAtMost3600BatchesQueued) {
     start();
-    // The recogniser takes nothing until `takenBatches` runs the host. 0.1 s is a batch by itself;
-    // at 100 Hz, five thousand of them are quickly made.
+    // The recogniser takes nothing until `takenBatches` runs the host. A buffer of 0.1 s fills a
+    // batch; at 100 Hz, five thousand buffers are quickly made.
     for (int i = 0; i < 5000; ++i)
         append(0.1, {100, 1});
     EXPECT_EQ(takenBatches().size(), 3600U);
@@ -205,7 +205,8 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, AfterAFinalizationTheEngineMayDropOl
     append(6);
     transcriber->requestFinalization("sentence");
     host.runDue(host.now());
-    // The cutoff is 0.45 s before the end of the sound; sound is dropped up to 1.5 s before that.
+    // The cutoff is 0.45 s before the end of the sound. Sound is dropped if it is more than 1.5 s
+    // older than the cutoff.
     EXPECT_EQ(engine.session().finalizeCutoffs, std::vector<double>{5.55});
     EXPECT_EQ(engine.session().cancelCutoffs, (std::vector<double>{5.55 - 1.5}));
     const auto request = log.lines("speechAnalyzer.cancel.request").at(0);
@@ -233,7 +234,7 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, OldSoundIsDroppedInStepsOfAtLeastFou
     start();
     append(20);
     const struct {
-        double finalEnd;             ///< sound is dropped up to 1.5 s before it
+        double finalEnd;             ///< sound more than 1.5 s before it is dropped
         std::vector<double> cutoffs; ///< so far
     } steps[] = {
         {5.4375, {}}, {5.5, {4.0}}, {9.4375, {4.0}}, {9.5, {4.0, 8.0}}, {9.75, {4.0, 8.0}},

@@ -45,7 +45,7 @@ TEST_F(CaptionToolbarTests, HidesWithoutThePointerAndReturnsForTheKeyboard) {
     EXPECT_TRUE(shows());
     runFor(300);
     QTest::keyClick(&window, Qt::Key_Tab);
-    runFor(3200); // longer than the toolbar shows itself without a reason
+    runFor(3200); // longer than an unused toolbar stays visible
     EXPECT_TRUE(shows()) << "a focused button keeps the toolbar visible";
     QTest::keyClick(&window, Qt::Key_Escape);
     EXPECT_TRUE(runUntil([&] { return !shows(); }));
@@ -70,7 +70,7 @@ TEST_F(CaptionToolbarTests, AFileIsNamedAsTheSourceAndAnotherSourceCanBeChosen) 
     EXPECT_TRUE(toolbar->showsStatus() && changed.size() == 1) << "captions hide the empty stage";
 
     captions.window.reset();
-    captions.otherWayToTop = "Alt+Space"; // the desktop does not let the program keep it on top
+    captions.otherWayToTop = "Alt+Space"; // programs cannot keep their windows on top
     captions.open();
     const CaptionCommandsModel& commands = captions.window->commands();
     QStringList texts;

@@ -102,7 +102,7 @@ TEST_F(CaptionWindowTests, ShowsWhyThereAreNoCaptions) {
     captions.speak("Hello");
     captions.publish();
     EXPECT_EQ(stage.presentation(), "content");
-    captions.settings.translationBackend = "关闭"; // nothing to compare the source with
+    captions.settings.translationBackend = "关闭"; // off: no translation is shown
     runFor(20);
     EXPECT_FALSE(stage.isBilingual());
 }

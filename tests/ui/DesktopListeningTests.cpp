@@ -51,7 +51,7 @@ class DesktopListeningTests : public ::testing::Test {
         hasEnded = true;
     }
     const SessionView& view() { return session.store().view(); }
-    /// What all controls show: whether a press stops.
+    /// Whether all controls offer to stop, not to start.
     bool showsStop() { return *view().isListening || *listening.waiting(); }
     bool isPhase(LiveSessionPhase phase) {
         return runUntil([&] { return *view().sessionPhase == phase; });

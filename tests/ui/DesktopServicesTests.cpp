@@ -73,7 +73,7 @@ class ScriptedServices : public QDBusVirtualObject {
     int held = -1;
     bool hasPanel = false; ///< whether a panel shows the tray
     QStringList capabilities;
-    QStringList asked; ///< the actions; the second one is refused, because the program is ending
+    QStringList asked; ///< the actions; the second one is refused as by a program that is ending
     QString notified;  ///< the body of the last notification
 };
 

@@ -10,7 +10,7 @@
 namespace tessarune {
 
 /// The one application object of a test program; it needs no display. Its screen has 800 x 800
-/// pixels unless the first call names a platform with another one.
+/// pixels unless the first call passes another `platform`.
 inline QGuiApplication& offscreenApplication(const QByteArray& platform = "offscreen") {
     static int argc = 1;
     static char name[] = "ui-tests";

@@ -68,7 +68,8 @@ TEST(LostDisplay, TheLastWorkRunsOnTheMainThreadUnlessThatIsBlocked) {
                 std::thread drawing(
                     [] { qWarning("The X11 connection broke: I/O error (code 1)"); });
                 if (!isBlocked) {
-                    std::this_thread::sleep_for(std::chrono::milliseconds(1500)); // as a slow disk
+                    // A slow disk may block the main thread for this long.
+                    std::this_thread::sleep_for(std::chrono::milliseconds(1500));
                     runUntil([] { return false; });
                 }
                 drawing.join();

@@ -13,8 +13,8 @@ struct UnpackingOutcome {
     std::string sha256;  ///< of the written file
 };
 
-/// Unpacks a zstd file to `out` piece by piece. More than `maximumBytes` is a failure. Throws
-/// std::system_error if the disk fails.
+/// Unpacks a zstd file to `out` piece by piece. Reports a failure if the unpacked contents are
+/// larger than `maximumBytes`. Throws std::system_error if the disk fails.
 UnpackingOutcome unpackZstd(const std::filesystem::path& packed, AppendFile& out,
                             std::uint64_t maximumBytes);
 

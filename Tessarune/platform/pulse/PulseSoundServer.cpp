@@ -12,7 +12,8 @@
 namespace tessarune {
 
 /// Owns the observers; dropping a subscription removes its observer. The server's thread must never
-/// destroy an observer, because it might then destroy the observer's queue and wait for its blocks.
+/// destroy an observer: this might also destroy the observer's queue, and the thread would then
+/// wait for the work in the queue.
 class PulseSoundServer::Observers : public std::enable_shared_from_this<Observers> {
   public:
     Subscription add(Executor executor, std::function<void()> onChange) {

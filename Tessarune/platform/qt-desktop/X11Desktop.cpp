@@ -15,7 +15,6 @@ namespace {
 
 constexpr std::uint32_t maximumAtoms = 1024; // far more than any window manager lists
 
-/// A reply of the X server, which the caller must free.
 template <typename Reply>
 using OwnedReply = std::unique_ptr<Reply, decltype(&std::free)>;
 

@@ -8,8 +8,8 @@ namespace tessarune {
 /// to the program. Main thread; one object at a time.
 class LostDisplay {
   public:
-    /// `lastWork` runs once before the process ends: on the main thread, or on another one while
-    /// the main thread waits for that. It cannot use the windows any more.
+    /// `lastWork` runs once before the process ends: on the main thread, or on another thread
+    /// for which the main thread waits. It cannot use the windows any more.
     explicit LostDisplay(std::function<void()> lastWork);
     ~LostDisplay();
     LostDisplay(const LostDisplay&) = delete;

@@ -11,8 +11,8 @@ namespace tessarune {
 /// The requests to close the open line at the next rest in the sound. One thread at a time.
 class LineClosing {
   public:
-    /// If no rest comes before `deadline` (seconds of the session), the engine closes the line
-    /// later. `end` resumes `done`.
+    /// If no rest comes before `deadline` (seconds of the session), the request lapses, and the
+    /// engine ends the line by its own rules. `end` resumes `done`.
     void request(double deadline, OneShot<bool> done) {
         deadline_ = deadline;
         waiting_.push_back(done);

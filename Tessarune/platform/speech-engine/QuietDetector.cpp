@@ -8,7 +8,7 @@ namespace tessarune {
 
 namespace {
 
-/// A rest is quieter than this multiple of the floor.
+/// Sound is quiet if it is less loud than the floor times this factor.
 constexpr double quietFactor = 2;
 /// The lower limit of the floor: after a silent track, a whisper must not count as loud.
 constexpr double lowestFloor = 0.001;

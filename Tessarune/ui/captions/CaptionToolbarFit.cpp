@@ -17,7 +17,7 @@ void CaptionToolbarFit::fit() {
     const bool showsSourceText = textRoom >= sourceText_;
     const bool showsToggleText = textRoom >= sourceText_ + toggleText_;
     auto count = all;
-    if (textRoom < 0) { // two more buttons need room: "more" and "close"
+    if (textRoom < 0) { // the buttons "more" and "close" need room, too
         const double fitting = (room_ - toggle_ - source_) / button_ - 2;
         count = std::clamp(static_cast<qsizetype>(fitting), qsizetype{0}, all);
     }

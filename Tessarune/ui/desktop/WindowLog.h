@@ -6,8 +6,8 @@
 
 namespace tessarune {
 
-/// Logs when a window with a title gets the keyboard focus, for the first time or again, and when
-/// such a window is resized later. Main thread; needs the application object.
+/// Logs each time that a window with a title gets the keyboard focus, and when a window that had
+/// the focus is resized. Main thread; needs the application object.
 class WindowLog : public QObject {
   public:
     WindowLog();

@@ -12,9 +12,8 @@
 
 namespace tessarune {
 
-/// Sample captions drawn with the current settings: the stage of the caption window, which shows
-/// scripted frames. New words appear only while it is running. Main thread; the environment must
-/// outlive it.
+/// Shows sample captions with the current settings, on a stage like that of the caption window. New
+/// words appear only while `running` is true. Main thread; the environment must outlive it.
 class CaptionPreview final : public QObject {
     Q_OBJECT
     Q_PROPERTY(tessarune::CaptionStageModel* stage READ stage CONSTANT)

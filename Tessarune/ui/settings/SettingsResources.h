@@ -12,9 +12,9 @@ namespace tessarune {
 
 /// How fast a speech model runs on this computer.
 struct SpeechModelSpeed {
-    static constexpr double lineSeconds = 5; ///< the length of the line for `passSeconds`
+    static constexpr double lineSeconds = 5; ///< the length of an example line
 
-    double passSeconds = 0; ///< the duration of a pass over a line of `lineSeconds`
+    double passSeconds = 0; ///< the duration of a pass over the example line
     bool isTooSlow = false;
 };
 

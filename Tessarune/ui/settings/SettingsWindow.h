@@ -29,7 +29,7 @@ class SettingsWindow {
     SettingsWindow(const SettingsWindow&) = delete;
 
     /// Shows the window, raised and active, with the pane named `pane`. If no pane has this name,
-    /// with the pane that was shown last.
+    /// the window keeps the pane that was shown last.
     void show(const std::string& pane = {});
     QQuickWindow& window() { return *window_; }
     const DiagnosticsRunsModel& runs() const { return runs_; }

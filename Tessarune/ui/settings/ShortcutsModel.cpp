@@ -66,8 +66,8 @@ QString ShortcutsModel::conflictOf(int row) const {
         if (other != row && keysOf(candidate.shortcut) == keys)
             return sentence(candidate.title);
     }
-    // A command that still has its default keys may share them with a window. This is intended:
-    // Ctrl+W, for example, is for the captions by default, whichever window has the focus.
+    // Default keys may be the same as keys of a window. This is intended: in every window, Ctrl+W
+    // shows or hides the captions by default, instead of closing the window.
     if (!hasOtherKeys(rows_[static_cast<std::size_t>(row)].shortcut))
         return {};
     for (const WindowKeys& command : WindowKeys::all()) {

@@ -140,7 +140,7 @@ TEST(ASREventLogTests, LongLinesAndManyLinesAreRead) {
     TemporaryFolder folder;
     const auto path = folder / "events.ndjson";
     std::string contents;
-    for (int i = 0; i < 20000; ++i) // each time occurs twice, out of order: 7919 is a prime
+    for (int i = 0; i < 20000; ++i) // each time occurs twice, shuffled: 7919 and 10000 are coprime
         contents += "{\"t\":" + std::to_string(i / 2 * 7919 % 10000) +
                     ",\"kind\":\"x\",\"text\":\"" + std::to_string(i) + "\"}\n";
     contents += R"({"t":20000,"kind":"x","text":")" + std::string(2'000'000, 'a') + "\"}\n";

@@ -33,7 +33,7 @@ TEST(CaptionReplayTests, ReconstructsTheCaptionsOfALog) {
         {"open sentences, clauses and text in reading order",
          "5 p One two. if it rains today, we;5.4 p One two. if it rains today, we",
          "-- live --\nOne two.\nif it rains today,\nwe"},
-        // Only a sentence that was first seen at 5.06 is old enough to freeze at 5.7.
+        // The partial of 5.01 is delayed to 5.06, so its sentence is old enough to freeze at 5.7.
         {"a timer fires at its due time and not at the next record",
          "5 p x;5.01 p One two. x;5.7 p One two. x y", "One two. 🔒\n-- live --\nx y"},
         {"a record of unknown kind shows nothing and fires no timer",

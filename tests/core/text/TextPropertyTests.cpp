@@ -111,7 +111,8 @@ TEST(TextPropertyTests, PlainCodePointsJoinNothing) {
         }
     }
     ASSERT_GT(plain.size(), 30000u) << "most plain code points are missing";
-    // A plain code point after these begins a character, although they join the one before them.
+    // Some neighbours join the code point before them. The plain code point after a neighbour
+    // still begins a character.
     const std::vector<std::string> neighbours{"a",  "가",      "각",     "中",
                                               "か", "क\u094D", "\u200D", "👩\u200D",
                                               "🇺",  "e\u0301", "\u093F", "\xFF"};

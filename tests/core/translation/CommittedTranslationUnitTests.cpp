@@ -66,7 +66,7 @@ TEST(CommittedTranslationUnitPlannerTests, GroupsPendingRowsUntilTheUnitIsComple
         {{"Hello", " "}, {}, "", {0, 1}},
         {{" ", "\t"}, {0, 1}, "", {0, 1}},
         {{"He said \"no.\")"}, {0}, "He said \"no.\")", {0}},
-        {{"He said \"no.\" )"}, {}, "", {0}}, // the backward search stops at the blank
+        {{"He said \"no.\" )"}, {}, "", {0}}, // the blank before ")" hides the end of the sentence
         {{"他说「好。」』】）"}, {0}, "他说「好。」』】）", {0}},
         {{"Hello,", "\")"}, {}, "", {0, 1}},
         // Rows of punctuation alone complete no unit; they join the next row.

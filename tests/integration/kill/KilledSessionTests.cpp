@@ -124,8 +124,8 @@ double playedSeconds(const fs::path& audio) {
     return seconds;
 }
 
-/// Checks, before any repair, that a WAV's header lags behind its sound by at most its update
-/// interval and 1 s.
+/// Checks, before any repair, that the header of each WAV counts the sound in the file, except at
+/// most one update interval and one more second.
 void expectPlayable(Program& program) {
     for (const auto& entry : program.catalog.recordings()) {
         if (!entry.filePath.ends_with(".wav"))

@@ -20,7 +20,7 @@ struct Chirp {
     static constexpr double risePerSecond = 300; ///< Hz
     static constexpr double seconds = 8;
     static constexpr double amplitude =
-        0.1414; ///< has playback's common level of -20 dB, so playback keeps it
+        0.1414; ///< -20 dB, the common playback level, so playback applies no gain
 
     static float at(double time) {
         const double turns = time * (lowest + risePerSecond * time / 2);

@@ -90,12 +90,13 @@ class PlaybackTests : public PrivateServerTest {
                << " s too large";
     }
 
-    const std::shared_ptr<int> used = std::make_shared<int>(); ///< by the player and its playback
+    /// The player and its playback hold copies, so that the use count shows when both are gone.
+    const std::shared_ptr<int> used = std::make_shared<int>();
     std::unique_ptr<AudioPlayer> player;
     std::unique_ptr<RecordStream> stream;
     bool isOpening = false;
     std::vector<Moment> moments;
-    int silences = 0; ///< silent moments between audible ones
+    int silences = 0; ///< silent moments after the first audible one
 
   private:
     /// The median over all moments.

@@ -144,8 +144,8 @@ class PulseSoundServerTests : public PrivateServerTest {
         ASSERT_EQ(outcome.failure, "");
         ASSERT_TRUE(eventually([&] { return recording->seconds() > 0.05; }));
     }
-    /// Plays a tone, repeatedly if necessary, until the capture hears it. Its channels are in
-    /// opposite phase, which the server's own mix would cancel.
+    /// Plays a tone, repeatedly if necessary, until the capture hears it. The tone's channels are
+    /// in opposite phase, so the server's own mix would cancel them.
     bool isHeard(double frequency) {
         auto sound = std::make_shared<AudioBuffer>(*tone(frequency, 0.8, {48000, 2}));
         for (std::size_t i = 1; i < sound->samples.size(); i += 2)

@@ -42,7 +42,7 @@ inline double strength(const std::vector<float>& sound, std::size_t from, std::s
     return 2 * std::hypot(real, imaginary) / static_cast<double>(count);
 }
 
-/// The seconds whose tones are heard, once for each hundredth of a second.
+/// For each hundredth of a second of `sound`: the seconds whose tones are heard in it.
 inline std::vector<int> secondsHeard(const std::vector<float>& sound, double sampleRate,
                                      int seconds) {
     std::vector<int> heard;

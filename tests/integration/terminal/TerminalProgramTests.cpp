@@ -187,7 +187,9 @@ TEST_F(TerminalProgramTests, ARecordingThatIsTranscribedAgainOrImportedIsNoWorse
     ASSERT_EQ(listed.size(), 2U) << "unreadable files leave no recording";
     EXPECT_EQ(Json::parse(listed.front())["note"], "two_cities");
     EXPECT_EQ(Json::parse(listed.front())["bilingual"], true);
-    constexpr double oneWord = 0.01; // of about 100; the import reads the original sound file
+    // The text has about 100 words. The import may understand some of them differently, because it
+    // reads the original sound file.
+    constexpr double oneWord = 0.01;
     EXPECT_LE(rateOf(Json::parse(listed.front())["id"]), live + 2 * oneWord);
     const fs::path sounds = folder / "data/Tessarune/Recordings";
     EXPECT_EQ(std::distance(fs::directory_iterator(sounds), {}), 2);
@@ -267,7 +269,8 @@ TEST_F(TerminalProgramTests, ASessionThatWasKilledIsCompletedAtTheNextStartAndRe
     EXPECT_FALSE(fs::exists(run)) << "deleted, because it contains what was said";
 }
 
-/// The pipe is full and has no reader: neither the session nor a signal waits for it.
+/// The output is a full pipe that nobody reads. The session continues nevertheless, and signals
+/// still end the program.
 TEST_F(TerminalProgramTests, AStalledReaderBlocksNothing) {
     const auto stuck = [this](std::vector<std::string> source, const std::string& then) {
         std::vector<std::string> words = {

@@ -109,8 +109,8 @@ class WindowProgram : public ::testing::Test {
         }
         return found;
     }
-    /// Drags a point of the window up and to the left until the window has changed. `distance` is
-    /// that of the point from the window's lower right corner.
+    /// Drags a point of the window up and to the left until the window has changed. The point is
+    /// `distance` pixels to the left of the window's lower right corner and as many above it.
     void drag(int distance, const std::function<bool(const Place&)>& isChanged) {
         EXPECT_TRUE(within(20, [&] {
             const Place now = place();
@@ -131,7 +131,7 @@ class WindowProgram : public ::testing::Test {
     StartedProgram screenReader(std::vector<std::string> arguments) {
         return {TESSARUNE_SCREEN_READER, arguments, folder_.path(), environment_};
     }
-    /// Presses the button once the program has logged the event.
+    /// Waits until the program has logged the event, then presses the button.
     StartedProgram pressAt(const std::string& button, const std::string& event) {
         return screenReader({"press", button, (data_ / "Logs").string(), event});
     }
@@ -298,7 +298,7 @@ TEST_F(WindowProgram, AMissingFileAndAFailingRecordingAreShown) {
         return shown(reader).find(text) != std::string::npos;
     };
     fs::create_directories(data_);
-    auto other = FileLock::tryToTake(data_ / "Tessarune.lock"); // as a program that records
+    auto other = FileLock::tryToTake(data_ / "Tessarune.lock"); // like another program that records
     StartedProgram silent = start({"file:no/such.wav"});
     EXPECT_TRUE(within(20, [&] { return shows("such.wav") && shows("already recording"); }))
         << shown(reader);
@@ -385,8 +385,8 @@ TEST_F(WindowProgram, ADisplayThatGoesAwayCostsNothingThatWasSaid) {
     display_->send(SIGKILL);
     program.wait();
     expectSaved(1);
-    // Another test's display may now have the number of the killed one, but no server chooses this
-    // number by itself.
+    // Another test's display may now have the number of the killed one. No server chooses 60000
+    // without being told.
     environment_.insert(environment_.begin(), "DISPLAY=:60000");
     EXPECT_EQ(start({"show"}).wait().status, 69) << "a start fails without a display";
 }

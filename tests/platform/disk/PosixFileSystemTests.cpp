@@ -29,7 +29,8 @@ int callUnlessInterrupted(long call, int file, int operation) {
 
 } // namespace
 
-// These replace the functions of the C library, to interrupt their calls.
+// These two functions replace those of the C library, so that a test can make their calls fail with
+// EINTR.
 extern "C" int flock(int file, int operation) noexcept {
     return callUnlessInterrupted(SYS_flock, file, operation);
 }
@@ -232,7 +233,7 @@ TEST(DataFolderLockTests, OneProcessAtATimeWritesAFolder) {
         char byte = std::holds_alternative<DataFolderLock>(lock) ? 'y' : 'n';
         (void)!::write(toParent[1], &byte, 1);
         (void)!::read(toChild[0], &byte, 1);
-        ::_exit(0); // no destructor runs, as when it is killed
+        ::_exit(0); // no destructor runs, as in a killed process
     }
     char byte = 0;
     ASSERT_EQ(::read(toParent[0], &byte, 1), 1);

@@ -1,4 +1,4 @@
-// The adapter's behaviour over a scripted engine, in virtual time.
+// Tests the live recogniser with a scripted engine, in simulated time.
 
 #include "Tessarune/platform/disk/PosixFileSystem.h"
 #include "Tessarune/platform/speech-engine/SpeechEngineFactory.h"
@@ -208,7 +208,7 @@ TEST_F(SpeechAnalyzerTest, SlowComputerUpdatesLessOftenAndKeepsUp) {
             const auto& [at, heard] = engine_.passes[i];
             EXPECT_GE(at - engine_.passes[i - 1].at, std::max(0.2, 2 * cost) - 1e-6);
             EXPECT_LE(at - engine_.passes[i - 1].at, std::max(0.2, 2 * cost) + 2 * batch);
-            // All sound so far, except for a batch or two in transit.
+            // At most two batches in transit and the sound of one pass are missing.
             EXPECT_GE(heard, at - startedAt_ - 2 * batch - cost);
         }
         run(analyzer_->cancelAndFinishNow());
@@ -231,7 +231,7 @@ TEST_F(SpeechAnalyzerTest, AComputerThatIsMuchTooSlowSkipsSoundInsteadOfFallingB
     startUp({.longestBacklog = 4});
     hearUntil(1.2);
     EXPECT_TRUE(texts(true).empty());
-    engine_.passCost = 6; // after a pass, the recogniser rests as long
+    engine_.passCost = 6; // seconds; the recogniser waits as long after each pass
     hearUntil(59);
     EXPECT_GT(engine_.passes.back().heard, 45) << "it continues with the newest sound";
     EXPECT_LT(texts(true).size(), 25u);
@@ -374,7 +374,7 @@ TEST_F(SpeechAnalyzerTest, AbortEndsTheResultsAtOnce) {
 TEST_F(SpeechAnalyzerTest, FailuresAreReportedWhereTheyHappen) {
     struct Case {
         const char* call;
-        const char* prepare; // this and the next two: the failure in that step; empty: none
+        const char* prepare; // `prepare`, `start`, `results`: the failure of this step; empty: none
         const char* start;
         const char* results;
     };

@@ -71,7 +71,7 @@ TEST(TranscriptReaderTest, WordsWaitUntilTwoPassesAgreeIfTheNextPassIsSoon) {
         {"It was the best of times.", {"~It was the best of"}},
         {"And you can see", {}}, // a single pass withdraws nothing
         {"It was the best of all", {}},
-        {"It was a best of all times", {"~It was the best of all"}}, // later words do not wait
+        {"It was a best of all times", {"~It was the best of all"}}, // "a" does not delay "all"
         {"It was a best of", {"~It was a best of all"}},
         {"It was a best of, ore", {"~It was a best of, all"}}, // the newest punctuation
         {"It was a best of ore", {"~It was a best of ore"}},
@@ -119,7 +119,7 @@ TEST(TranscriptReaderTest, WordsBeforeManyOthersAreFixedAndHesitationsDelayNothi
     } steps[] = {
         {"um so one two three four five six seven", {}},
         {"um so one two three four five six seven", {"~um so one two three four five six seven"}},
-        {"um so one two three four five six seven", {}}, // two are fixed
+        {"um so one two three four five six seven", {}}, // two words are fixed
         {"um sew won two three four uh five six heaven", {}},
         {"so won two three four uh five six heaven", {"~um so won two three four five six heaven"}},
         {"So, won two three four uh five six heaven",
@@ -203,10 +203,10 @@ TEST(TranscriptReaderTest, RunsJoinedAreTheTextAndCarryTimes) {
         std::vector<SpeechRun> runs;
     };
     const std::vector<Case> cases{
-        // The engine's times. Its parts of a word are merged and get the lowest confidence.
+        // The engine's times. The parts of a word are merged and get their lowest confidence.
         {"In short,", timed, {{"In", 10.5, 10.75, 0.5}, {" short,", 11.0, 11.5, 0.25}}},
-        // Without words, or with those of another text, the line's span (12 to 14) is divided among
-        // the words by their length.
+        // If the engine gives no words, or the words of another text, the line's span (12 to 14) is
+        // divided among the words of the text by their length.
         {"In short,", {}, {{"In", 12.0, 12.5, {}}, {" short,", 12.5, 14.0, {}}}},
         {"In short,", other, {{"In", 12.0, 12.5, {}}, {" short,", 12.5, 14.0, {}}}},
         {" In  short,, ", {}, {{"In", 12.0, 12.5, {}}, {" short,", 12.5, 14.0, {}}}},

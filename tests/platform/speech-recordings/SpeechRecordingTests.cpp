@@ -151,7 +151,7 @@ void expectTimesInOrder(const LiveRun& live, double seconds) {
         for (const SpeechRun& run : result.runs) {
             ASSERT_TRUE(run.audioStart && run.audioEnd) << run.text;
             EXPECT_LE(before, *run.audioStart) << result.text();
-            // They are equal if the previous line reaches beyond the word.
+            // Start and end are equal if the previous line reaches beyond the word.
             EXPECT_LE(*run.audioStart, *run.audioEnd);
             EXPECT_LE(*run.audioEnd, seconds + 0.1);
             before = *run.audioStart;
@@ -194,7 +194,7 @@ TEST_P(SpeechRecordingLiveTest, LiveAndFileModeAreAsAccurateAsTheWholeRecordingA
 
 // In virtual time a pass costs nothing, so the short recording gets as many passes as on a very
 // fast computer. The long one gets as many as on a slow computer, and the engine's stream is
-// recreated after every other line.
+// recreated after every two lines.
 INSTANTIATE_TEST_SUITE_P(
     Recordings, SpeechRecordingLiveTest,
     ::testing::Values(LiveCase{"beckett", {}},

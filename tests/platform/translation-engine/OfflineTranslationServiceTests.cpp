@@ -271,7 +271,8 @@ std::ptrdiff_t threads() {
     return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
 }
 
-/// Waits, because the engine of a destroyed session ends on its own thread.
+/// Waits until at most `count` threads are left. The engine of a destroyed session ends on its own
+/// thread, so that thread may still exist.
 void waitForThreads(std::ptrdiff_t count) {
     while (threads() > count)
         std::this_thread::yield();

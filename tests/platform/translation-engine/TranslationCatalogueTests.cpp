@@ -43,7 +43,7 @@ TEST(TranslationCatalogueTest, TakesTheBestEditionAsAWhole) {
     unchecked[0].erase("decompressedHash");
     struct Case {
         std::vector<Json> records;
-        std::string expected; ///< the files' content, without their role
+        std::string expected; ///< the content of each file, without the role at its end
     };
     for (const auto& [records, expected] :
          {Case{edition("3.0"), "3.0base"},

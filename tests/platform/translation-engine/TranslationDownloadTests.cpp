@@ -162,7 +162,7 @@ TEST_F(TranslationDownloadTest, CatalogueIsFetchedOverABadNetworkOrTheFailureIsR
     struct Case {
         const char* name;
         FaultyServer::Answer answer;
-        const char* failure; ///< part of its text; empty if it must succeed
+        const char* failure; ///< part of the failure's text; empty if the fetch must succeed
     };
     const auto firstly = [&](Reply first) {
         return [first, good](const Request& request) {

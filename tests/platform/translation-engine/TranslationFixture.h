@@ -27,8 +27,8 @@ struct Outcome {
     std::optional<TranslationError> kind;
 };
 
-/// The real engine in real time, with its own model store and one server in place of all others.
-/// The unpacked English to Portuguese model counts as one that came with the program.
+/// The real engine in real time, with a model store of its own. All downloads come from `server`.
+/// The store treats the unpacked English to Portuguese model as part of the program.
 class TranslationFixture : public ::testing::Test {
   protected:
     explicit TranslationFixture(std::vector<std::filesystem::path> shipped = {TESSARUNE_MODELS},

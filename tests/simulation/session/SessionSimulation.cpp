@@ -12,7 +12,7 @@ namespace {
 
 using Trigger = LiveSessionControlTrigger;
 
-/// The spoken words of a text, misheard or not, by the part that both forms share.
+/// For each spoken word of a text, the part that the word shares with its misheard form.
 std::set<std::string> wordsOf(const std::string& text) {
     std::set<std::string> words;
     for (const auto word : Text::splitOnWhiteSpace(text)) {

@@ -14,7 +14,7 @@ using Answer = testing::ScriptedTranslationService::Answer;
 using Strings = std::vector<std::string>;
 
 constexpr double neverSeconds = 1000;
-/// A hanging engine call is abandoned after this time, together with its session.
+/// A hanging engine call is abandoned after this time, together with its `TranslationSession`.
 constexpr double givenUpSeconds = 20;
 constexpr double loadGivenUpSeconds = 30;
 /// A low sample rate suffices here.

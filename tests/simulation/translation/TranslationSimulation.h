@@ -15,8 +15,8 @@ namespace tessarune::simulation {
 ///
 /// Checked: no row shows a translation into another language than the chosen one, no row gets a
 /// second translation, and each row ends translated or the user learns why not. Captions and
-/// recording equal those of the session without translation, and the stop takes only as much longer
-/// as it may wait for translations.
+/// recording equal those of the session without translation. The stop takes longer by at most the
+/// time for which it may wait for translations.
 class TranslationSimulation {
   public:
     explicit TranslationSimulation(std::uint64_t seed);

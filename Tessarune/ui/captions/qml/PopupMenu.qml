@@ -48,10 +48,10 @@ Item {
                 cacheBuffer: 10000
             }
 
-            // The pointer and the keys change the same current entry. The handler is outside the
-            // list: inside, the position of a resting pointer would change with each scroll. Qt
-            // reports a resting pointer after each scroll; such a report must not change the
-            // current entry.
+            // The pointer and the keys change the same current entry. Qt reports a resting pointer
+            // after each scroll; such a report must not change the current entry. The handler is
+            // outside the list, because in the list each scroll would change the position of a
+            // resting pointer.
             HoverHandler {
                 property point last: Qt.point(-1, -1)
 

@@ -3,8 +3,8 @@ import QtQuick.Templates as T
 import Tessarune
 import "qrc:/controls"
 
-// The files that wait, are being imported or have failed, each with a button that cancels its import
-// or removes it.
+// The files that wait, are being imported or have failed. Each has a button that cancels the import
+// or, after a failure, removes the row.
 ListView {
     id: root
 
