@@ -1,6 +1,7 @@
 #include "Tessarune/platform/media/AtempoConverter.h"
 #include "Tessarune/platform/media/FFmpegMediaFile.h"
 #include "Tessarune/platform/media/M4ATranscoder.h"
+#include "Tessarune/platform/media/StatedEnd.h"
 #include "Tessarune/platform/media/SwresampleConverter.h"
 #include "TessaruneCore/text/Localization.h"
 #include "tests/support/FileContents.h"
@@ -91,7 +92,7 @@ TEST_F(MediaFileTests, ATruncatedFileIsReadToItsEndAndReportedAsDamaged) {
     const struct {
         std::uint32_t claimed; ///< bytes of sound in the header; the file has 32000
         bool isCut;            ///< whether the file is reported as damaged
-    } cases[] = {{320000, true}, {32800, false}, {0x7FFFF000, false}, {0xFFFFFFFF, false}};
+    } cases[] = {{320000, true}, {32800, false}, {0x7FFFF000, false}, {0xFFFFFFDB, false}};
     const auto pipe = folder / "pipe";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     const std::stop_source never;
@@ -120,6 +121,32 @@ TEST_F(MediaFileTests, ATruncatedFileIsReadToItsEndAndReportedAsDamaged) {
     EXPECT_NE(file->read(), nullptr);
     std::filesystem::resize_file(emptied, 0);
     EXPECT_THROW(readAll(*file), MediaFileError);
+}
+
+TEST(StatedEndTests, EachFormatStatesTheEndOfItsSoundUnlessItIsUnknown) {
+    using namespace std::string_literals;
+    const std::string id3 = "ID3\4\0\0\0\0\1\x2"s + std::string(130, ' ') + "\xFF\xFB  ";
+    const struct {
+        std::string head;
+        std::optional<std::uint64_t> end;
+    } cases[] = {
+        {"RIFF\0\0\0\0WAVEJUNK\0\0\0\0data\0\1\0\0"s, 284},
+        {"RIFF\0\1\0\0AVI LIST"s, 264},
+        {"RF64\xFF\xFF\xFF\xFFWAVEds64\x18\0\0\0--------\0\0\0\0\1\0\0\0data\xFF\xFF\xFF\xFF"s,
+         (1ULL << 32) + 44},
+        {"riff----data------------\x19\1\0\0\0\0\0\0"s, 289},
+        {"riff----data------------\xFF\xFF\xFF\xFF\xFF\xFF\xFF\x7F"s, std::nullopt},
+        {"FORM----AIFFSSND\0\0\1\x8--------"s, 284},
+        {"FORM----AIFFSSND\x7F\0\0\x8--------"s, std::nullopt}, // as SoX writes to a pipe
+        {"caff----data\0\0\0\0\0\0\1\x4----"s, 280},
+        {"\x1A\x45\xDF\xA3\x82--\x18\x53\x80\x67\x41\0"s, 269},
+        {"\x1A\x45\xDF\xA3\x82--\x18\x53\x80\x67\x7F\xFF"s, std::nullopt},
+        {id3 + "Xing\0\0\0\3----\0\0\1\0"s, 396},
+        {id3 + "Info\0\0\0\1----"s, std::nullopt},
+        {id3, std::nullopt},
+    };
+    for (const auto& [head, end] : cases)
+        EXPECT_EQ(statedEnd(head), end) << head;
 }
 
 TEST_F(MediaFileTests, APipeIsWaitedForUntilTheWaitIsStopped) {
@@ -158,6 +185,8 @@ TEST_F(MediaFileTests, AFileThatCannotBePlayedIsReportedWithReasonAndPath) {
          {Kind::notMedia, Kind::noAudioTrack, Kind::damaged, Kind::unsupported}},
         {write("text.txt", "These are words.\n"), {Kind::notMedia, Kind::noAudioTrack}},
         {write("text.mp3", "These are words.\n"), {Kind::notMedia}},
+        {write("head.wav", wavBytes({}, 16000, 1, 32000)), {Kind::damaged}},
+        {write("short.wav", wavBytes({}, 16000, 1, 32000).substr(0, 40)), {Kind::damaged}},
         {write("rate.wav", wavBytes(tone(0.1, 16000), -16000)),
          {Kind::unsupported, Kind::notMedia, Kind::damaged}},
     };

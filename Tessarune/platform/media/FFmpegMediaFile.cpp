@@ -1,6 +1,5 @@
 #include "Tessarune/platform/media/FFmpegMediaFile.h"
 
-#include "Tessarune/audio/WAVHeader.h"
 #include "Tessarune/platform/media/FFmpegSupport.h"
 #include "Tessarune/platform/media/FileInput.h"
 #include "TessaruneCore/text/Localization.h"
@@ -29,25 +28,10 @@ constexpr int maximumFailuresInARow = 200;
 /// share of the stated length. Encoders round the length by less.
 constexpr double minimumMissingSeconds = 1;
 constexpr double minimumMissingShare = 0.02;
-/// The containers whose header states the length of the sound. FFmpeg derives the length of others
-/// from their contents.
-constexpr std::string_view lengthStatingFormats[] = {"flac", "mp3", "mov,mp4,m4a,3gp,3g2,mj2"};
-
-/// The length in seconds that the header of a WAV states; `nullopt` if it states none. FFmpeg would
-/// derive the length of a WAV from the data that is present, even if the end is missing.
-std::optional<double> lengthFromWAVHeader(std::string_view beginning) {
-    const auto header = WAVHeader::decoded(beginning);
-    if (!header || header->bytesPerSecond() == 0)
-        return std::nullopt;
-    // Programs that write to a pipe do not know the length, and state one of these.
-    constexpr std::uint64_t unknownSize = 0xFFFFFFFF;
-    constexpr std::uint64_t endlessFrom = 0x7FFF0000;
-    constexpr std::uint64_t endlessTo = 0x80000000;
-    const std::uint64_t stated = header->dataSize;
-    if (stated >= unknownSize || (stated >= endlessFrom && stated <= endlessTo))
-        return std::nullopt;
-    return static_cast<double>(header->dataSize) / static_cast<double>(header->bytesPerSecond());
-}
+/// Other containers whose header states the length of the sound than `statedEnd` knows. FFmpeg
+/// derives the length of all others from their contents.
+constexpr std::string_view lengthStatingFormats[] = {"au",  "flac", "mov,mp4,m4a,3gp,3g2,mj2",
+                                                     "mp3", "tta",  "wv"};
 
 /// Decoding starts this long before the target of a seek, for decoders that depend on earlier
 /// sound.
@@ -164,7 +148,7 @@ class FFmpegMediaFile final : public MediaFile {
                 failReading(result);
             if (!hasDecodedAny_ && ready_.empty() && failuresInARow_ > 0)
                 fail(Kind::damaged, path_, localized("its sound cannot be decoded"));
-            isCutOff_ = hasDecodedAny_ && endsEarly();
+            isCutOff_ = endsEarly();
             return;
         }
         const bool ours = packet_->stream_index == stream_;
@@ -183,8 +167,6 @@ class FFmpegMediaFile final : public MediaFile {
     /// The length that the file states; `nullopt` if it states none. FFmpeg finds the length that
     /// an MP3 states only if it can seek.
     std::optional<double> statedLength() const {
-        if (input_->iformat->name == std::string_view("wav"))
-            return lengthFromWAVHeader(input_.beginning());
         const bool statesLength = std::ranges::find(lengthStatingFormats, input_->iformat->name) !=
                                   std::end(lengthStatingFormats);
         if (!statesLength || input_->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE)
@@ -193,10 +175,12 @@ class FFmpegMediaFile final : public MediaFile {
     }
 
     bool endsEarly() const {
-        if (!statedSeconds_)
-            return false;
-        const double missing = *statedSeconds_ - decodedThrough_;
-        return missing > std::max(minimumMissingSeconds, minimumMissingShare * *statedSeconds_);
+        const double timesTooShort = input_.timesTooShort();
+        if (!hasDecodedAny_)
+            return timesTooShort > 1;
+        const double stated = statedSeconds_.value_or(decodedThrough_ * timesTooShort);
+        return stated - decodedThrough_ >
+               std::max(minimumMissingSeconds, minimumMissingShare * stated);
     }
 
     [[noreturn]] void failReading(int error) const {

@@ -1,6 +1,7 @@
 #include "Tessarune/platform/media/FileInput.h"
 
 #include "Tessarune/audio/MediaFile.h"
+#include "Tessarune/platform/media/StatedEnd.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <fcntl.h>
@@ -22,6 +23,8 @@ namespace {
 using Kind = MediaFileError::Kind;
 
 constexpr std::size_t bufferBytes = 65536;
+/// A WAV may have large chunks before its sound.
+constexpr std::size_t maximumHeadBytes = 1 << 20;
 
 } // namespace
 
@@ -76,6 +79,12 @@ void FileInput::openContainer(const std::filesystem::path& path) {
         fail(Kind::cancelled, path, errorText(opened));
     // EINVAL comes from formats that are selected by the file's extension alone.
     const bool isRefused = isRegular_ && opened == AVERROR(EINVAL);
+    // FFmpeg refuses a file without any sound, and otherwise stops where the sound begins.
+    keepHead(opened < 0 ? maximumHeadBytes
+                        : static_cast<std::uint64_t>(avio_seek(io_.get(), 0, SEEK_CUR)));
+    const bool isRead = isRegular_ || io_->eof_reached != 0;
+    if (opened < 0 && isRead && timesTooShort() > 1)
+        fail(Kind::damaged, path, localized("the end of the file is missing"));
     if (opened == AVERROR_INVALIDDATA || opened == AVERROR_EOF || isRefused)
         fail(Kind::notMedia, path, localized("is not a sound file of a known format"));
     if (opened < 0)
@@ -105,13 +114,30 @@ bool FileInput::waitForData() const {
     return files[1].revents == 0;
 }
 
-std::string FileInput::beginning() const {
-    if (!isRegular_)
-        return beginning_;
-    std::string bytes(bufferBytes, '\0');
-    const ssize_t got = pread(file_, bytes.data(), bytes.size(), 0);
-    bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
-    return bytes;
+/// Cuts or reads `head_` to the first `length` bytes.
+void FileInput::keepHead(std::uint64_t length) {
+    const auto known =
+        std::min<std::uint64_t>(length, isRegular_ ? maximumHeadBytes : head_.size());
+    head_.resize(static_cast<std::size_t>(known));
+    if (isRegular_)
+        head_.resize(static_cast<std::size_t>(
+            std::max<ssize_t>(pread(file_, head_.data(), head_.size(), 0), 0)));
+}
+
+std::uint64_t FileInput::size() const {
+    struct stat properties {};
+    if (isRegular_ && fstat(file_, &properties) == 0)
+        return static_cast<std::uint64_t>(properties.st_size);
+    return received_;
+}
+
+double FileInput::timesTooShort() const {
+    const std::uint64_t end = statedEnd(head_).value_or(0);
+    const std::uint64_t begin = head_.size();
+    if (end <= std::max(begin, size()))
+        return 1;
+    const std::uint64_t present = std::max(size(), begin + 1) - begin;
+    return static_cast<double>(end - begin) / static_cast<double>(present);
 }
 
 int FileInput::read(void* self, uint8_t* into, int size) {
@@ -121,9 +147,10 @@ int FileInput::read(void* self, uint8_t* into, int size) {
             return AVERROR_EXIT;
         const ssize_t got = ::read(input.file_, into, static_cast<std::size_t>(size));
         if (got > 0) {
-            if (!input.isRegular_ && input.beginning_.size() < bufferBytes)
-                input.beginning_.append(reinterpret_cast<const char*>(into),
-                                        static_cast<std::size_t>(got));
+            if (!input.isRegular_ && !input.format_ && input.head_.size() < maximumHeadBytes)
+                input.head_.append(reinterpret_cast<const char*>(into),
+                                   static_cast<std::size_t>(got));
+            input.received_ += static_cast<std::uint64_t>(got);
             return static_cast<int>(got);
         }
         if (got == 0)

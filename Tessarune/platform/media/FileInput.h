@@ -2,6 +2,7 @@
 
 #include "Tessarune/platform/media/FFmpegSupport.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -27,8 +28,10 @@ class FileInput {
     AVFormatContext* get() const { return format_.get(); }
     /// False for a pipe.
     bool canSeek() const { return isRegular_; }
-    /// The first bytes, enough for a header.
-    std::string beginning() const;
+    /// How many times longer the sound would be if the end of the file were not missing; 1 if no
+    /// end is missing, or if the header does not tell (`statedEnd`). Reads of a pipe are counted:
+    /// call this at its end.
+    double timesTooShort() const;
 
   private:
     struct IODeleter {
@@ -41,6 +44,8 @@ class FileInput {
     void openFile(const std::filesystem::path& path);
     void openContainer(const std::filesystem::path& path);
     void closeFile();
+    void keepHead(std::uint64_t length);
+    std::uint64_t size() const;
     bool waitForData() const;
     static int read(void* self, uint8_t* into, int size);
     static int64_t seek(void* self, int64_t offset, int whence);
@@ -50,7 +55,8 @@ class FileInput {
     int stopSignal_ = -1; ///< becomes readable on a stop request; only for pipes
     std::optional<std::stop_callback<std::function<void()>>> onStop_;
     std::unique_ptr<AVIOContext, IODeleter> io_;
-    std::string beginning_; ///< of a pipe, which can be read only once
+    std::uint64_t received_ = 0; ///< bytes from a pipe
+    std::string head_;           ///< the bytes before the sound
     Input format_;
 };
 
