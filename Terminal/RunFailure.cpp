@@ -1,5 +1,6 @@
 #include "Terminal/RunFailure.h"
 
+#include "Tessarune/audio/AudioConverter.h"
 #include "Tessarune/audio/MediaFile.h"
 #include "Tessarune/audio/RecognitionPermissionGate.h"
 #include "Tessarune/audio/SoundServer.h"
@@ -21,6 +22,8 @@ RunFailure RunFailure::ofStart(const std::exception_ptr& failure) {
     try {
         std::rethrow_exception(failure);
     } catch (const MediaFileError& error) {
+        return {ExitStatus::unreadableFile, error.what()};
+    } catch (const AudioConversionError& error) {
         return {ExitStatus::unreadableFile, error.what()};
     } catch (const SoundServerError& error) {
         return {ExitStatus::noSoundServer, error.what()};

@@ -25,7 +25,7 @@ struct HistoryRefinementOutcome {
     enum class Failure {
         none,
         nothingUnderstood, ///< the recogniser found no text
-        sound,             ///< the file is missing, damaged or incomplete
+        sound,             ///< the file is missing, damaged or incomplete, or cannot be converted
         recogniser, ///< it cannot be loaded, takes no files, or failed; also any other failure
         disk        ///< a text could not be read or saved, or the data folder was not available
     };

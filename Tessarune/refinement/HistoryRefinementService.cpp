@@ -304,6 +304,8 @@ Task<void> HistoryRefinementService::run(JobPtr job) {
         outcome.status = Outcome::Status::cancelled;
     } catch (const MediaFileError& error) {
         fail(Outcome::Failure::sound, error);
+    } catch (const AudioConversionError& error) {
+        fail(Outcome::Failure::sound, error);
     } catch (const HistoryRefinementPersistenceError& error) {
         fail(Outcome::Failure::disk, error);
     } catch (const DataFolderUnavailable& error) {

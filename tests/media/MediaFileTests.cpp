@@ -377,16 +377,16 @@ TEST(AtempoConverterTests, ChangesTheLengthButNotThePitch) {
 }
 
 TEST(SwresampleConverterTests, KeepsTheToneAndTheLengthOfMixedChannelsOfAnyPhase) {
-    for (const float right : {1.0F, -1.0F}) {
-        const auto converter = makeSwresampleConverter({48000, 2}, {16000, 1});
+    for (const auto& [channels, right] : {std::pair{2, 1.0F}, {2, -1.0F}, {10, 1.0F}}) {
+        const auto converter = makeSwresampleConverter({48000, channels}, {16000, 1});
         std::vector<float> converted;
         const auto take = [&](const AudioBuffer& buffer) {
             EXPECT_EQ(buffer.format, (AudioFormat{16000, 1}));
             converted.insert(converted.end(), buffer.samples.begin(), buffer.samples.end());
         };
-        const auto samples = tone(2, 48000, 500, 2);
+        const auto samples = tone(2, 48000, 500, channels);
         for (std::size_t at = 0; at < samples.size(); at += 960) {
-            AudioBuffer buffer{{48000, 2}, {}};
+            AudioBuffer buffer{{48000, channels}, {}};
             for (std::size_t i = at; i < at + 960; ++i)
                 buffer.samples.push_back((i % 2 == 0 ? 1 : right) * static_cast<float>(samples[i]) /
                                          32768.0f);

@@ -139,6 +139,8 @@ TEST(HistoryRefinementTests, AFailureLeavesTheFormerTranscriptUnchanged) {
          }},
         {"the file is damaged in the middle", Status::failed, [](auto& r) { r.damagedAt = 40; }},
         {"the file cannot be read", Status::failed, [](auto& r) { r.damagedAt = 0; }},
+        {"the sound cannot be converted", Status::failed,
+         [](auto& r) { r.onBlock = [] { throw AudioConversionError("out of range"); }; }},
         {"the file is shorter than the recording", Status::failed,
          [](auto& r) { r.setDuration(65); }},
         {"a former sentence begins after the end of the file", Status::failed,

@@ -259,13 +259,17 @@ class FFmpegMediaFile final : public MediaFile {
                           frame.ch_layout.nb_channels == inputChannels_;
         if (same)
             return;
-        AVChannelLayout to{};
-        av_channel_layout_default(&to, format_.channels);
         AVChannelLayout from{};
         if (frame.ch_layout.order == AV_CHANNEL_ORDER_UNSPEC)
             av_channel_layout_default(&from, frame.ch_layout.nb_channels);
         else
             av_channel_layout_copy(&from, &frame.ch_layout);
+        // The same number of channels keeps its arrangement: the default one may be unknown.
+        AVChannelLayout to{};
+        if (from.nb_channels == format_.channels)
+            av_channel_layout_copy(&to, &from);
+        else
+            av_channel_layout_default(&to, format_.channels);
         SwrContext* raw = nullptr;
         int result = swr_alloc_set_opts2(
             &raw, &to, AV_SAMPLE_FMT_FLT, static_cast<int>(format_.sampleRate), &from,

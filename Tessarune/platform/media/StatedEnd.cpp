@@ -75,8 +75,8 @@ std::optional<std::uint64_t> endOfChunk(std::string_view head, const SoundChunk&
 
 /// A number of variable length, as EBML has it: the zeros at its beginning are its length.
 std::uint64_t widthAt(std::string_view bytes, std::uint64_t at) {
-    return 1 + static_cast<std::uint64_t>(
-                   std::countl_zero(static_cast<unsigned char>(number(bytes, at, 1, Order::bigEndian))));
+    return 1 + static_cast<std::uint64_t>(std::countl_zero(
+                   static_cast<unsigned char>(number(bytes, at, 1, Order::bigEndian))));
 }
 
 std::uint64_t sizeAt(std::string_view bytes, std::uint64_t at) {
@@ -87,8 +87,7 @@ std::uint64_t sizeAt(std::string_view bytes, std::uint64_t at) {
 /// Matroska and WebM: the end of the segment, which contains everything after a short header.
 std::optional<std::uint64_t> endOfSegment(std::string_view head) {
     constexpr std::uint64_t tagLength = 4;
-    const std::uint64_t segment =
-        tagLength + widthAt(head, tagLength) + sizeAt(head, tagLength);
+    const std::uint64_t segment = tagLength + widthAt(head, tagLength) + sizeAt(head, tagLength);
     if (!head.starts_with("\x1A\x45\xDF\xA3") || !reads(head, segment, "\x18\x53\x80\x67"))
         return std::nullopt;
     const std::uint64_t at = segment + tagLength;

@@ -13,6 +13,15 @@ namespace {
 
 using namespace ffmpeg;
 
+/// The mean of all channels.
+std::vector<float> meanOf(const AudioBuffer& input) {
+    std::vector<float> mono(input.frames());
+    const auto channels = static_cast<std::size_t>(input.format.channels);
+    for (std::size_t i = 0; i < input.samples.size(); ++i)
+        mono[i / channels] += input.samples[i] / static_cast<float>(channels);
+    return mono;
+}
+
 class SwresampleConverter final : public AudioConverter {
   public:
     SwresampleConverter(AudioFormat from, AudioFormat to) : to_(to) {
@@ -22,7 +31,11 @@ class SwresampleConverter final : public AudioConverter {
             mix_.emplace();
         AVChannelLayout in{};
         AVChannelLayout out{};
-        av_channel_layout_default(&in, mix_ ? 1 : from.channels);
+        av_channel_layout_default(&in, from.channels);
+        // The library does not mix channels without a known arrangement, such as 10 or 18.
+        isMixed_ = mix_ || (in.order == AV_CHANNEL_ORDER_UNSPEC && to.channels != from.channels);
+        if (isMixed_)
+            av_channel_layout_default(&in, 1);
         av_channel_layout_default(&out, to.channels);
         SwrContext* raw = nullptr;
         int result =
@@ -43,10 +56,10 @@ class SwresampleConverter final : public AudioConverter {
 
     AudioBuffer convert(const AudioBuffer& input) override {
         std::vector<float> mono;
-        if (mix_)
-            mono = mix_->mixed(input);
+        if (isMixed_)
+            mono = mix_ ? mix_->mixed(input) : meanOf(input);
         const auto* in =
-            reinterpret_cast<const uint8_t*>(mix_ ? mono.data() : input.samples.data());
+            reinterpret_cast<const uint8_t*>(isMixed_ ? mono.data() : input.samples.data());
         return run(&in, static_cast<int>(input.frames()));
     }
 
@@ -72,6 +85,7 @@ class SwresampleConverter final : public AudioConverter {
 
     AudioFormat to_;
     std::optional<StereoMix> mix_;
+    bool isMixed_ = false; ///< to one channel, before the conversion
     Resampler context_;
 };
 
