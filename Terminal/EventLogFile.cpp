@@ -83,8 +83,12 @@ void EventLogFile::close() {
     if (!writer_)
         return;
     writer_->close();
-    if (writer_->hasLostLines())
-        fail(localized("part of it was lost"));
+    if (!writer_->hasLostLines())
+        return;
+    const std::string lost = localized("part of it was lost");
+    const int error = writer_->writeError();
+    const bool isReasonKnown = error != 0 && error != EAGAIN; // EAGAIN: the reader stopped reading
+    fail(isReasonKnown ? localized("%@: %@", {lost, systemMessage(error)}) : lost);
 }
 
 } // namespace tessarune

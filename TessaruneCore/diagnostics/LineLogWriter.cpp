@@ -82,6 +82,7 @@ void LineLogWriter::writeAll(std::string_view bytes) {
             continue;
         if (written <= 0) {
             hasLostLines_ = true;
+            writeError_ = written < 0 ? errno : 0;
             return;
         }
         bytes.remove_prefix(static_cast<std::size_t>(written));

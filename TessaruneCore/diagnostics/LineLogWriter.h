@@ -52,6 +52,8 @@ class LineLogWriter {
     /// Whether a line was lost because too many were queued, or because its encoding or writing
     /// failed. Call after `close`.
     bool hasLostLines() const { return hasLostLines_; }
+    /// The `errno` of the last failed write; 0 if no write has failed.
+    int writeError() const { return writeError_; }
 
   private:
     LineLogWriter(std::shared_ptr<SerialQueue> queue, int file);
@@ -66,6 +68,7 @@ class LineLogWriter {
     std::atomic<std::size_t> queued_ = 0;
     std::atomic<bool> isClosing_ = false;
     std::atomic<bool> hasLostLines_ = false;
+    std::atomic<int> writeError_ = 0;
 };
 
 } // namespace tessarune

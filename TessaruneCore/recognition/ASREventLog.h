@@ -27,6 +27,7 @@ class Writer {
     void close() { lines_->close(); }
     /// As in `LineLogWriter`. Call after `close`.
     bool hasLostLines() const { return lines_->hasLostLines(); }
+    int writeError() const { return lines_->writeError(); }
 
   private:
     Writer(Host& host, std::unique_ptr<LineLogWriter> lines);

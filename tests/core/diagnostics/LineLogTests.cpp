@@ -29,6 +29,7 @@ TEST(LineLogWriterTests, AFullDiskLosesLinesAndReportsTheLoss) {
     writer->append(line("lost"));
     writer->close();
     EXPECT_TRUE(writer->hasLostLines());
+    EXPECT_EQ(writer->writeError(), ENOSPC);
 }
 
 TEST(LineLogWriterTests, ALineThatWasCutShortDoesNotRunIntoTheNext) {
