@@ -39,7 +39,11 @@ void SessionNews::observeStatus() {
             return;
         }
         const std::string text = status.text();
-        const bool isNews = std::exchange(lastStatus_, text) != text;
+        // The next caption clears the status. The message of the translation returns with each
+        // change of the settings, but is not repeated.
+        const bool isOfTranslation = status.kind == SessionStatus::Kind::translation;
+        std::string& last = isOfTranslation ? lastTranslationStatus_ : lastStatus_;
+        const bool isNews = std::exchange(last, text) != text;
         if (isNews && !text.empty() && reportsStatus())
             handlers_.say(text);
     });

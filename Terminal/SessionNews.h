@@ -46,7 +46,8 @@ class SessionNews {
     std::string target_;
     const bool isRecorded_;
     const Handlers handlers_;
-    std::string lastStatus_;
+    std::string lastStatus_; ///< other than of the translation
+    std::string lastTranslationStatus_;
     bool failedToCompress_ = false;
     std::optional<int> lastProgress_;
     std::set<std::string> reportedTranslationStatus_; ///< texts, with the numbers in them removed
