@@ -17,6 +17,7 @@
 #include "Tessarune/platform/wordnet/WordNetLexicon.h"
 #include "Tessarune/shell/StringTables.h"
 #include "Tessarune/translation/AppleTranslator.h"
+#include "Tessarune/vocabulary/VocabularyStore.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/text/Localization.h"
 
@@ -193,9 +194,12 @@ Application::Preparation Application::prepareToRecord() {
 }
 
 RecordingRepair::Report Application::prepare() {
-    for (const auto& folder :
-         {paths.appSupportBase(), paths.logs(), TessarunePaths::settingsFile().parent_path()})
-        PosixFileSystem::removeUnfinished(folder);
+    for (const auto& file :
+         {paths.appSupportBase() / VocabularyStore::fileName, TessarunePaths::settingsFile()})
+        PosixFileSystem::removeUnfinished(file.parent_path(), [&](std::string_view name) {
+            return name == file.filename().string();
+        });
+    PosixFileSystem::removeUnfinished(paths.logs(), TessaruneFileLogger::isLogFile);
     RecordingRepair repair(files, catalog, logger);
     // Nothing is pruned unless this program holds the data folder: a run that another program is
     // still writing may look like the oldest one.

@@ -150,7 +150,7 @@ std::filesystem::path RecordingCatalog::asidePath() const {
                     DateText::formatted(host_.wallClock(), "yyyyMMdd-HHmmss", "en_US_POSIX");
 }
 
-bool RecordingCatalog::isAside(const std::string& name) const {
+bool RecordingCatalog::isAside(std::string_view name) const {
     return name.starts_with(paths_.recordingIndex().filename().string() + std::string(asideMark));
 }
 

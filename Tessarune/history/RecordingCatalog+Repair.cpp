@@ -159,8 +159,9 @@ std::set<UUID> RecordingCatalog::relistForgotten(const RecordingIndex& listed) {
 }
 
 /// Removes the files whose names begin with a UUID that is not in `known`. If `notBefore` is above
-/// 0, keeps files that were last changed before that time. Returns the number of orphans, including
-/// those that could not be removed; the next launch tries to remove these again.
+/// 0, keeps files that were last changed before that time. Never removes a folder. Returns the
+/// number of orphans, including those that could not be removed; the next launch tries to remove
+/// these again.
 std::size_t RecordingCatalog::removeOrphans(const std::filesystem::path& folder,
                                             const std::set<UUID>& known, double notBefore) {
     std::size_t count = 0;
@@ -172,7 +173,13 @@ std::size_t RecordingCatalog::removeOrphans(const std::filesystem::path& folder,
         if (!id || known.contains(*id) ||
             (notBefore > 0 && files_.modifiedAt(folder / name) < notBefore))
             continue;
-        removeQuietly(folder / name);
+        try {
+            if (!files_.removeFile(folder / name))
+                continue;
+        } catch (const std::exception& error) {
+            logger_.event("recording.remove.failed", {{"path", (folder / name).string()},
+                                                      {"error", std::string(error.what())}});
+        }
         ++count;
     }
     return count;

@@ -3,6 +3,7 @@
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/text/Text.h"
 
+#include <algorithm>
 #include <sstream>
 
 namespace tessarune {
@@ -214,19 +215,26 @@ bool RecordingCatalog::setCompressionAttempts(std::size_t attempts, const UUID& 
                     attempts > 0 ? std::optional(std::string(attempts, '.')) : std::nullopt, id);
 }
 
+/// The paths of all sidecars that the recording can have.
+std::vector<std::filesystem::path> RecordingCatalog::sidecars(const UUID& id) const {
+    std::vector<std::filesystem::path> all;
+    for (const auto& path : {transcriptURL(id), bilingualTranscriptURL(id), wordTimelineURL(id)})
+        all.insert(all.end(), {path, replacementOf(path)});
+    all.insert(all.end(),
+               {journalURL(id), transcriptionMarkURL(id), compressionMarkURL(id), entryURL(id)});
+    return all;
+}
+
+bool RecordingCatalog::isSidecar(std::string_view name) const {
+    const auto id = UUID::parse(name.substr(0, name.find('.')));
+    return id && std::ranges::count(sidecars(*id), paths_.transcripts() / name) > 0;
+}
+
 /// Removes all sidecars of the recording. Returns whether they are gone.
 bool RecordingCatalog::removeSidecars(const UUID& id) {
     bool isGone = true;
-    const auto remove = [&](const std::filesystem::path& path) {
+    for (const auto& path : sidecars(id))
         isGone = removeQuietly(path) && isGone;
-    };
-    for (const auto& path : {transcriptURL(id), bilingualTranscriptURL(id), wordTimelineURL(id)}) {
-        remove(path);
-        remove(replacementOf(path));
-    }
-    for (const auto& path :
-         {journalURL(id), transcriptionMarkURL(id), compressionMarkURL(id), entryURL(id)})
-        remove(path);
     return isGone;
 }
 

@@ -58,6 +58,8 @@ class RecordingCatalog {
     RecordingCatalog& operator=(const RecordingCatalog&) = delete;
 
     const TessarunePaths& paths() const { return paths_; }
+    /// Whether an unreadable index is kept aside under this name.
+    bool isAside(std::string_view name) const;
 
     /// Creates the folders for audio and diagnostics. Throws std::system_error if the folder for
     /// audio cannot be created.
@@ -162,6 +164,8 @@ class RecordingCatalog {
     std::filesystem::path entryURL(const UUID& id) const;
     /// The suffix of a refined transcript or timeline that has not yet replaced the former one.
     static constexpr std::string_view replacementSuffix = ".refined";
+    /// Whether the name is one that a sidecar of a recording can have.
+    bool isSidecar(std::string_view name) const;
     static std::filesystem::path replacementOf(const std::filesystem::path& sidecar);
 
     /// Posts `recordingTranscriptDidUpdate`. For a session that has saved its transcripts one by
@@ -217,12 +221,12 @@ class RecordingCatalog {
     std::filesystem::path keepAside(const std::string& bytes);
     std::filesystem::path moveAside();
     std::filesystem::path asidePath() const;
-    bool isAside(const std::string& name) const;
     std::vector<std::string> entriesBesideTranscripts(const std::set<UUID>& known = {});
     RecordingIndex forgotten(const RecordingIndex& listed);
     std::set<UUID> relistForgotten(const RecordingIndex& listed);
 
     void removeOwned(const RecordingMetadata& recording, Runs runs);
+    std::vector<std::filesystem::path> sidecars(const UUID& id) const;
     bool removeSidecars(const UUID& id);
     bool removeQuietly(const std::filesystem::path& path);
     void removeRun(const std::filesystem::path& run);

@@ -4,6 +4,7 @@
 #include "Tessarune/audio/WAVHeader.h"
 #include "Tessarune/history/HistoryWordTimeline.h"
 #include "Tessarune/history/SessionJournalContent.h"
+#include "Tessarune/shell/UnfinishedWrite.h"
 #include "TessaruneCore/text/Text.h"
 #include "TessaruneCore/translation/SessionTranscriptBuilder.h"
 
@@ -31,17 +32,26 @@ std::uint64_t soundBytes(const WAVHeader& header, std::uint64_t size) {
     return bytes - bytes % (std::uint64_t{header.channels} * 2);
 }
 
-/// Whether the name is one that `writeAtomically`, the M4A writer or an import gives to an
-/// unfinished file.
-bool isUnfinishedFile(std::string_view name) {
-    if (name.ends_with(".part"))
-        return true;
-    constexpr std::string_view mark = ".new-";
-    const std::size_t at = name.rfind(mark);
-    if (at == std::string_view::npos)
-        return false;
-    const std::string_view number = name.substr(at + mark.size());
-    return !number.empty() && number.find_first_not_of("0123456789") == std::string_view::npos;
+/// Whether the recorder gives this name, "<day>-<time>" or "<day>-<time>-<number>", to a recording.
+bool isNameOfSession(std::string_view name) {
+    constexpr std::string_view form = "00000000-000000";
+    std::string digits(name.substr(0, form.size()));
+    std::ranges::replace_if(
+        digits, [](char c) { return c >= '0' && c <= '9'; }, '0');
+    const std::string_view rest = name.substr(digits.size());
+    return digits == form &&
+           (rest.empty() || (rest.size() > 1 && rest.front() == '-' &&
+                             rest.find_first_not_of("0123456789", 1) == std::string_view::npos));
+}
+
+/// Whether the name is one that the M4A writer or an import gives to an unfinished file.
+bool isUnfinishedSound(const std::string& name) {
+    const std::filesystem::path part(name);
+    const std::filesystem::path sound = part.stem(); // the name of the finished file
+    const auto import = UUID::parse(sound.stem().string());
+    return part.extension() == ".part" && sound.has_extension() &&
+           ((sound.extension() == ".m4a" && isNameOfSession(sound.stem().string())) ||
+            (import && import->text() == sound.stem()));
 }
 
 bool hasTranslation(const SessionJournalContent& journal) {
@@ -220,18 +230,25 @@ bool RecordingRepair::writeTranscripts(const UUID& id, const SessionJournalConte
     return isWritten;
 }
 
-/// Removes the remains of a process that ended while it wrote a file. In the folder of the index,
-/// only unfinished files of the index are removed, because only the program that holds the data
-/// folder writes the index. Another program may be writing any other file there.
+/// Removes the remains of a process that ended while it wrote a file that only the program that
+/// holds the data folder writes. The user may keep other files in the same folders, so only
+/// ordinary files with exactly the names that the program gives are removed.
 void RecordingRepair::removeUnfinishedFiles() {
     const auto& paths = catalog_.paths();
-    const std::string index = paths.recordingIndex().filename().string();
+    const auto isUnfinishedFile = [&](const auto& folder, const std::string& name) {
+        if (folder == paths.recordings())
+            return isUnfinishedSound(name);
+        const auto write = UnfinishedWrite::parse(name);
+        if (!write || folder == paths.transcripts())
+            return write && catalog_.isSidecar(write->name);
+        return write->name == paths.recordingIndex().filename().string() ||
+               catalog_.isAside(write->name);
+    };
     for (const auto& folder : {paths.appSupportBase(), paths.recordings(), paths.transcripts()}) {
         try {
             for (const auto& name : files_.list(folder)) {
-                const bool isOurs = folder != paths.appSupportBase() || name.starts_with(index);
-                if (isOurs && isUnfinishedFile(name))
-                    files_.remove(folder / name);
+                if (isUnfinishedFile(folder, name))
+                    files_.removeFile(folder / name);
             }
         } catch (const std::exception& error) {
             logger_.important("recording.repair.failed",
@@ -276,8 +293,9 @@ void RecordingRepair::completeReplacements() {
     const auto& folder = catalog_.paths().transcripts();
     try {
         std::vector<std::string> names = files_.list(folder);
-        std::erase_if(names, [](const std::string& name) {
-            return !name.ends_with(RecordingCatalog::replacementSuffix);
+        std::erase_if(names, [&](const std::string& name) {
+            return !name.ends_with(RecordingCatalog::replacementSuffix) ||
+                   !catalog_.isSidecar(name);
         });
         const auto textOf = [&](const std::string& name) {
             const auto text = std::filesystem::path(name.substr(0, name.find('.')) + ".txt");
@@ -294,8 +312,8 @@ void RecordingRepair::completeReplacements() {
                 continue;
             }
             if (isMoved)
-                files_.remove(sidecar);
-            files_.remove(folder / name);
+                files_.removeFile(sidecar);
+            files_.removeFile(folder / name);
         }
     } catch (const std::exception& error) {
         logger_.important("recording.repair.failed",

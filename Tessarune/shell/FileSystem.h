@@ -67,6 +67,8 @@ class FileSystem {
     virtual bool makeDirectory(const Path& path) = 0;
     /// Removes a file, or a folder with its content. False if there was none.
     virtual bool remove(const Path& path) = 0;
+    /// Removes an ordinary file. False for anything else: a folder, a link, no file at all.
+    virtual bool removeFile(const Path& path) = 0;
     /// Moves within one disk, replacing `to`. The move survives a loss of power.
     virtual void rename(const Path& from, const Path& to) = 0;
 

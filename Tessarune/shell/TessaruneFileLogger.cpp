@@ -36,10 +36,6 @@ std::string fileName(const std::string& day) {
     return std::string(namePrefix) + day + std::string(nameSuffix);
 }
 
-bool isLogFile(const std::string& name) {
-    return name.starts_with(namePrefix) && name.ends_with(nameSuffix);
-}
-
 void put(Json& object, const std::string& name, const LogValue& value) {
     if (const auto* number = std::get_if<double>(&value); number && !std::isfinite(*number))
         return;
@@ -47,6 +43,10 @@ void put(Json& object, const std::string& name, const LogValue& value) {
 }
 
 } // namespace
+
+bool TessaruneFileLogger::isLogFile(std::string_view name) {
+    return name.starts_with(namePrefix) && name.ends_with(nameSuffix);
+}
 
 class TessaruneFileLogger::Writer {
   public:
@@ -78,7 +78,7 @@ class TessaruneFileLogger::Writer {
         try {
             for (const auto& name : files_.list(folder_)) {
                 if (isLogFile(name) && name < oldestKept)
-                    files_.remove(folder_ / name);
+                    files_.removeFile(folder_ / name);
             }
         } catch (const std::exception& error) {
             const std::string text = error.what();

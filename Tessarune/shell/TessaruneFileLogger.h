@@ -9,6 +9,7 @@
 #include <set>
 #include <source_location>
 #include <string>
+#include <string_view>
 
 namespace tessarune {
 
@@ -30,6 +31,9 @@ class TessaruneFileLogger {
     ~TessaruneFileLogger();
     TessaruneFileLogger(const TessaruneFileLogger&) = delete;
     TessaruneFileLogger& operator=(const TessaruneFileLogger&) = delete;
+
+    /// Whether a log has this name.
+    static bool isLogFile(std::string_view name);
 
     /// Calls `pruneOldLogs` and writes the event "app.bootstrap" with `fields`.
     void bootstrap(LogFields fields);

@@ -53,7 +53,7 @@ bool readWords(const JSON::Value& object, const char* key, VocabularyWords& word
 
 VocabularyStore::VocabularyStore(FileSystem& files, const TessarunePaths& paths)
     : files_(files),
-      fileURL_(paths.appSupportBase() / "Vocabulary.json"),
+      fileURL_(paths.appSupportBase() / fileName),
       legacyFavoritesURL_(paths.appSupportBase() / "HistoryWordFavorites.json"),
       coreWords_(loadCoreWords()) {
     load();

@@ -21,6 +21,8 @@ namespace tessarune {
 /// read from the older file "HistoryWordFavorites.json".
 class VocabularyStore {
   public:
+    static constexpr std::string_view fileName = "Vocabulary.json";
+
     /// Loads the file. `files` must outlive this.
     VocabularyStore(FileSystem& files, const TessarunePaths& paths);
 

@@ -348,8 +348,21 @@ TEST_F(RecordingCatalogTests, KilledAnywhereAllTranscriptsAreReplacedOrNone) {
     catalog.saveTranscript("old", id);
     catalog.saveBilingualTranscript("old", id);
     catalog.saveWordTimeline(timeline({{"a", 0, 1, {}, "k"}}), id);
-    disk.setContents("/data/recordings.json.new-1000001", "cut off");
-    disk.setContents("/data/Vocabulary.json.new-1000001", "another program writes it");
+    const std::string text = "Transcripts/" + id.text() + ".txt.new-";
+    const std::vector<std::string> unfinished{"recordings.json.new-1000001", text + "1000001",
+                                              "Recordings/20200101-000000-2.m4a.part",
+                                              "Recordings/" + id.text() + ".mp3.part"};
+    const std::vector<std::string> others{"Vocabulary.json.new-1000001",
+                                          text + "2000001/folder",
+                                          text + "77",
+                                          "Transcripts/a/b",
+                                          "Transcripts/a.refined",
+                                          "Recordings/a.m4a.part",
+                                          "Recordings/a.txt.new-1000001"};
+    for (const auto& names : {unfinished, others}) {
+        for (const auto& name : names)
+            disk.setContents("/data/" + name, "");
+    }
     const simulation::FaultyFileSystem before(disk);
     bool isKilled = true;
     for (std::uint64_t n = 1; isKilled; ++n) {
@@ -361,11 +374,13 @@ TEST_F(RecordingCatalogTests, KilledAnywhereAllTranscriptsAreReplacedOrNone) {
         RecordingRepair(disk, catalog, logger).runAtLaunch();
         const bool isNew = disk.contentsOf(catalog.transcriptURL(id)) == "new";
         EXPECT_TRUE(isNew || outcome == Outcome::failed);
-        EXPECT_EQ(disk.list(paths.transcripts()).size(), isNew ? 2U : 4U)
+        EXPECT_EQ(disk.list(paths.transcripts()).size(), isNew ? 6U : 8U)
             << "operation " << n; // new: entry and text; old: also translation and word times
     }
-    EXPECT_FALSE(disk.has("/data/recordings.json.new-1000001"));
-    EXPECT_TRUE(disk.has("/data/Vocabulary.json.new-1000001"));
+    for (const auto& name : unfinished)
+        EXPECT_FALSE(disk.has("/data/" + name)) << name;
+    for (const auto& name : others)
+        EXPECT_TRUE(disk.has("/data/" + name)) << name;
 }
 
 TEST_F(RecordingCatalogTests, LaunchRepairsCorrectTheIndexAndRemoveOrphans) {

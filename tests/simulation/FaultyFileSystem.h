@@ -149,6 +149,7 @@ class FaultyFileSystem final : public FileSystem {
                    return entry.first == path || isBelow(entry.first, path);
                }) > 0;
     }
+    bool removeFile(const Path& path) override { return !isFolder(path) && remove(path); }
     void rename(const Path& from, const Path& to) override {
         const std::exception_ptr failed = beginReplacement("rename", from);
         file(from);

@@ -2,6 +2,7 @@
 
 #include "Tessarune/platform/disk/DiskFailure.h"
 #include "Tessarune/platform/disk/Uninterrupted.h"
+#include "Tessarune/shell/UnfinishedWrite.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <fcntl.h>
@@ -9,12 +10,9 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <cerrno>
-#include <charconv>
 #include <csignal>
-#include <cstdio>
 #include <system_error>
 #include <utility>
 
@@ -190,34 +188,12 @@ void synchronizeFolderOf(const fs::path& path) {
     Descriptor(folder, O_RDONLY | O_DIRECTORY).synchronize();
 }
 
-constexpr char temporaryMark[] = ".new-";
-constexpr std::size_t temporaryMarkSize = sizeof temporaryMark - 1;
-
 /// A path with a name that only this write uses, in the same folder, so that the rename stays on
 /// one disk.
 fs::path temporaryPath(const fs::path& path) {
     static std::atomic<unsigned> writes = 0;
-    std::array<char, 32> suffix{};
-    std::snprintf(suffix.data(), suffix.size(), "%s%d%06u", temporaryMark,
-                  static_cast<int>(::getpid()), ++writes % 1'000'000);
     fs::path temporary = path;
-    temporary += suffix.data();
-    return temporary;
-}
-
-/// Whether `temporaryPath` made the name in a process that has ended.
-bool isAbandoned(const std::string& name) {
-    constexpr std::size_t serialDigits = 6;
-    const std::size_t mark = name.rfind(temporaryMark);
-    if (mark == std::string::npos || name.size() < mark + temporaryMarkSize + serialDigits)
-        return false;
-    const char* const end = name.data() + name.size() - serialDigits;
-    pid_t process = 0;
-    const auto read = std::from_chars(name.data() + mark + temporaryMarkSize, end, process);
-    const bool isNumber = read.ptr == end && std::all_of(end, end + serialDigits, [](char digit) {
-                              return digit >= '0' && digit <= '9';
-                          });
-    return isNumber && process > 0 && ::kill(process, 0) != 0 && errno == ESRCH;
+    return temporary += UnfinishedWrite::suffix(static_cast<int>(::getpid()), ++writes % 1'000'000);
 }
 
 } // namespace
@@ -299,6 +275,15 @@ bool PosixFileSystem::remove(const Path& path) {
     return removed > 0;
 }
 
+bool PosixFileSystem::removeFile(const Path& path) {
+    std::error_code error;
+    if (!fs::is_regular_file(fs::symlink_status(path, error)))
+        return false;
+    if (::unlink(path.c_str()) != 0)
+        failToWrite(localizationKey("cannot remove %@"), path);
+    return true;
+}
+
 void PosixFileSystem::rename(const Path& from, const Path& to) {
     if (::rename(from.c_str(), to.c_str()) != 0)
         failToWrite(localizationKey("cannot replace %@"), to);
@@ -357,10 +342,16 @@ std::uint64_t PosixFileSystem::freeSpace(const Path& path) {
     return space.available;
 }
 
-void PosixFileSystem::removeUnfinished(const Path& folder) {
+void PosixFileSystem::removeUnfinished(const Path& folder,
+                                       const std::function<bool(std::string_view)>& isOurs) {
     std::error_code error;
     for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
-        if (isAbandoned(at->path().filename().string()))
+        const std::string name = at->path().filename().string();
+        const auto write = UnfinishedWrite::parse(name);
+        const bool isAbandoned =
+            write && isOurs(write->name) && ::kill(write->process, 0) != 0 && errno == ESRCH;
+        std::error_code ignored;
+        if (isAbandoned && fs::is_regular_file(at->symlink_status(ignored)))
             ::unlink(at->path().c_str());
     }
 }

@@ -2,6 +2,8 @@
 
 #include "Tessarune/shell/FileSystem.h"
 
+#include <functional>
+
 namespace tessarune {
 
 /// The computer's own disk. Reads and writes with POSIX calls, so that every error code and every
@@ -17,6 +19,7 @@ class PosixFileSystem : public FileSystem {
     void createDirectories(const Path& path) override;
     bool makeDirectory(const Path& path) override;
     bool remove(const Path& path) override;
+    bool removeFile(const Path& path) override;
     void rename(const Path& from, const Path& to) override;
     bool exists(const Path& path) override;
     bool isDirectory(const Path& path) override;
@@ -25,9 +28,11 @@ class PosixFileSystem : public FileSystem {
     std::vector<std::string> list(const Path& folder) override;
     std::uint64_t freeSpace(const Path& path) override;
 
-    /// Removes what `writeAtomically` left in the folder if its process was killed. Leaves what it
-    /// cannot read or remove, because such files only take room.
-    static void removeUnfinished(const Path& folder);
+    /// Removes what `writeAtomically` left in the folder if its process was killed while it
+    /// replaced a file whose name is `isOurs`. Leaves what it cannot read or remove, because such
+    /// files only take room.
+    static void removeUnfinished(const Path& folder,
+                                 const std::function<bool(std::string_view)>& isOurs);
 };
 
 } // namespace tessarune

@@ -166,10 +166,11 @@ TEST(PosixFileSystemTests, RemovesWhatAKilledProcessLeftUnfinished) {
     PosixFileSystem disk;
     const std::string left = "a.json.new-" + std::to_string(killed) + "000001";
     const std::string running = "a.json.new-" + std::to_string(::getpid()) + "000001";
-    for (const std::string& name : {left, running, std::string("a.new-1"), left + "x"})
+    for (const std::string& name : {left, running, "b" + left, left + "x"})
         disk.create(folder.path() / name);
-    PosixFileSystem::removeUnfinished(folder.path());
-    std::vector<std::string> expected{"a.new-1", running, left + "x"};
+    PosixFileSystem::removeUnfinished(folder.path(),
+                                      [](std::string_view name) { return name == "a.json"; });
+    std::vector<std::string> expected{"b" + left, running, left + "x"};
     std::ranges::sort(expected);
     EXPECT_EQ(disk.list(folder.path()), expected);
 }
