@@ -102,15 +102,16 @@ std::size_t RecordingCatalog::reconcileIndex() {
 
 void RecordingCatalog::cleanupOrphanTranscripts() {
     const LoadedIndex loaded = loadIndex();
-    // If the index may be incomplete, no transcript may be removed as an orphan.
-    if (loaded.state != IndexState::good || loaded.index.hasNamelessElements())
+    if (loaded.state != IndexState::good)
         return;
     try {
+        const auto known = relistForgotten(loaded.index);
+        // If the index may still be incomplete, no transcript may be removed as an orphan.
         const auto names = files_.list(paths_.appSupportBase());
-        if (std::any_of(names.begin(), names.end(),
+        if (loaded.index.hasNamelessElements() ||
+            std::any_of(names.begin(), names.end(),
                         [&](const std::string& name) { return isAside(name); }))
             return;
-        const auto known = relistForgotten(loaded.index);
         const std::size_t count = removeOrphans(paths_.transcripts(), known, 0);
         if (count > 0) {
             TessaruneLog::storage.notice([&] {

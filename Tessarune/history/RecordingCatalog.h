@@ -195,7 +195,7 @@ class RecordingCatalog {
     /// mounted. Returns how many.
     std::size_t reconcileIndex();
     /// Adds finished recordings that an outdated or damaged index lacks. Then removes sidecars of
-    /// unknown recordings, and the sound of imports that a crash kept out of the index. Does
+    /// unknown recordings, and the sound of imports that a crash kept out of the index. Removes
     /// nothing while the index may be incomplete or an unreadable one is kept aside: the files may
     /// belong to recordings that are missing from the index.
     void cleanupOrphanTranscripts();

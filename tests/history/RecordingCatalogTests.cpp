@@ -436,7 +436,8 @@ TEST_F(RecordingCatalogTests, LaunchRepairsCorrectTheIndexAndRemoveOrphans) {
     EXPECT_TRUE(disk.has(catalog.transcriptURL(spoken)));
     EXPECT_EQ(disk.list(paths.recordings()).size(), 4U); // without the partial import
 
-    // An index with a damaged entry.
+    // An index with a damaged entry, beside one that was kept aside earlier.
+    disk.setContents("/data/recordings.json.unreadable-20250101-000000", "x");
     const std::string good = disk.contentsOf("/data/recordings.json");
     setIndex(std::regex_replace(good, std::regex(R"("[^"]*spoken.wav")"), "5"));
     EXPECT_NE(catalog.readingProblem(), "");
