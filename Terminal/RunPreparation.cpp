@@ -60,9 +60,9 @@ bool RunPreparation::prepareToRecord(Application& application, const CaptionsCom
     if (holder)
         throw RunFailure(
             ExitStatus::dataInUse,
-            localized("%@ (process %lld) is using the recordings. Try again in a few seconds; if "
+            localized("%@ is using the recordings. Try again in a few seconds; if "
                       "it is recording, add --no-record to get captions without a recording.",
-                      {holder->program, std::to_string(holder->processID)}));
+                      {holder->text()}));
     if (!failure.empty()) {
         application.recording.recordNothing();
         output.say(localized("Nothing can be recorded: %@", {failure}));

@@ -74,10 +74,9 @@ std::optional<ExitStatus> lockDataFolder(Program& program) {
         const auto holder = program.recording.takeDataFolder();
         if (!holder)
             return std::nullopt;
-        printProblem(
-            localized("%@ (process %lld) is using the recordings. Try again in a few seconds; if "
-                      "it is recording, make the change there, or end it first.",
-                      {holder->program, std::to_string(holder->processID)}));
+        printProblem(localized("%@ is using the recordings. Try again in a few seconds; if "
+                               "it is recording, make the change there, or end it first.",
+                               {holder->text()}));
         return ExitStatus::dataInUse;
     } catch (const std::system_error& error) {
         printProblem(error.what());

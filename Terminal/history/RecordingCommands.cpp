@@ -17,7 +17,8 @@ namespace tessarune {
 namespace {
 
 std::string runningText(int recorder) {
-    return localized("(running, process %lld)", {std::to_string(recorder)});
+    return recorder == 0 ? localized("(running)")
+                         : localized("(running, process %lld)", {std::to_string(recorder)});
 }
 
 /// Reads the sidecars of recordings and remembers whether one was unreadable.

@@ -112,8 +112,8 @@ DataFolderLease Application::leaseDataFolder() {
         if (const auto* hold = std::get_if<DataFolderHold>(&held))
             return {*hold, {}};
         const auto& holder = std::get<DataFolderLock::Holder>(held);
-        return {nullptr, localized("%@（进程 %lld）正在使用这些录音。请稍后再试，或在那里修改。",
-                                   {holder.program, std::to_string(holder.processID)})};
+        return {nullptr,
+                localized("%@正在使用这些录音。请稍后再试，或在那里修改。", {holder.text()})};
     } catch (const std::system_error& error) {
         return {nullptr, error.what()};
     }

@@ -1,16 +1,19 @@
 #include "Tessarune/platform/disk/DataFolderLock.h"
 
 #include "Tessarune/platform/disk/PosixFileSystem.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <unistd.h>
 
+#include <chrono>
 #include <fstream>
+#include <thread>
 
 namespace tessarune {
 
 namespace {
 
-DataFolderLock::Holder holderOf(const std::filesystem::path& file) {
+DataFolderLock::Holder readNote(const std::filesystem::path& file) {
     DataFolderLock::Holder holder;
     std::ifstream note(file);
     note >> holder.processID >> std::ws;
@@ -18,7 +21,24 @@ DataFolderLock::Holder holderOf(const std::filesystem::path& file) {
     return holder;
 }
 
+/// Waits a moment for the note of a holder that has just taken the lock.
+DataFolderLock::Holder holderOf(const std::filesystem::path& file) {
+    constexpr auto pause = std::chrono::milliseconds(5);
+    constexpr int looks = 20;
+    DataFolderLock::Holder holder = readNote(file);
+    for (int i = 1; i < looks && holder.processID == 0; ++i) {
+        std::this_thread::sleep_for(pause);
+        holder = readNote(file);
+    }
+    return holder;
+}
+
 } // namespace
+
+std::string DataFolderLock::Holder::text() const {
+    return processID == 0 ? localized("Another program")
+                          : localized("%@ (process %lld)", {program, std::to_string(processID)});
+}
 
 std::variant<DataFolderLock, DataFolderLock::Holder>
 DataFolderLock::take(const TessarunePaths& paths, std::string_view program) {

@@ -17,12 +17,14 @@ namespace tessarune {
 class DataFolderLock {
   public:
     /// The process that holds the lock, as noted in the lock file. A new holder writes this note
-    /// a moment after it has taken the lock; until then, these are the values of the previous
-    /// holder, if there was one.
+    /// a moment after it has taken the lock; until then, these may be the values of the previous
+    /// holder.
     struct Holder {
-        int processID = 0;   ///< 0 if the file is empty or cannot be read
+        int processID = 0;   ///< 0 if the file stays empty for 0.1 s or cannot be read
         std::string program; ///< the program's name, as passed to `take`
 
+        /// For a message to the user, at the beginning of a sentence.
+        std::string text() const;
         bool operator==(const Holder&) const = default;
     };
 

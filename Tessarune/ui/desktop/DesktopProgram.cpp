@@ -14,8 +14,7 @@ namespace {
 
 std::string obstacleText(const RecordingGate::Obstacle& obstacle) {
     if (obstacle.holder)
-        return localized("%@（进程 %lld）正在录音，因此这里的字幕不会保存。",
-                         {obstacle.holder->program, std::to_string(obstacle.holder->processID)});
+        return localized("%@正在录音，因此这里的字幕不会保存。", {obstacle.holder->text()});
     if (!obstacle.failure.empty())
         return localized("Nothing can be recorded: %@", {obstacle.failure});
     return obstacle.doubt;

@@ -243,6 +243,10 @@ TEST(DataFolderLockTests, OneProcessAtATimeWritesAFolder) {
     ASSERT_TRUE(std::holds_alternative<DataFolderLock::Holder>(refused));
     EXPECT_EQ(DataFolderLock::holder(paths), std::get<DataFolderLock::Holder>(refused));
     EXPECT_EQ(std::get<DataFolderLock::Holder>(refused), (DataFolderLock::Holder{child, "first"}));
+    EXPECT_EQ(DataFolderLock::holder(paths)->text(),
+              "first (process " + std::to_string(child) + ")");
+    std::filesystem::resize_file(paths.lock(), 0);
+    EXPECT_EQ(DataFolderLock::holder(paths)->text(), "Another program");
     ASSERT_EQ(::write(toChild[1], &byte, 1), 1);
     ::waitpid(child, nullptr, 0);
     EXPECT_FALSE(DataFolderLock::holder(paths));
