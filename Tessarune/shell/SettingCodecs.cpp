@@ -137,7 +137,12 @@ SettingCodec<std::int64_t> modifiersCodec() {
     };
     codec.parse = [parse = codec.parse](std::string_view text) {
         const auto mask = parse(text);
-        return mask ? std::optional(AppSettings::normalizeShortcutModifiers(*mask)) : std::nullopt;
+        return mask && AppSettings::normalizeShortcutModifiers(*mask) == *mask ? mask
+                                                                               : std::nullopt;
+    };
+    codec.expected = [] {
+        return localized("0, or one or a sum of 131072 (Shift), 262144 (Meta), 524288 (Alt) and "
+                         "1048576 (Ctrl)");
     };
     return codec;
 }

@@ -27,7 +27,8 @@ SettingCodec<bool> recordingCodec();
 SettingCodec<DiagnosticsLevel> levelCodec();
 SettingCodec<AppleAnalyzerDiagnosticsMode> analyzerModeCodec();
 SettingCodec<SubtitleLayoutMode> layoutCodec();
-/// A modifier mask; bits that a shortcut cannot use are dropped.
+/// A modifier mask. Of a stored mask, bits that a shortcut cannot use are dropped; a user may not
+/// type them.
 SettingCodec<std::int64_t> modifiersCodec();
 /// For a stored number that is not one of the choices, see `AudioInactivityMinutes::counted`.
 SettingCodec<std::int64_t> inactivityCodec();

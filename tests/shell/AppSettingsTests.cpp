@@ -67,6 +67,8 @@ TEST_F(AppSettingsTests, TextIsRefusedOrAcceptedAndStored) {
         {"bgColorHex", "#0a0B0c", true, "#0A0B0C"},
         {"bgColorHex", "#-12345", false, "#0A0B0C"},
         {"bgOpacity", "101", false, "100"},
+        {"shortcutClearModifiers", "1e9", false, "1048576"},
+        {"shortcutClearModifiers", "1703936", true, "1703936"},
         {"audioInactivityAutoStopMinutes", "30", false, "10"},
         {"audioInactivityAutoStopMinutes", "0", true, "0"},
         {"diagnosticsLevel", "trace", true, "trace"},
