@@ -14,7 +14,7 @@ enum class ExitStatus : int {
     noSoundServer = 69,
     internal = 70,
     cannotWrite = 73,
-    ioError = 74,   ///< output was lost, or the recordings cannot be read
+    ioError = 74,   ///< output was lost, or recordings or settings cannot be read
     dataInUse = 75, ///< another Tessarune has the same data folder
     notAllowed = 77,
     noModel = 78,

@@ -71,9 +71,21 @@ struct Dispatch {
     }
 };
 
+/// Says that the settings cannot be read, unless the command itself does.
+void reportUnreadableSettings(const Program& program, const TerminalOptions& options) {
+    const auto* captions = std::get_if<CaptionsCommand>(&options.command);
+    const bool isReported = (captions && captions->records) ||
+                            std::holds_alternative<ShowSettingsCommand>(options.command) ||
+                            std::holds_alternative<SetCommand>(options.command);
+    if (const std::string& problem = program.storedDefaults.problem();
+        !problem.empty() && !isReported)
+        printProblem(localized("The settings cannot be read: %@.", {problem}));
+}
+
 } // namespace
 
 int run(Program& program, const TerminalOptions& options) {
+    reportUnreadableSettings(program, options);
     Task<int> task = std::visit(Dispatch{program, options}, options.command);
     spawn(Executor::main(program.host), runThenQuit(program, std::move(task)));
     return program.loop.run();

@@ -75,9 +75,11 @@ Task<int> showSettings(Program& program, const TerminalOptions& options) {
             printText("");
     }
     // If the file is unreadable, the values above are the defaults.
-    if (const std::string problem = program.storedDefaults.problem(); !problem.empty())
-        printProblem(localized("The settings cannot be read: %@.", {problem}));
-    co_return static_cast<int>(ExitStatus::ok);
+    const std::string problem = program.storedDefaults.problem();
+    if (problem.empty())
+        co_return static_cast<int>(ExitStatus::ok);
+    printProblem(localized("The settings cannot be read: %@.", {problem}));
+    co_return static_cast<int>(ExitStatus::ioError);
 }
 
 Task<int> changeSettings(Program& program, SetCommand command) {

@@ -82,7 +82,8 @@ void JSONUserDefaults::load() {
     } catch (const std::exception& error) {
         isFileUnreadable_ = true;
         problem_ = error.what();
-        TessaruneLog::storage.fault(
+        // Not a fault: the program tells the user in its own words.
+        TessaruneLog::storage.notice(
             [&] { return "Tessarune settings not understood: " + problem_; });
     }
 }

@@ -384,6 +384,8 @@ TEST_F(TerminalProgramTests, WithUnreadableSettingsNothingIsRecordedAndTheProgra
     EXPECT_NE(live.output, "");
     EXPECT_NE(live.error.find("--set recordWhileCaptioning="), std::string::npos) << live.error;
     EXPECT_FALSE(fs::exists(folder / "data/Tessarune/recordings.json"));
+    EXPECT_EQ(live.error.find("not understood"), std::string::npos) << "English in every locale";
+    EXPECT_EQ(terminal({"--settings"}).status, 74);
     EXPECT_EQ(terminal({"--set", "bgOpacity=50"}).status, 0);
     EXPECT_TRUE(fs::exists(folder / "config/Tessarune/settings.json.unreadable"));
     EXPECT_EQ(terminal(captions).error, "") << "the new settings file switches recording off";
