@@ -11,6 +11,7 @@
 #include <sys/stat.h>
 
 #include <fstream>
+#include <regex>
 #include <thread>
 
 namespace tessarune {
@@ -89,6 +90,14 @@ TEST_F(UserDefaultsTests, AFileThatIsNotUnderstoodIsNeverOverwritten) {
         EXPECT_EQ(stored()["c"], true);
         EXPECT_EQ(other.problem(), "");
     }
+    // A number beyond all bounds makes only its own key unreadable.
+    const std::string huge = R"({"a": -1e400, "b": ["\"1e400", 2.5e999], "c": 5})";
+    write(huge);
+    JSONUserDefaults other(files, file);
+    EXPECT_TRUE(other.isUnreadable("a"));
+    other.set("c", std::int64_t{6});
+    EXPECT_EQ(std::regex_replace(files.read(file), std::regex(R"(\s+)"), ""),
+              R"({"a":-1e400,"b":["\"1e400",2.5e999],"c":6})");
     // A link may lead to a device or a pipe, which must not be moved.
     const auto pipe = folder / "pipe";
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);

@@ -5,6 +5,8 @@
 #include "TessaruneCore/text/JSON.h"
 #include "TessaruneCore/text/Localization.h"
 
+#include <algorithm>
+#include <charconv>
 #include <system_error>
 #include <utility>
 
@@ -30,6 +32,55 @@ std::filesystem::path linkedFile(const std::filesystem::path& file) {
     const bool isSpecial =
         std::filesystem::exists(target, error) && !std::filesystem::is_regular_file(target, error);
     return isSpecial ? file : target;
+}
+
+/// The beginning of a text that stands for a number beyond the range of a double; the number as it
+/// is written in the file follows. No JSON reader of the program can hold such a number, and it
+/// must neither make the other settings unreadable nor be lost.
+constexpr std::string_view numberMark = "\x01number ";
+constexpr std::string_view writtenNumberMark = "\"\\u0001number ";
+
+/// Puts texts with the mark in place of all numbers beyond the range of a double.
+std::string withMarkedNumbers(std::string_view json) {
+    constexpr std::string_view inNumbers = "+-.0123456789Ee";
+    std::string marked;
+    bool isInString = false;
+    for (std::size_t at = 0; at < json.size();) {
+        const char c = json[at];
+        std::size_t length = isInString && c == '\\' ? 2 : 1;
+        bool isTooLarge = false;
+        if (c == '"') {
+            isInString = !isInString;
+        } else if (!isInString && (c == '-' || (c >= '0' && c <= '9'))) {
+            length = std::min(json.find_first_not_of(inNumbers, at), json.size()) - at;
+            const char* const end = json.data() + at + length;
+            double number = 0;
+            const auto read = std::from_chars(json.data() + at, end, number);
+            isTooLarge = read.ec == std::errc::result_out_of_range && read.ptr == end;
+        }
+        const std::string_view token = json.substr(at, length);
+        if (isTooLarge)
+            marked.append(writtenNumberMark).append(token) += '"';
+        else
+            marked += token;
+        at += length;
+    }
+    return marked;
+}
+
+/// Puts the numbers back into a text that the JSON library has written.
+std::string withPlainNumbers(std::string_view json) {
+    std::string plain;
+    for (;;) {
+        const std::size_t mark = json.find(writtenNumberMark);
+        plain += json.substr(0, mark);
+        if (mark == std::string_view::npos)
+            return plain;
+        json.remove_prefix(mark + writtenNumberMark.size());
+        const std::size_t end = json.find('"');
+        plain += json.substr(0, end);
+        json.remove_prefix(end + 1);
+    }
 }
 
 } // namespace
@@ -72,7 +123,10 @@ void JSONUserDefaults::load() {
         return;
     }
     try {
-        Json parsed = JSON::parse(files_.read(file_));
+        const std::string text = files_.read(file_);
+        Json parsed = JSON::parse(text);
+        if (parsed.is_discarded())
+            parsed = JSON::parse(withMarkedNumbers(text));
         if (!parsed.is_object())
             throw std::runtime_error(
                 localized("%@ does not contain a JSON object", {file_.string()}));
@@ -94,8 +148,9 @@ void JSONUserDefaults::store() {
     try {
         if (file_.has_parent_path())
             files_.createDirectories(file_.parent_path());
-        files_.writeAtomically(
-            file_, content_->object.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+        files_.writeAtomically(file_, withPlainNumbers(content_->object.dump(
+                                          2, ' ', false, Json::error_handler_t::replace)) +
+                                          "\n");
         problem_.clear();
     } catch (const std::exception& error) {
         problem_ = error.what();
@@ -126,9 +181,11 @@ std::optional<SettingValue> JSONUserDefaults::value(std::string_view key) const 
         return found->get<std::int64_t>();
     if (found->is_number())
         return found->get<double>();
-    if (found->is_string())
-        return found->get<std::string>();
-    return std::nullopt;
+    if (!found->is_string())
+        return std::nullopt;
+    std::string text = found->get<std::string>();
+    return text.starts_with(numberMark) ? std::nullopt
+                                        : std::optional<SettingValue>(std::move(text));
 }
 
 bool JSONUserDefaults::isUnreadable(std::string_view key) const {

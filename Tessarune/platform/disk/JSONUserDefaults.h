@@ -13,7 +13,8 @@ namespace tessarune {
 /// it. Main queue.
 ///
 /// A change first locks the file's folder and reads the file again, so that a change by the other
-/// front end is not lost. It keeps all other keys and values, even unknown ones. An unreadable file
+/// front end is not lost. It keeps all other keys and values, even unknown ones and numbers that no
+/// setting can have. An unreadable file
 /// is never overwritten: until it is readable or removed, settings are kept in memory only, and
 /// `problem` says why.
 class JSONUserDefaults final : public UserDefaults {
