@@ -302,6 +302,14 @@ TEST_F(SettingsWindowTests, AScreenReaderOperatesTheControls) {
     const std::int64_t opacity = *settings.settings.bgOpacity;
     act("背景不透明度", QAccessibleActionInterface::decreaseAction());
     EXPECT_TRUE(runUntil([&] { return *settings.settings.bgOpacity < opacity; }));
+    act("标记颜色", QAccessibleActionInterface::pressAction());
+    const auto isTextField = [&] {
+        return window().activeFocusItem()->property("acceptableInput").isValid();
+    };
+    ASSERT_TRUE(runUntil(isTextField));
+    const QQuickItem& field = *window().activeFocusItem();
+    EXPECT_GT(field.width(), field.property("contentWidth").toDouble());
+    EXPECT_LT(field.mapRectToScene(field.boundingRect()).right(), window().width());
 }
 
 } // namespace

@@ -55,6 +55,9 @@ T.Button {
 
         x: root.width - width
         y: root.height + 4
+        // A popup without a style has no size of its own.
+        width: presets.implicitWidth + leftPadding + rightPadding
+        height: contentItem.implicitHeight + topPadding + bottomPadding
         margins: 8
         padding: Math.round(Theme.body * 0.8)
         focus: true
@@ -72,6 +75,8 @@ T.Button {
             spacing: Math.round(Theme.body * 0.7)
 
             Grid {
+                id: presets
+
                 columns: 6
                 spacing: Math.round(Theme.body * 0.45)
 
