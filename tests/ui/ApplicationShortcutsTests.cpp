@@ -1,5 +1,6 @@
 #include "Tessarune/ui/captions/ShortcutKeys.h"
 #include "Tessarune/ui/desktop/ApplicationShortcuts.h"
+#include "Tessarune/ui/desktop/KeyRepeats.h"
 #include "tests/ui/StagedCaptions.h"
 #include "tests/ui/WarningsFail.h"
 
@@ -85,6 +86,28 @@ TEST_F(ApplicationShortcutsTests, CopyingCaptionsGivesWayToTextSelectedInTheFocu
     other.focus.setProperty("selectedText", "");
     press(other, Qt::Key_C, Qt::ControlModifier);
     EXPECT_EQ(clipboard.text(), "Said.\n说过。");
+}
+
+TEST_F(ApplicationShortcutsTests, ARepetitionThatQtDidNotRecognisePressesNothing) {
+    const KeyRepeats repeats;
+    QQuickWindow& window = captions.window->window();
+    activate(window);
+    QTest::keyClick(&window, Qt::Key_Tab); // to the start button
+    const auto send = [&](QEvent::Type type, quint64 time) {
+        QKeyEvent event(type, Qt::Key_Return, {}, 36, 0, 0);
+        event.setTimestamp(time);
+        event.ignore();
+        QCoreApplication::sendEvent(&window, &event);
+        return event.isAccepted();
+    };
+    send(QEvent::KeyPress, 1000);
+    send(QEvent::KeyRelease, 1500);
+    EXPECT_TRUE(send(QEvent::ShortcutOverride, 1500)) << "no shortcut gets the key";
+    send(QEvent::KeyPress, 1500);
+    EXPECT_EQ(captions.asked, Asked{"toggle"});
+    send(QEvent::KeyRelease, 1540);
+    send(QEvent::KeyPress, 1541);
+    EXPECT_EQ(captions.asked, (Asked{"toggle", "toggle"})) << "pressed again";
 }
 
 } // namespace

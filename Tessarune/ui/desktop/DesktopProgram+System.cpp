@@ -17,6 +17,7 @@ void DesktopProgram::watchSystem() {
                          [this] { DesktopLook::setReducesMotion(*motion_.isReduced); });
     watchRecordings();
     shortcuts_.emplace(window_->commands());
+    keyRepeats_.emplace(); // after the shortcuts: the latest event filter is the first
     screenshots_.emplace(ScreenshotService::Environment{
         host_, application_.files, application_.settings, application_.notifications,
         store().view(), [this] { return session_.keepsTexts(); },

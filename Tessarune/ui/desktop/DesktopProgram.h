@@ -22,6 +22,7 @@
 #include "Tessarune/ui/desktop/DesktopTray.h"
 #include "Tessarune/ui/desktop/DesktopWelcome.h"
 #include "Tessarune/ui/desktop/DesktopWindows.h"
+#include "Tessarune/ui/desktop/KeyRepeats.h"
 #include "Tessarune/ui/desktop/ScreenshotService.h"
 #include "Tessarune/ui/desktop/WindowLog.h"
 #include "TessaruneCore/observation/Observations.h"
@@ -110,6 +111,7 @@ class DesktopProgram {
     std::optional<LostDisplay> lostDisplay_;
     std::optional<ScreenshotService> screenshots_;
     std::optional<ApplicationShortcuts> shortcuts_;
+    std::optional<KeyRepeats> keyRepeats_;
     DesktopMotion motion_;
     WindowLog windowLog_;
     std::unique_ptr<CaptionWindow> window_;
