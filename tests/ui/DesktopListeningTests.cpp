@@ -146,7 +146,10 @@ TEST(DesktopNoticesTests, ThreeAreShownAtATimeAndTheOthersFollow) {
     EXPECT_EQ(notices.shown()->text, "5\n4\n3\n" + localized("And %lld more.", {"2"}));
     notices.dismissShown();
     EXPECT_EQ(notices.shown()->text, "2\n1");
+    notices.tell(DesktopNotices::Topic::silence, "6");
+    EXPECT_TRUE(notices.has(DesktopNotices::Topic::silence));
     notices.dismissShown();
+    EXPECT_FALSE(notices.has(DesktopNotices::Topic::silence));
     EXPECT_EQ(notices.shown()->text, "");
 }
 

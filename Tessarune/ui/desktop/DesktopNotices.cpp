@@ -20,6 +20,10 @@ void DesktopNotices::tell(Topic topic, const std::string& text, Kind kind) {
     publish();
 }
 
+bool DesktopNotices::has(Topic topic) const {
+    return std::ranges::find(notices_, topic, &Notice::topic) != notices_.end();
+}
+
 void DesktopNotices::dismissShown() {
     notices_.resize(notices_.size() - std::min(notices_.size(), mostShown));
     publish();

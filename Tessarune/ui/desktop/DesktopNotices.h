@@ -15,7 +15,7 @@ namespace tessarune {
 class DesktopNotices {
   public:
     /// A topic has at most one notice, which a later one replaces; `none` has any number.
-    enum class Topic { none, sound, file, speechModel, recording, session };
+    enum class Topic { none, sound, file, speechModel, recording, session, silence };
     /// News is shown without the colours of trouble.
     enum class Kind { trouble, news };
 
@@ -30,6 +30,8 @@ class DesktopNotices {
     }
     /// Replaces the notice on the topic by the text, or removes it if the text is empty.
     void tell(Topic topic, const std::string& text, Kind kind = Kind::trouble);
+    /// Whether there is a notice on the topic that the user has not dismissed.
+    bool has(Topic topic) const;
     /// Removes the notices that are shown; older ones, if any, take their place.
     void dismissShown();
     /// The newest notices, one per line, and the number of hidden ones. `isTrouble` is true if any

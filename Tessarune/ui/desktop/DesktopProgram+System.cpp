@@ -42,9 +42,13 @@ void DesktopProgram::watchSystem() {
     observations_.followChanges(store().view().status, [this](const SessionStatus& status) {
         if (status.kind == SessionStatus::Kind::inactive)
             notices_.tell(
-                DesktopNotices::Topic::session,
+                DesktopNotices::Topic::silence,
                 localized("%lld 分钟未检测到声音，字幕已停止。", {std::to_string(status.minutes)}),
                 DesktopNotices::Kind::news);
+    });
+    observations_.followChanges(store().view().isListening, [this](bool isListening) {
+        if (isListening)
+            notices_.tell(DesktopNotices::Topic::silence, "");
     });
     notices_.onNotice = [this](const std::string& text) { notifyIfHidden(text); };
     sleepWatch_.emplace(

@@ -128,17 +128,23 @@ void DesktopProgram::tellObstacle(const RecordingGate::Obstacle& obstacle) {
     watchHolder();
 }
 
-/// Looks whether the other program still records. When it has stopped, removes the notice about it.
-/// During a session the notice stays, because this session is not recorded either way.
+/// Looks whether the other program still records. When it has stopped, removes the notice about it;
+/// during a session, which is not recorded either way, the notice says so instead.
 void DesktopProgram::watchHolder() {
     holderLook_.cancel();
     if (!holder_)
         return;
-    if (isBetweenSessions() && DataFolderLock::holder(application_.paths) != holder_) {
+    constexpr auto topic = DesktopNotices::Topic::recording;
+    const bool hasStopped = DataFolderLock::holder(application_.paths) != holder_;
+    if (hasStopped && isBetweenSessions()) {
         holder_.reset();
-        notices_.tell(DesktopNotices::Topic::recording, "");
+        notices_.tell(topic, "");
         return;
     }
+    if (hasStopped && notices_.has(topic))
+        notices_.tell(topic, localized("%@ was recording when these captions began, so they are "
+                                       "not saved.",
+                                       {holder_->program}));
     constexpr double lookSeconds = 2;
     holderLook_ = host_.after(lookSeconds, [this] { watchHolder(); });
 }
