@@ -71,8 +71,7 @@ TEST_F(HistoryWindowTests, TheListFollowsTheCatalogAndASearch) {
                                isDamaged ? std::regex_replace(index, sound, "5") : index);
         model().refresh();
         EXPECT_TRUE(runUntil([&] { return model().list()->count() == (isDamaged ? 2 : 3); }));
-        EXPECT_EQ(model().message().isEmpty(), !isDamaged) << "a damaged entry is reported";
-        model().dismissMessage();
+        EXPECT_EQ(model().listProblem().isEmpty(), !isDamaged) << "a damaged entry is reported";
     }
 
     // Another program saves a transcript, and then the index.

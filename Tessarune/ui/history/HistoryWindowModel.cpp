@@ -54,10 +54,6 @@ HistoryWindowModel::~HistoryWindowModel() {
 }
 
 void HistoryWindowModel::listUpdated() {
-    // If no recording can be read, the empty list says why.
-    if (std::exchange(listProblem_, list_.problem()) != list_.problem() &&
-        !list_.problem().empty() && !list_.isUnreadable())
-        tell(list_.problem());
     if (wanted_ && list_.rowOf(*wanted_) >= 0) {
         current_ = std::exchange(wanted_, std::nullopt);
         setPage(Page::recording);
@@ -248,6 +244,11 @@ QString HistoryWindowModel::emptyTitle() const {
 
 bool HistoryWindowModel::hasNoRecordings() const {
     return !emptyTitle().isEmpty() && !list_.isUnreadable() && query_.trimmed().isEmpty();
+}
+
+/// If no recording can be read, the empty list says why.
+QString HistoryWindowModel::listProblem() const {
+    return list_.isUnreadable() ? QString() : QString::fromStdString(list_.problem());
 }
 
 QString HistoryWindowModel::emptyText() const {

@@ -56,6 +56,8 @@ class HistoryWindowModel final : public QObject {
     /// Why the list is empty, and what to do about it; empty while it loads or has rows.
     Q_PROPERTY(QString emptyTitle READ emptyTitle NOTIFY emptyChanged)
     Q_PROPERTY(QString emptyText READ emptyText NOTIFY emptyChanged)
+    /// Why recordings may be missing from the list; empty if none is missing or the list is empty.
+    Q_PROPERTY(QString listProblem READ listProblem NOTIFY emptyChanged)
     /// Whether the list is empty because there are no recordings yet.
     Q_PROPERTY(bool hasNoRecordings READ hasNoRecordings NOTIFY emptyChanged)
     /// The fixed texts of the window.
@@ -85,6 +87,7 @@ class HistoryWindowModel final : public QObject {
     bool canUndo() const { return !deletions_.empty(); }
     QString emptyTitle() const;
     QString emptyText() const;
+    QString listProblem() const;
     bool hasNoRecordings() const;
     QVariantMap texts() const { return historyTexts(); }
 
@@ -153,7 +156,6 @@ class HistoryWindowModel final : public QObject {
     std::optional<UUID> current_;  ///< the chosen recording
     std::optional<UUID> wanted_;   ///< to be chosen as soon as it is listed
     int lastRow_ = 0;              ///< the row where the chosen recording was last seen
-    std::string listProblem_;      ///< the problem of the list at the last update
     QString message_;
     std::vector<Deletion> deletions_;
     QTimer messageTimer_;

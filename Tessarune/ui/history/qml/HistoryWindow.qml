@@ -63,10 +63,35 @@ Window {
             texts: window.model.texts
         }
 
+        // Stays for as long as recordings may be missing.
+        Rectangle {
+            id: problem
+
+            anchors { left: imports.left; right: imports.right; top: imports.bottom; topMargin: visible ? Math.round(Theme.body * 0.7) : 0 }
+            height: visible ? problemText.height + Math.round(Theme.body * 1.1) : 0
+            visible: problemText.text !== ""
+            radius: Theme.radius
+            color: Theme.panel
+            border.color: Theme.line
+
+            Label {
+                id: problemText
+
+                objectName: "listProblem"
+                anchors { left: parent.left; right: parent.right; verticalCenter: parent.verticalCenter; margins: Math.round(Theme.body * 0.8) }
+                text: window.model.listProblem
+                maximumLineCount: 12
+                elide: Text.ElideRight
+                color: Theme.trouble
+                font.pixelSize: Theme.small
+                Accessible.role: Accessible.AlertMessage
+            }
+        }
+
         HistoryList {
             id: list
 
-            anchors { left: parent.left; right: parent.right; top: imports.bottom; topMargin: Math.round(Theme.body * 0.6); bottom: edge.top }
+            anchors { left: parent.left; right: parent.right; top: problem.bottom; topMargin: Math.round(Theme.body * 0.6); bottom: edge.top }
             model: window.model
             focus: true
         }
