@@ -224,6 +224,9 @@ TEST_F(HistoryWindowTests, TheChosenRecordingIsShownNotedAndExported) {
     model().exports()->run();
     const auto* const panel = window().findChild<QObject*>("exportPanel");
     EXPECT_TRUE(panel->property("visible").toBool()) << "a long export shows its progress";
+    EXPECT_TRUE(model().exports()->audioText().contains("ab"));
+    model().exports()->setFormat("txt");
+    EXPECT_FALSE(model().exports()->isBusy()) << "a text can be exported meanwhile";
     ASSERT_TRUE(runUntil([&] { return !panel->property("visible").toBool(); }));
 }
 

@@ -48,6 +48,7 @@ void HistoryExportModel::setFormat(const QString& format) {
     if (!known || std::exchange(format_, *known) == *known)
         return;
     Q_EMIT changed();
+    Q_EMIT busyChanged();
 }
 
 void HistoryExportModel::setContent(int content) {
@@ -73,7 +74,7 @@ QString HistoryExportModel::hint() const {
 }
 
 void HistoryExportModel::run() {
-    if (!detail_.recording() || isBusy_)
+    if (!detail_.recording() || isBusy())
         return;
     using Content = HistoryTranscriptExportContent;
     constexpr Content contents[] = {Content::source, Content::bilingual, Content::translation};
@@ -90,23 +91,33 @@ void HistoryExportModel::run() {
         }));
 }
 
+QString HistoryExportModel::audioText() const {
+    return QString::fromStdString(localized("Exporting the sound of “%@”…", {audioTitle_}));
+}
+
+bool& HistoryExportModel::isWriting(Format format) {
+    return format == Format::m4a ? writesAudio_ : writesText_;
+}
+
 void HistoryExportModel::cancel() {
     stop_.request_stop();
 }
 
 void HistoryExportModel::write(HistoryExportRequest request, const std::filesystem::path& to) {
-    if (isBusy_)
+    if (std::exchange(isWriting(request.format), true))
         return;
-    isBusy_ = true;
-    writesAudio_ = request.format == HistoryExportFormat::m4a;
-    progress_ = -1;
-    stop_ = std::stop_source();
+    if (request.format == Format::m4a) {
+        audioTitle_ = titleOf(request.recording);
+        progress_ = -1;
+        stop_ = std::stop_source();
+    }
     Q_EMIT busyChanged();
     spawn(Executor::main(environment_.host), writing(std::move(request), to));
 }
 
 Task<void> HistoryExportModel::writing(HistoryExportRequest request, std::filesystem::path to) {
     const auto held = lifeline_.held();
+    const Format format = request.format;
     MediaProgress progress =
         lifeline_.posting(environment_.host, [](HistoryExportModel& model, double fraction) {
             model.progress_ = fraction;
@@ -123,11 +134,11 @@ Task<void> HistoryExportModel::writing(HistoryExportRequest request, std::filesy
         message = error.what();
     }
     if (*held)
-        finish(message);
+        finish(format, message);
 }
 
-void HistoryExportModel::finish(const std::string& message) {
-    isBusy_ = false;
+void HistoryExportModel::finish(Format format, const std::string& message) {
+    isWriting(format) = false;
     Q_EMIT busyChanged();
     if (!message.empty())
         onAlert_(message);

@@ -11,7 +11,8 @@
 
 namespace tessarune {
 
-/// The panel that exports the chosen recording. Main thread; environment and detail must outlive
+/// The panel that exports the chosen recording. While the sound of one recording is exported, every
+/// recording can be exported in another format. Main thread; environment and detail must outlive
 /// it.
 class HistoryExportModel final : public QObject {
     Q_OBJECT
@@ -27,9 +28,12 @@ class HistoryExportModel final : public QObject {
     Q_PROPERTY(bool canBeTranslation READ canBeTranslation NOTIFY changed)
     /// A remark on the chosen format or on the saved translation.
     Q_PROPERTY(QString hint READ hint NOTIFY changed)
+    /// Whether an export runs that must end before one in the chosen format can begin.
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY busyChanged)
     /// Whether an audio export runs. Other exports are too short to be cancelled.
     Q_PROPERTY(bool canCancel READ canCancel NOTIFY busyChanged)
+    /// Names the recording whose audio export runs, as it may not be the shown one.
+    Q_PROPERTY(QString audioText READ audioText NOTIFY busyChanged)
     /// 0 to 1; negative while it is unknown.
     Q_PROPERTY(double progress READ progress NOTIFY busyChanged)
 
@@ -48,8 +52,9 @@ class HistoryExportModel final : public QObject {
     bool canBeBilingual() const { return detail_.hasTranslation(); }
     bool canBeTranslation() const;
     QString hint() const;
-    bool isBusy() const { return isBusy_; }
-    bool canCancel() const { return isBusy_ && writesAudio_; }
+    bool isBusy() const { return isAudio() ? writesAudio_ : writesText_; }
+    bool canCancel() const { return writesAudio_; }
+    QString audioText() const;
     double progress() const { return progress_; }
 
     /// Asks for a file name and writes the file.
@@ -63,7 +68,8 @@ class HistoryExportModel final : public QObject {
   private:
     void write(HistoryExportRequest request, const std::filesystem::path& to);
     Task<void> writing(HistoryExportRequest request, std::filesystem::path to);
-    void finish(const std::string& message);
+    void finish(HistoryExportFormat format, const std::string& message);
+    bool& isWriting(HistoryExportFormat format);
 
     const HistoryWindowEnvironment& environment_;
     HistoryDetailModel& detail_;
@@ -71,9 +77,10 @@ class HistoryExportModel final : public QObject {
     std::stop_source stop_;
     HistoryExportFormat format_ = HistoryExportFormat::pdf;
     int content_ = 1; ///< the user's choice, even if the recording or the format does not allow it
-    bool isBusy_ = false;
-    bool writesAudio_ = false; ///< valid while `isBusy_`
-    double progress_ = -1;
+    bool writesText_ = false;
+    bool writesAudio_ = false;
+    std::string audioTitle_; ///< of the recording; valid while `writesAudio_`
+    double progress_ = -1;   ///< of the audio export
     const Lifeline<HistoryExportModel> lifeline_{*this};
 };
 

@@ -9,6 +9,10 @@ QString historyText(std::string_view key, const std::vector<std::string>& argume
     return QString::fromStdString(arguments.empty() ? localized(key) : localized(key, arguments));
 }
 
+std::string titleOf(const HistoryItem& recording) {
+    return recording.note.empty() ? recording.date + " " + recording.time : recording.note;
+}
+
 QString durationText(const HistoryItem& recording, const HistoryWindowEnvironment& environment) {
     if (!recording.live)
         return QString::fromStdString(recording.dur);

@@ -147,9 +147,7 @@ void HistoryWindowModel::deleteCurrent() {
         return;
     }
     const UUID id = recording->id;
-    const std::string title =
-        recording->note.empty() ? recording->date + " " + recording->time : recording->note;
-    deletions_.push_back({id, title, std::move(hold)});
+    deletions_.push_back({id, titleOf(*recording), std::move(hold)});
     list_.setHidden(id, true);
     tellDeletions();
 }

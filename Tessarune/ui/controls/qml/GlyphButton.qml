@@ -10,6 +10,8 @@ T.Button {
     required property string glyph
     property string name: text
     property bool isOn: false
+    // The tooltip would cover what the button has opened.
+    property bool hidesHint: false
     property color glyphColor: isOn ? Theme.accent : hovered ? Theme.text : Theme.quiet
 
     implicitWidth: Math.round(Theme.body * 2)
@@ -37,7 +39,7 @@ T.Button {
     T.ToolTip {
         id: hint
 
-        visible: root.hovered && root.Window.active
+        visible: root.hovered && root.Window.active && !root.hidesHint
         delay: 600
         implicitWidth: implicitContentWidth + leftPadding + rightPadding
         implicitHeight: implicitContentHeight + topPadding + bottomPadding

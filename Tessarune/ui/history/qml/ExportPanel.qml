@@ -96,10 +96,19 @@ Popover {
             font.pixelSize: Theme.small
         }
 
+        Label {
+            width: parent.width
+            visible: root.model.canCancel
+            text: root.model.audioText
+            maximumLineCount: 2
+            elide: Text.ElideRight
+            font.pixelSize: Theme.small
+        }
+
         ProgressLine {
             width: parent.width
-            visible: root.model.isBusy
-            name: root.texts.exporting
+            visible: root.model.canCancel || root.model.isBusy
+            name: root.model.canCancel ? root.model.audioText : root.texts.exporting
             indeterminate: root.model.progress < 0
             value: Math.max(0, root.model.progress)
         }

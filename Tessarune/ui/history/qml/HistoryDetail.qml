@@ -87,6 +87,7 @@ Item {
                     opacity: enabled ? 1 : 0.4
                     glyph: "refine"
                     text: root.model.texts.refine
+                    hidesHint: refinePanel.visible
                     onClicked: refinePanel.open()
 
                     RefinePanel {
@@ -116,6 +117,7 @@ Item {
                     opacity: enabled ? 1 : 0.4
                     glyph: "share"
                     text: root.model.texts.export
+                    hidesHint: exportPanel.visible
                     onClicked: exportPanel.open()
 
                     ExportPanel {
