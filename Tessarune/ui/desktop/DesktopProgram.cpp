@@ -128,23 +128,25 @@ void DesktopProgram::tellObstacle(const RecordingGate::Obstacle& obstacle) {
     watchHolder();
 }
 
-/// Looks whether the other program still records. When it has stopped, removes the notice about it;
-/// during a session, which is not recorded either way, the notice says so instead.
+/// Looks whether the other program still records. When it has stopped, removes the notice about it,
+/// or names the next program that records. During a session, which is not recorded either way, the
+/// notice says so instead.
 void DesktopProgram::watchHolder() {
     holderLook_.cancel();
     if (!holder_)
         return;
     constexpr auto topic = DesktopNotices::Topic::recording;
-    const bool hasStopped = DataFolderLock::holder(application_.paths) != holder_;
+    const auto now = DataFolderLock::holder(application_.paths);
+    const bool hasStopped = now != holder_;
     if (hasStopped && isBetweenSessions()) {
-        holder_.reset();
-        notices_.tell(topic, "");
+        const bool isOther = now && now->processID != QCoreApplication::applicationPid();
+        tellObstacle({.holder = isOther ? now : std::nullopt});
         return;
     }
     if (hasStopped && notices_.has(topic))
         notices_.tell(topic, localized("%@ was recording when these captions began, so they are "
                                        "not saved.",
-                                       {holder_->program}));
+                                       {holder_->text()}));
     constexpr double lookSeconds = 2;
     holderLook_ = host_.after(lookSeconds, [this] { watchHolder(); });
 }
