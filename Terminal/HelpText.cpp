@@ -47,7 +47,7 @@ std::string examples() {
         {" --show 6943925E", localized("the transcript of a session")},
         {" --json | jq .text", localized("captions for another program")},
     };
-    std::string text = "\n" + localized("Examples") + ":\n";
+    std::string text = "\n" + localized("%@:", {localized("Examples")}) + "\n";
     for (const auto& [arguments, meaning] : rows)
         text += twoColumns(std::string("tessarune-terminal") + arguments, meaning, exampleColumns);
     return text;
@@ -63,13 +63,14 @@ std::string helpText(const CLI::App& app) {
                                  "the computer plays and records the session."),
                        screenColumns))
         text += line + "\n";
-    text += "\n" + localized("Usage") + ": tessarune-terminal [" + localized("options") + "]\n";
+    text +=
+        "\n" + localized("Usage: %@", {"tessarune-terminal [" + localized("options") + "]"}) + "\n";
     for (const auto& group : app.get_groups()) {
         const auto options = app.get_options(
             [&](const CLI::Option* option) { return option->get_group() == group; });
         if (options.empty())
             continue;
-        text += "\n" + group + ":\n";
+        text += "\n" + localized("%@:", {group}) + "\n";
         for (const auto* option : options)
             text += optionLines(*option);
     }

@@ -93,10 +93,10 @@ Task<ExitStatus> permissionToWrite(Host& host, FileSystem& files, std::filesyste
         co_return ExitStatus::ok;
     const std::string text = localized("%@ already exists.", {to.string()});
     if (!userCanAnswer()) {
-        printProblem(text + " " + localized("Add --yes to replace it."));
+        printProblem(bothSentences(text, localized("Add --yes to replace it.")));
         co_return ExitStatus::cannotWrite;
     }
-    Task<Answer> asking = ask(host, text + " " + localized("Replace it?"), Answer::no);
+    Task<Answer> asking = ask(host, bothSentences(text, localized("Replace it?")), Answer::no);
     switch (co_await asking) {
     case Answer::yes:
         co_return ExitStatus::ok;

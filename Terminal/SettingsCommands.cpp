@@ -16,6 +16,11 @@ namespace {
 constexpr std::size_t settingColumns = 80;
 constexpr const char* settingIndent = "    ";
 
+std::string about(const SettingInfo& info) {
+    return bothSentences(localized(info.about),
+                         info.meaning.empty() ? "" : localized(info.meaning));
+}
+
 nlohmann::ordered_json json(const AnySetting& setting) {
     const SettingInfo& info = setting.info();
     return {{"type", "setting"},
@@ -25,7 +30,7 @@ nlohmann::ordered_json json(const AnySetting& setting) {
             {"expected", setting.expected()},
             {"choices", setting.choices()},
             {"group", localized(title(info.group))},
-            {"about", localized(info.about)},
+            {"about", about(info)},
             {"windowOnly", isForWindowAlone(info.group)}};
 }
 
@@ -35,9 +40,9 @@ void print(const AnySetting& setting) {
     const std::string row =
         std::string(changed ? "* " : "  ") + std::string(setting.key()) + " = " + setting.text();
     printText(changed ? localized("%@  (default: %@)", {row, setting.defaultText()}) : row);
-    const std::string about =
-        localized("%@ Possible values: %@.", {localized(setting.info().about), setting.expected()});
-    for (const auto& line : Text::wrapped(about, settingColumns - Text::columns(settingIndent)))
+    const std::string text =
+        localized("%@ Possible values: %@.", {about(setting.info()), setting.expected()});
+    for (const auto& line : Text::wrapped(text, settingColumns - Text::columns(settingIndent)))
         printText(settingIndent + line);
 }
 

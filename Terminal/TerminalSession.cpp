@@ -48,7 +48,7 @@ Task<void> TerminalSession::run() {
     if (!interrupted_)
         co_await startListening();
     if (!ended_.hasValue()) {
-        say(sound_.description() + silenceHint());
+        say(bothSentences(sound_.description(), silenceHint()));
         sound_.begin();
         watchDelay();
     }
@@ -149,9 +149,9 @@ void TerminalSession::endWith(std::exception_ptr failure) {
 
 std::string TerminalSession::silenceHint() const {
     const std::int64_t minutes = *program_.settings.audioInactivityAutoStopMinutes;
-    return minutes > 0 ? " " + localized("It also ends after %lld min of silence.",
-                                         {std::to_string(minutes)})
-                       : "";
+    return minutes > 0
+               ? localized("It also ends after %lld min of silence.", {std::to_string(minutes)})
+               : "";
 }
 
 void TerminalSession::interrupt() {

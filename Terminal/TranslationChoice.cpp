@@ -78,7 +78,7 @@ TranslationChoice chooseTranslation(const LiveTranslationSettingsSnapshot& setti
     if (wanted)
         choice.failure = why;
     else
-        choice.notice = localized("The captions are not translated.") + " " + why;
+        choice.notice = bothSentences(localized("The captions are not translated."), why);
     return choice;
 }
 

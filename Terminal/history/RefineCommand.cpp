@@ -156,7 +156,7 @@ HistoryRefinementRequest refinementRequest(const Program& program, const Termina
     if (choice.failure.empty())
         return request;
     if (!options.quiet)
-        printNotice(localized("The transcript is not translated.") + " " + choice.failure);
+        printNotice(bothSentences(localized("The transcript is not translated."), choice.failure));
     request.translationBackend = TranslationSupport::disabledBackendName;
     return request;
 }

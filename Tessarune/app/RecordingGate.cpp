@@ -43,9 +43,8 @@ std::string RecordingGate::doubt() const {
         stored_.problem().empty()
             ? localized("%@: recordWhileCaptioning is neither true nor false.", {file})
             : localized("The settings cannot be read: %@.", {stored_.problem()});
-    return what + " " +
-           localized("Nothing is recorded until you choose: tessarune-terminal --set "
-                     "recordWhileCaptioning=true (or false).");
+    return bothSentences(what, localized("Nothing is recorded until you choose: tessarune-terminal "
+                                         "--set recordWhileCaptioning=true (or false)."));
 }
 
 bool RecordingGate::mayRecord() {

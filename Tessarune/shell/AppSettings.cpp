@@ -18,9 +18,17 @@ constexpr std::int64_t commandAndOptionKeys = 0x180000;
 
 ShortcutSetting AppSettings::shortcut(const char* name, std::string_view about,
                                       std::int64_t keyCode, std::int64_t modifiers) {
-    const SettingInfo info{SettingGroup::shortcuts, about};
-    return {{store_, all_, std::string(name) + "KeyCode", info, keyCode, integerCodec(0, 0xFFFF)},
-            {store_, all_, std::string(name) + "Modifiers", info, modifiers, modifiersCodec()}};
+    const SettingInfo keyInfo{SettingGroup::shortcuts, about,
+                              localizationKey("This is the code of the key (65535: none); the "
+                                              "settings window shows and changes the key.")};
+    const SettingInfo modifiersInfo{
+        SettingGroup::shortcuts, about,
+        localizationKey("This is the sum of the shortcut's modifiers: 131072 (Shift), 262144 "
+                        "(Super), 524288 (Alt), 1048576 (Ctrl).")};
+    return {
+        {store_, all_, std::string(name) + "KeyCode", keyInfo, keyCode, integerCodec(0, 0xFFFF)},
+        {store_, all_, std::string(name) + "Modifiers", modifiersInfo, modifiers,
+         modifiersCodec()}};
 }
 
 SettingCodec<std::string> AppSettings::speechModelCodec() {

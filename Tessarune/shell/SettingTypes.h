@@ -49,7 +49,8 @@ constexpr bool isForWindowAlone(SettingGroup group) {
 /// The description of a setting for a user.
 struct SettingInfo {
     SettingGroup group = SettingGroup::application;
-    std::string_view about; ///< what the setting does, as a localisation key
+    std::string_view about;        ///< what the setting does, as a localisation key
+    std::string_view meaning = {}; ///< the meaning of its values, likewise; empty if it is obvious
 };
 
 /// The arrangement of source and translation on the caption stage.

@@ -43,4 +43,8 @@ std::string localized(std::string_view key, const std::vector<std::string>& argu
     return result.append(pattern, at);
 }
 
+std::string bothSentences(const std::string& first, const std::string& second) {
+    return first.empty() || second.empty() ? first + second : localized("%@ %@", {first, second});
+}
+
 } // namespace tessarune

@@ -36,4 +36,8 @@ std::string localized(std::string_view key);
 /// not replaced.
 std::string localized(std::string_view key, const std::vector<std::string>& arguments);
 
+/// Two sentences in a row, with a space between them in languages that have one. An empty one is
+/// left out.
+std::string bothSentences(const std::string& first, const std::string& second);
+
 } // namespace tessarune

@@ -11,6 +11,8 @@ TEST(LocalizationTests, FillsPlaceholdersAndUsesTheKeyForAMissingText) {
     EXPECT_EQ(localized("还有 %lld 句，%@ → %@", {"3", "en", "zh", "more"}), "还有 3 句，en → zh");
     EXPECT_EQ(localized("%@ → %@", {"en"}), "en → %@");
     EXPECT_EQ(localized("50%"), "50%");
+    EXPECT_EQ(bothSentences("One.", "Two."), "One. Two.");
+    EXPECT_EQ(bothSentences("", "Two."), "Two.");
     setLocalizationTable({});
     EXPECT_EQ(localized("翻译失败：%@"), "翻译失败：%@");
 }
