@@ -61,7 +61,7 @@ T.Button {
         margins: 8
         padding: Math.round(Theme.body * 0.8)
         focus: true
-        // A binding would end when the user types, and text that was not accepted would stay.
+        // A binding would not replace a text that was not accepted, because the value is unchanged.
         onAboutToShow: field.text = root.value
         onOpened: field.forceActiveFocus()
 
@@ -116,6 +116,7 @@ T.Button {
                 width: parent.width
                 name: root.hint
                 maximumLength: 7
+                color: acceptableInput ? Theme.text : Theme.trouble
                 validator: RegularExpressionValidator { regularExpression: /#[0-9A-Fa-f]{6}/ }
                 onAccepted: {
                     root.chosen(text.toUpperCase());

@@ -15,9 +15,19 @@ Popover {
     onOpened: formats.forceActiveFocus(Qt.TabFocusReason)
 
     // The panel closed when the user was asked for a file. It opens again for a long export, to show
-    // its progress and the button that cancels it.
+    // its progress and the button that cancels it, and closes at the end of the export unless the
+    // user has closed and opened it meanwhile.
     readonly property bool isExportLong: model.canCancel
-    onIsExportLongChanged: if (isExportLong) open(); else close()
+    property bool isOpenForProgress: false
+    onIsExportLongChanged: {
+        if (isExportLong && !visible) {
+            open();
+            isOpenForProgress = true;
+        } else if (!isExportLong && isOpenForProgress) {
+            close();
+        }
+    }
+    onClosed: isOpenForProgress = false
 
     contentItem: Column {
         spacing: Math.round(Theme.body * 0.9)

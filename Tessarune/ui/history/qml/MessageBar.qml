@@ -42,11 +42,18 @@ Rectangle {
         anchors.centerIn: parent
         spacing: Math.round(Theme.body * 0.6)
 
+        // The implicit width of a wrapped text depends on its width.
+        TextMetrics {
+            id: longestLine
+
+            font: label.font
+            text: content.shown.split("\n").reduce((longest, line) => line.length > longest.length ? line : longest)
+        }
         Text {
             id: label
 
             anchors.verticalCenter: parent.verticalCenter
-            width: Math.min(implicitWidth, root.maximumWidth - Theme.body * 2 - (undo.visible ? undo.width : 0) - dismiss.width - 2 * content.spacing)
+            width: Math.min(Math.ceil(longestLine.advanceWidth) + 1, root.maximumWidth - Theme.body * 2 - (undo.visible ? undo.width : 0) - dismiss.width - 2 * content.spacing)
             text: content.shown
             textFormat: Text.PlainText
             wrapMode: Text.Wrap
