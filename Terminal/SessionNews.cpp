@@ -39,8 +39,8 @@ void SessionNews::observeStatus() {
             return;
         }
         const std::string text = status.text();
-        // The next caption clears the status. The message of the translation returns with each
-        // change of the settings, but is not repeated.
+        // The next caption clears the status, so the same text is news when it comes again. The
+        // translation's is not: the session sets it again with each change of the settings.
         const bool isOfTranslation = status.kind == SessionStatus::Kind::translation;
         std::string& last = isOfTranslation ? lastTranslationStatus_ : lastStatus_;
         const bool isNews = std::exchange(last, text) != text;

@@ -74,9 +74,10 @@ std::optional<ExitStatus> lockDataFolder(Program& program) {
         const auto holder = program.recording.takeDataFolder();
         if (!holder)
             return std::nullopt;
-        printProblem(localized("%@ is using the recordings. Try again in a few seconds; if "
-                               "it is recording, make the change there, or end it first.",
-                               {holder->text()}));
+        printProblem(
+            localized("%@ is using the recordings. Try again in a few seconds. If that program is "
+                      "recording, end its session first, or make the change in that program.",
+                      {holder->text()}));
         return ExitStatus::dataInUse;
     } catch (const std::system_error& error) {
         printProblem(error.what());

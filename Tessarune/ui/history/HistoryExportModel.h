@@ -28,7 +28,7 @@ class HistoryExportModel final : public QObject {
     Q_PROPERTY(bool canBeTranslation READ canBeTranslation NOTIFY changed)
     /// A remark on the chosen format or on the saved translation.
     Q_PROPERTY(QString hint READ hint NOTIFY changed)
-    /// Whether an export runs that must end before one in the chosen format can begin.
+    /// Whether an export in the chosen format must wait until a running export has ended.
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY busyChanged)
     /// Whether an audio export runs. Other exports are too short to be cancelled.
     Q_PROPERTY(bool canCancel READ canCancel NOTIFY busyChanged)
