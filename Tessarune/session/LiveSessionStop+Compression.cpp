@@ -99,7 +99,8 @@ void LiveSessionStop::reportCompressed(const RecordingMetadata& source,
 void LiveSessionStop::reportCompressFailure(const RecordingMetadata& source,
                                             const std::string& error, const Step& step) {
     if (store_.environment_.catalog.wasDeleted(source.id)) {
-        store_.view_.status = SessionStatus(); // no log may mention a deleted recording
+        store_.view_.status = SessionStatus();
+        // No log may name a deleted recording.
         return log().finish(step, {{"reason", "recordingDeleted"}});
     }
     store_.view_.status = SessionStatus{SessionStatus::Kind::compressionFailed};

@@ -31,7 +31,8 @@ MFA = "tests/data/wav/"
 AUSTEN = "usr/share/pocketsphinx/test/data/librivox/sense_and_sensibility_01_austen_64kb-"
 CARDS = "usr/share/pocketsphinx/test/data/cards/"
 
-# Recording -> kind, and the clips that are joined: package, file, words as they are spoken.
+# Recording -> kind, and the clips that are joined: package (or "samples" for the samples that
+# setup fetches), file, words as they are spoken.
 RECORDINGS = {
     "dickens": ("read", [
         ("samples", "two_cities.wav",

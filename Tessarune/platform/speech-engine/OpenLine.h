@@ -21,8 +21,8 @@ namespace tessarune {
 /// passes agree on words in its place, and no hesitation is inserted between shown words, because
 /// the engine reports hesitations in one pass and omits them in the next.
 ///
-/// The front of a long line is settled before the line ends: at the end of a sentence, later at the
-/// end of a clause, and later still anywhere. A pass settles either no words, or at least all words
+/// The front of a long line is settled before the line ends: at the end of a sentence; if the line
+/// stays open longer, at the end of a clause; if it stays open even longer, anywhere. A pass settles either no words, or at least all words
 /// that were shown before it: otherwise some of them would disappear from the screen for a moment.
 /// Later guesses repeat the settled words more or less exactly; these repetitions are matched and
 /// left out.
@@ -73,9 +73,10 @@ class OpenLine {
 
     std::vector<SpeechRun> runsOf(const Words& words) const;
     static Words withoutRepeats(std::vector<SpeechRun> runs);
+    /// Where a repetition of words, the front, ends in a guess.
     struct Joint {
         std::size_t place; ///< in the guess
-        double frontFit;   ///< how well `front` matches the words before `place`
+        double frontFit;   ///< how well the front matches the words before `place`
     };
     /// `beginsInside`: the guess may begin with any word of `front`.
     static Joint jointOf(const Words& front, bool beginsInside, const Words& behind,
@@ -102,8 +103,8 @@ class OpenLine {
     std::vector<SpeechRun> settle(std::size_t count);
 
     Words last_; ///< the end of the previous line, until words of this line are settled
-    /// The first words of the line, up to the last fixed one. While `last_` is not empty: the words
-    /// that repeat the previous line.
+    /// The fixed words of the line from its beginning on. No word is fixed while `last_` is not
+    /// empty: until then, this contains the words of the guess that repeat the previous line.
     Words fixed_;
     std::size_t settled_ = 0; ///< how many of the fixed words are settled
     Words guess_;             ///< of the last pass, after the fixed words

@@ -124,8 +124,8 @@ double playedSeconds(const fs::path& audio) {
     return seconds;
 }
 
-/// Checks, before any repair, that the header of each WAV counts the sound in the file, except at
-/// most one update interval and one more second.
+/// Checks, before any repair, that the size in the header of each WAV is that of the sound in the
+/// file. It may be lower by the bytes between two updates of the header and by one second of sound.
 void expectPlayable(Program& program) {
     for (const auto& entry : program.catalog.recordings()) {
         if (!entry.filePath.ends_with(".wav"))
@@ -189,7 +189,7 @@ TEST(KilledSessionTests, TheNextLaunchRecoversASessionThatWasKilledAtAnyMoment) 
         }
         EXPECT_TRUE(repair.runAtLaunch().recoveredSessions.empty());
     }
-    EXPECT_GT(recovered, 0U) << "a kill has interrupted a recording";
+    EXPECT_GT(recovered, 0U) << "no kill interrupted a recording";
 }
 
 TEST(KilledRefinementTests, TextAndTimesAreOfTheSameRefinement) {
@@ -222,7 +222,7 @@ TEST(KilledRefinementTests, TextAndTimesAreOfTheSameRefinement) {
             EXPECT_FALSE(name.ends_with(RecordingCatalog::replacementSuffix)) << name;
         replaced += text.empty() ? 0 : 1;
     }
-    EXPECT_GT(replaced, 0) << "a killed process has replaced a text";
+    EXPECT_GT(replaced, 0) << "no killed process had replaced a text";
 }
 
 } // namespace
