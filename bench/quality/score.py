@@ -68,6 +68,6 @@ def compare(said, recognised):
 
 
 def percentile(values, share):
-    """The smallest value that at least `share` percent of the values do not exceed."""
+    """The nearest-rank percentile: `share` percent of the values, or more, are at most this value."""
     ordered = sorted(values)
     return ordered[max(0, -(-len(ordered) * share // 100) - 1)] if ordered else None

@@ -22,10 +22,10 @@ namespace tessarune {
 /// the engine reports hesitations in one pass and omits them in the next.
 ///
 /// The front of a long line is settled before the line ends: at the end of a sentence; if the line
-/// stays open longer, at the end of a clause; if it stays open even longer, anywhere. A pass settles either no words, or at least all words
-/// that were shown before it: otherwise some of them would disappear from the screen for a moment.
-/// Later guesses repeat the settled words more or less exactly; these repetitions are matched and
-/// left out.
+/// stays open longer, at the end of a clause; if it stays open even longer, anywhere. A pass
+/// settles either no words, or at least all words that were shown before it: otherwise some of them
+/// would disappear from the screen for a moment. Later guesses repeat the settled words more or
+/// less exactly; these repetitions are matched and left out.
 ///
 /// An engine that is stuck in a loop repeats the same words: at most three copies of a single word,
 /// and two of a run of two to four words, are kept.

@@ -129,8 +129,8 @@ void DesktopProgram::tellObstacle(const RecordingGate::Obstacle& obstacle) {
 }
 
 /// Looks whether the other program still records. When it has stopped, removes the notice about it,
-/// or names the next program that records. During a session, which is not recorded either way, the
-/// notice says so instead.
+/// or names the next program that records. If captions are running then, they stay unrecorded, and
+/// the notice says why.
 void DesktopProgram::watchHolder() {
     holderLook_.cancel();
     if (!holder_)
