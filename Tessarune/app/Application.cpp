@@ -197,7 +197,8 @@ RecordingRepair::Report Application::prepare() {
     for (const auto& file :
          {paths.appSupportBase() / VocabularyStore::fileName, TessarunePaths::settingsFile()})
         PosixFileSystem::removeUnfinished(file.parent_path(), [&](std::string_view name) {
-            return name == file.filename().string();
+            const std::string own = file.filename().string();
+            return name == own || name == own + ".next"; // replaces an unreadable file
         });
     PosixFileSystem::removeUnfinished(paths.logs(), TessaruneFileLogger::isLogFile);
     RecordingRepair repair(files, catalog, logger);

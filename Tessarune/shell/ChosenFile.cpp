@@ -18,9 +18,10 @@ std::filesystem::path followingLink(const std::filesystem::path& path) {
 
 bool isBelow(const std::filesystem::path& folder, const std::filesystem::path& path) {
     std::error_code ignored;
-    const auto inner = std::filesystem::weakly_canonical(std::filesystem::absolute(path), ignored);
+    const auto whole = std::filesystem::absolute(path, ignored);
+    const auto inner = std::filesystem::weakly_canonical(whole, ignored);
     const auto outer = std::filesystem::weakly_canonical(folder, ignored);
-    return std::ranges::mismatch(outer, inner).in1 == outer.end();
+    return !outer.empty() && std::ranges::mismatch(outer, inner).in1 == outer.end();
 }
 
 std::string isOwnProblem(const std::filesystem::path& path) {

@@ -141,7 +141,7 @@ SettingCodec<std::int64_t> modifiersCodec() {
                                                                                : std::nullopt;
     };
     codec.expected = [] {
-        return localized("0, or one or a sum of 131072 (Shift), 262144 (Meta), 524288 (Alt) and "
+        return localized("0, or one or a sum of 131072 (Shift), 262144 (Super), 524288 (Alt) and "
                          "1048576 (Ctrl)");
     };
     return codec;

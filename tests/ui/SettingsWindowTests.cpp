@@ -126,6 +126,9 @@ TEST_F(SettingsWindowTests, AnInvalidValueIsReportedAndCanBeReplaced) {
     EXPECT_EQ(*settings.settings.modelMirror, "");
     settings.window->model().rows()->write(address, "https://models.example");
     EXPECT_EQ(cell(rows, address, SettingRowsModel::ProblemRole), "");
+    EXPECT_EQ(field->property("text"), "https://models.example");
+    settings.window->model().rows()->restore(address);
+    EXPECT_EQ(field->property("text"), "");
 
     settings.window->model().setPane("captions");
     const int color = rowOf(rows, "标记颜色");

@@ -119,7 +119,7 @@ Popover {
             width: parent.width
             visible: root.model.canCancel || root.model.isBusy
             name: root.model.canCancel ? root.model.audioText : root.texts.exporting
-            indeterminate: root.model.progress < 0
+            indeterminate: !root.model.canCancel || root.model.progress < 0
             value: Math.max(0, root.model.progress)
         }
 

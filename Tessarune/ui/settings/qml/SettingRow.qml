@@ -175,7 +175,7 @@ Item {
             Connections {
                 target: root
                 function onProblemChanged() {
-                    if (root.problem === "") field.text = root.value;
+                    if (root.problem === "") field.text = Qt.binding(() => root.value);
                 }
             }
         }
