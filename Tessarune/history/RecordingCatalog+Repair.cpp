@@ -112,17 +112,14 @@ void RecordingCatalog::cleanupOrphanTranscripts() {
             std::any_of(names.begin(), names.end(),
                         [&](const std::string& name) { return isAside(name); }))
             return;
-        const std::size_t count = removeOrphans(paths_.transcripts(), known, 0);
+        const std::size_t count = removeOrphans(known);
         if (count > 0) {
             TessaruneLog::storage.notice([&] {
                 return "Tessarune catalog cleanup: removed " + std::to_string(count) +
                        " orphan transcript sidecar(s)";
             });
         }
-        // In the folder of the recordings, only imports are named by their UUID. The sound of an
-        // import that a crash kept out of the index is newer than the index. An older file stays,
-        // because it may be the only trace of a recording.
-        removeOrphans(paths_.recordings(), known, files_.modifiedAt(paths_.recordingIndex()));
+        removeUnlistedImports(known);
     } catch (const std::exception&) { // the next launch retries
     }
 }
@@ -159,20 +156,37 @@ std::set<UUID> RecordingCatalog::relistForgotten(const RecordingIndex& listed) {
     return known;
 }
 
-/// Removes the files whose names begin with a UUID that is not in `known`. If `notBefore` is above
-/// 0, keeps files that were last changed before that time. Never removes a folder. Returns the
-/// number of orphans, including those that could not be removed; the next launch tries to remove
-/// these again.
-std::size_t RecordingCatalog::removeOrphans(const std::filesystem::path& folder,
-                                            const std::set<UUID>& known, double notBefore) {
+std::filesystem::path RecordingCatalog::unlistedImportMark(const std::filesystem::path& sound) {
+    return sound.string() + ".importing";
+}
+
+/// Removes the sound of imports that ended between their copy and their entry. Without its mark, a
+/// sound file stays, because it may be the only trace of a recording.
+void RecordingCatalog::removeUnlistedImports(const std::set<UUID>& known) {
+    for (const auto& name : files_.list(paths_.recordings())) {
+        const std::filesystem::path mark = paths_.recordings() / name;
+        const std::filesystem::path sound = paths_.recordings() / mark.stem();
+        const auto id = UUID::parse(sound.stem().string());
+        if (!id || mark != unlistedImportMark(sound))
+            continue;
+        if (!known.contains(*id))
+            files_.removeFile(sound);
+        files_.removeFile(mark);
+    }
+}
+
+/// Removes the transcripts whose names begin with a UUID that is not in `known`. Never removes a
+/// folder. Returns the number of orphans, including those that could not be removed; the next
+/// launch tries to remove these again.
+std::size_t RecordingCatalog::removeOrphans(const std::set<UUID>& known) {
+    const std::filesystem::path folder = paths_.transcripts();
     std::size_t count = 0;
     for (const auto& name : files_.list(folder)) {
         const std::size_t dot = name.find('.');
         if (dot == std::string::npos)
             continue;
         const auto id = UUID::parse(std::string_view(name).substr(0, dot));
-        if (!id || known.contains(*id) ||
-            (notBefore > 0 && files_.modifiedAt(folder / name) < notBefore))
+        if (!id || known.contains(*id))
             continue;
         try {
             if (!files_.removeFile(folder / name))

@@ -167,6 +167,9 @@ class RecordingCatalog {
     /// Whether the name is one that a sidecar of a recording can have.
     bool isSidecar(std::string_view name) const;
     static std::filesystem::path replacementOf(const std::filesystem::path& sidecar);
+    /// Marks the copied sound of an import until the index lists it; see
+    /// `cleanupOrphanTranscripts`.
+    static std::filesystem::path unlistedImportMark(const std::filesystem::path& sound);
 
     /// Posts `recordingTranscriptDidUpdate`. For a session that has saved its transcripts one by
     /// one; the replacements above post it themselves.
@@ -250,8 +253,8 @@ class RecordingCatalog {
                             const std::function<void(TranscriptUpdate&)>& save);
     void replaceTogether(const std::vector<NewSidecar>& sidecars);
     void writeEntry(const RecordingIndex& index, const UUID& id);
-    std::size_t removeOrphans(const std::filesystem::path& folder, const std::set<UUID>& known,
-                              double notBefore);
+    void removeUnlistedImports(const std::set<UUID>& known);
+    std::size_t removeOrphans(const std::set<UUID>& known);
     RecordingTranscriptSaveOutcome saveGuarded(SidecarKind kind, std::string_view what,
                                                const UUID& id,
                                                const std::vector<NewSidecar>& sidecars);

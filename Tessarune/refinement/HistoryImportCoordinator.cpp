@@ -146,6 +146,10 @@ RecordingMetadata HistoryImportCoordinator::copy(const std::filesystem::path& so
         environment_.catalog.paths().recordings() / (id.text() + "." + extension);
     RecordingMetadata recording;
     try {
+        const std::unique_ptr<AppendFile> mark =
+            files.create(RecordingCatalog::unlistedImportMark(to));
+        mark->synchronize();
+        mark->close();
         copyBytes(from, to, stop);
         const std::unique_ptr<MediaFile> media = environment_.openMedia(to);
         const double duration = media->duration().value_or(0);
@@ -155,6 +159,7 @@ RecordingMetadata HistoryImportCoordinator::copy(const std::filesystem::path& so
         recording.byteCount = static_cast<std::int64_t>(files.size(to));
     } catch (...) {
         removeQuietly(to);
+        removeQuietly(RecordingCatalog::unlistedImportMark(to));
         throw;
     }
     recording.id = id;
@@ -223,10 +228,12 @@ void HistoryImportCoordinator::removeQuietly(const std::filesystem::path& path) 
 }
 
 bool HistoryImportCoordinator::enter(const RecordingMetadata& recording) {
-    if (!environment_.catalog.upsert(recording)) {
+    const bool isListed = environment_.catalog.upsert(recording);
+    if (!isListed)
         removeQuietly(recording.filePath);
+    removeQuietly(RecordingCatalog::unlistedImportMark(recording.filePath));
+    if (!isListed)
         return false;
-    }
     environment_.logger.event("history.import.created",
                               {{"recordingID", recording.id.text()},
                                {"durationSeconds", recording.duration},

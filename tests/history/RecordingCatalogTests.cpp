@@ -430,11 +430,15 @@ TEST_F(RecordingCatalogTests, LaunchRepairsCorrectTheIndexAndRemoveOrphans) {
     const UUID spoken = add(40, "spoken.wav");
     catalog.saveTranscript("text", spoken);
     setIndex(saved);
-    disk.setContents(paths.recordings() / "22222222-2222-4222-8222-222222222222.mp3", "cut off");
+    const auto cut = paths.recordings() / "22222222-2222-4222-8222-222222222222.mp3";
+    for (const auto& file : {cut, RecordingCatalog::unlistedImportMark(cut),
+                             RecordingCatalog::unlistedImportMark(later.filePath)})
+        disk.setContents(file, "x");
+    disk.setContents(paths.recordings() / "33333333-3333-4333-8333-333333333333.mp3", "restored");
     catalog.cleanupOrphanTranscripts();
     EXPECT_EQ(order(), "spoken " + imported.text() + " stale moved ");
     EXPECT_TRUE(disk.has(catalog.transcriptURL(spoken)));
-    EXPECT_EQ(disk.list(paths.recordings()).size(), 4U); // without the partial import
+    EXPECT_EQ(disk.list(paths.recordings()).size(), 5U); // without the unlisted import
 
     // An index with a damaged entry, beside one that was kept aside earlier.
     disk.setContents("/data/recordings.json.unreadable-20250101-000000", "x");
