@@ -68,6 +68,14 @@ DiagnosticsRunContents DiagnosticsRunContents::read(FileSystem& files,
         if (const auto recognition = manifest.find("recognition"); recognition != manifest.end())
             optionID = JSON::member<std::string>(*recognition, "optionID").value_or("");
     }
+    // A run that was cut off early may have no manifest, but it has a lifecycle log.
+    contents.isRun |=
+        std::ranges::any_of(Layout::artifacts(), [&](const Layout::Artifact& artifact) {
+            return artifact.content == Layout::Content::lifecycle &&
+                   files.exists(directory / Layout::path(artifact, optionID));
+        });
+    if (!contents.isRun)
+        return contents; // another folder may contain any number of files
     SizesByPath sizes;
     collectSizes(files, directory, "", sizes);
     for (const Layout::Artifact& artifact : Layout::artifacts()) {
@@ -76,10 +84,6 @@ DiagnosticsRunContents DiagnosticsRunContents::read(FileSystem& files,
     }
     for (const auto& [path, bytes] : sizes)
         contents.files.push_back({path, nullptr, bytes});
-    // A run that was cut off early may have no manifest, but it has a lifecycle log.
-    contents.isRun |= std::ranges::any_of(contents.files, [](const File& file) {
-        return file.artifact && file.artifact->content == Layout::Content::lifecycle;
-    });
     return contents;
 }
 
