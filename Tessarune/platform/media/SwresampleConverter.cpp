@@ -32,8 +32,12 @@ class SwresampleConverter final : public AudioConverter {
         AVChannelLayout in{};
         AVChannelLayout out{};
         av_channel_layout_default(&in, from.channels);
-        // The library does not mix channels without a known arrangement, such as 10 or 18.
-        isMixed_ = mix_ || (in.order == AV_CHANNEL_ORDER_UNSPEC && to.channels != from.channels);
+        // The library does not mix channels without a known arrangement, such as 10 or 18. Of 3 or
+        // of more than 8 channels, it assumes arrangements that drop some of them; such sound
+        // usually comes from recording interfaces and may have speech in any channel.
+        const bool isUnknown = in.order == AV_CHANNEL_ORDER_UNSPEC && to.channels != from.channels;
+        const bool dropsChannels = to.channels == 1 && (from.channels == 3 || from.channels > 8);
+        isMixed_ = mix_ || isUnknown || dropsChannels;
         if (isMixed_)
             av_channel_layout_default(&in, 1);
         av_channel_layout_default(&out, to.channels);
