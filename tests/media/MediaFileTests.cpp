@@ -92,7 +92,8 @@ TEST_F(MediaFileTests, ATruncatedFileIsReadToItsEndAndReportedAsDamaged) {
     const struct {
         std::uint32_t claimed; ///< bytes of sound in the header; the file has 32000
         bool isCut;            ///< whether the file is reported as damaged
-    } cases[] = {{320000, true}, {32800, false}, {0x7FFFF000, false}, {0xFFFFFFDB, false}};
+    } cases[] = {
+        {320000, true}, {48000, true}, {32800, false}, {0x7FFFF000, false}, {0xFFFFFFDB, false}};
     const auto pipe = folder / "pipe";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     const std::stop_source never;

@@ -24,9 +24,12 @@ constexpr int maximumSampleRate = 768000;
 constexpr int maximumChannels = 64;
 /// If more than this many packets in a row cannot be decoded, the file is damaged.
 constexpr int maximumFailuresInARow = 200;
-/// A file was cut off if its missing end is longer than this many seconds and also longer than this
-/// share of the stated length. Encoders round the length by less.
-constexpr double minimumMissingSeconds = 1;
+/// A file was cut off if its missing end is longer than this many seconds. A size in bytes is
+/// exact, except for a few bytes that some programs add.
+constexpr double minimumMissingOfBytes = 0.25;
+/// Encoders round a length that is stated as a time: its missing end must be longer than this many
+/// seconds and also longer than this share of the stated length.
+constexpr double minimumMissingOfTime = 1;
 constexpr double minimumMissingShare = 0.02;
 /// Other containers whose header states the length of the sound than `statedEnd` knows. FFmpeg
 /// derives the length of all others from their contents.
@@ -178,9 +181,10 @@ class FFmpegMediaFile final : public MediaFile {
         const double timesTooShort = input_.timesTooShort();
         if (!hasDecodedAny_)
             return timesTooShort > 1;
-        const double stated = statedSeconds_.value_or(decodedThrough_ * timesTooShort);
-        return stated - decodedThrough_ >
-               std::max(minimumMissingSeconds, minimumMissingShare * stated);
+        if (statedSeconds_)
+            return *statedSeconds_ - decodedThrough_ >
+                   std::max(minimumMissingOfTime, minimumMissingShare * *statedSeconds_);
+        return decodedThrough_ * (timesTooShort - 1) > minimumMissingOfBytes;
     }
 
     [[noreturn]] void failReading(int error) const {
