@@ -87,6 +87,17 @@ std::string stemOf(std::string_view name) {
     return stem;
 }
 
+/// Counts one file for as long as it exists.
+class CountedFile {
+  public:
+    explicit CountedFile(Published<int>& count) : count_(count) { count_ = *count_ + 1; }
+    ~CountedFile() { count_ = *count_ - 1; }
+    CountedFile(const CountedFile&) = delete;
+
+  private:
+    Published<int>& count_;
+};
+
 std::string fileStem(const HistoryItem& recording) {
     const std::string stem = stemOf(Text::trimmed(recording.note));
     return stem.empty() ? stemOf(recording.date + "-" + recording.time) : stem;
@@ -105,6 +116,7 @@ HistoryExport::HistoryExport(Host& host, RecordingCatalog& catalog, FileSystem& 
 
 Task<void> HistoryExport::write(HistoryExportRequest request, std::filesystem::path to,
                                 MediaProgress progress, std::stop_token stop) {
+    const CountedFile counted(unfinishedFiles_);
     to = ChosenFile::followingLink(to);
     if (ChosenFile::isBelow(catalog_.paths().appSupportBase(), to))
         throw HistoryExportError(ErrorKind::failed, ChosenFile::isOwnProblem(to));

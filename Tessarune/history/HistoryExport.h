@@ -5,6 +5,7 @@
 #include "Tessarune/history/HistoryTranscriptExportDocument.h"
 #include "Tessarune/history/RecordingCatalog.h"
 #include "Tessarune/shell/FileSystem.h"
+#include "TessaruneCore/observation/Published.h"
 
 #include <filesystem>
 #include <functional>
@@ -50,6 +51,9 @@ class HistoryExport {
     Task<void> write(HistoryExportRequest request, std::filesystem::path to,
                      MediaProgress progress = {}, std::stop_token stop = {});
 
+    /// The number of files that are being written.
+    const Published<int>& unfinishedFiles() const { return unfinishedFiles_; }
+
     /// The bytes of an export in any format except audio. Throws HistoryExportError.
     Task<std::string> document(HistoryExportRequest request);
 
@@ -77,6 +81,7 @@ class HistoryExport {
     AudioExporter& audio_;
     WriteTranscriptPDF pdf_;
     std::shared_ptr<SerialQueue> queue_;
+    Published<int> unfinishedFiles_{0};
 };
 
 } // namespace tessarune

@@ -118,6 +118,7 @@ class StagedHistory {
                 .chooseFiles = [](const auto&) {},
                 .copy = [this](const std::string& text) { copied = text; },
                 .openURL = [this](const std::string& url) { opened = url; },
+                .notify = [this](const std::string& text) { notified = text; },
                 .player = player,
                 .pronunciation = std::make_shared<HistoryPronunciationAudioPlayer>(
                     host,
@@ -207,6 +208,7 @@ class StagedHistory {
     const std::shared_ptr<int> dataFolder = std::make_shared<int>(); ///< each hold is a copy
     std::string suggested; ///< the name of the last export
     std::string copied;
+    std::string notified;         ///< the last desktop notification
     std::string opened;           ///< the last page in the browser
     std::atomic<int> fetches = 0; ///< requests to the network
     std::unique_ptr<HistoryWindow> window;

@@ -121,6 +121,7 @@ std::unique_ptr<HistoryWindow> makeHistoryWindow(Application& application, Deskt
                 QGuiApplication::clipboard()->setText(QString::fromStdString(text));
             },
         .openURL = [&desktop](const std::string& url) { desktop.openURL(url); },
+        .notify = [&desktop](const std::string& text) { desktop.notify("Tessarune", text); },
         .player = std::make_shared<AudioPlayer>(host, parts),
         .pronunciation = std::make_shared<HistoryPronunciationAudioPlayer>(
             host, fetchOverHTTPS, PronunciationSound::make(host, parts)),

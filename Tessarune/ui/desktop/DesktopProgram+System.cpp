@@ -13,6 +13,10 @@ namespace tessarune {
 void DesktopProgram::watchSystem() {
     QObject::connect(qGuiApp, &QGuiApplication::lastWindowClosed, &host_,
                      [this] { endIfUnreachable(); });
+    observations_.followChanges(application_.historyExport.unfinishedFiles(), [this](int files) {
+        if (files == 0)
+            endIfUnreachable();
+    });
     observations_.follow(motion_.isReduced,
                          [this] { DesktopLook::setReducesMotion(*motion_.isReduced); });
     watchRecordings();

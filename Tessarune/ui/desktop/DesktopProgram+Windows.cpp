@@ -247,7 +247,7 @@ void DesktopProgram::endIfUnreachable() {
     const auto windows = QGuiApplication::topLevelWindows();
     const bool hasVisibleWindow =
         std::ranges::any_of(windows, [](const QWindow* window) { return window->isVisible(); });
-    if (!isInTray() && !hasVisibleWindow)
+    if (!isInTray() && !hasVisibleWindow && !isExporting())
         quit();
 }
 

@@ -208,6 +208,9 @@ void DesktopProgram::toggle(const LiveSessionControlTrigger& trigger) {
 void DesktopProgram::quit() {
     if (std::exchange(isEnding_, true))
         return;
+    if (isExporting())
+        desktop_.notify("Tessarune",
+                        localized("Tessarune was closed before the export was complete."));
     listening_.end();
     windows_.finishPending();
     instance_.refuse();

@@ -38,8 +38,8 @@ namespace tessarune {
 /// The desktop program: its windows, its tray item and one listening session. Main thread; the
 /// application object must outlive it.
 ///
-/// The program ends when its last window is closed, unless the user can reach it through its tray
-/// item.
+/// The program ends when its last window is closed and the files that it exports are complete,
+/// unless the user can reach it through its tray item.
 class DesktopProgram {
   public:
     DesktopProgram(TerminationSignals& signals, SingleInstance& instance, DesktopRequest request);
@@ -94,6 +94,7 @@ class DesktopProgram {
     void closeWindow();
     void endIfUnreachable();
     bool isInTray() const;
+    bool isExporting() const { return *application_.historyExport.unfinishedFiles() > 0; }
 
     const DesktopRequest request_;
     SingleInstance& instance_;

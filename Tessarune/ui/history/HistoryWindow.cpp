@@ -61,6 +61,11 @@ HistoryWindow::HistoryWindow(HistoryWindowEnvironment environment)
         if (!isVisible)
             model_.dismissMessage(); // carries out deletions that could still be undone
     });
+    // A long export may end after the window was closed.
+    QObject::connect(&model_, &HistoryWindowModel::messageChanged, window_, [this] {
+        if (!window_->isVisible() && !model_.message().isEmpty())
+            environment_.notify(model_.message().toStdString());
+    });
     QObject::connect(window_, &QWindow::activeChanged, &model_, [this] {
         if (window_->isActive())
             model_.refresh();

@@ -56,6 +56,7 @@ struct HistoryWindowEnvironment {
     std::function<void(std::function<void(std::vector<std::filesystem::path>)> chosen)> chooseFiles;
     std::function<void(const std::string& text)> copy;   ///< to the clipboard
     std::function<void(const std::string& url)> openURL; ///< in the user's browser
+    std::function<void(const std::string& text)> notify; ///< as a desktop notification
     std::shared_ptr<AudioPlayer> player = nullptr;       ///< null: no recording can be played
     /// Null: no pronunciation can be played.
     std::shared_ptr<HistoryPronunciationAudioPlayer> pronunciation = nullptr;
