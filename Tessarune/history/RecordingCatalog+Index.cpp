@@ -78,11 +78,13 @@ std::string RecordingCatalog::readingProblem() {
             return localized("The list of recordings (%@) is missing. It will be rebuilt from the "
                              "recordings when the next session is recorded.",
                              {paths_.recordingIndex().string()});
-        if (const auto damaged = loaded.index.damagedEntries(); !damaged.empty()) {
+        const auto damaged = loaded.index.damagedEntries();
+        const bool hasNameless = loaded.index.hasNamelessElements();
+        if (hasNameless || !damaged.empty()) {
             const auto found = forgotten(loaded.index).recordings();
             const auto restorable =
                 std::ranges::count_if(found, [&](const RecordingMetadata& recording) {
-                    return damaged.contains(recording.id);
+                    return hasNameless || damaged.contains(recording.id);
                 });
             if (restorable > 0)
                 return localized(

@@ -88,6 +88,7 @@ TEST_F(MediaFileTests, GivesTheSameSoundFromAnyPositionAsFromTheStart) {
 }
 
 TEST_F(MediaFileTests, ATruncatedFileIsReadToItsEndAndReportedAsDamaged) {
+    using namespace std::string_literals;
     const auto samples = tone(1, 16000);
     const struct {
         std::uint32_t claimed; ///< bytes of sound in the header; the file has 32000
@@ -117,6 +118,14 @@ TEST_F(MediaFileTests, ATruncatedFileIsReadToItsEndAndReportedAsDamaged) {
         std::jthread writer([&] { std::ofstream(pipe, std::ios::binary) << bytes; });
         check(openAwaitedFFmpegMediaFile(pipe, never.get_token()), isCut);
     }
+    // 4000 samples in WavPack, complete, before a tag that FFmpeg cannot read from a pipe.
+    const std::string tagged = "wvpk<\0\0\0\x10\x04\0\0\xa0\x0f\0\0\0"
+                               "\0\0\0\xa0\x0f\0\0\x04\x19\x80\0\x3f\xf9\xccn\x02\x01"
+                               "WVC\x01@\0\x04\x02\0\xff\0\xff\x05\x03\0\0\0"
+                               "\0\0\0\x09\x02\0\x08\0\0\x8a\x02\0\0\xff\x0f\xf4\0"s +
+                               "APETAGEX" + std::string(24, '\0');
+    std::jthread writer([&] { std::ofstream(pipe, std::ios::binary) << tagged; });
+    EXPECT_EQ(readAll(*openAwaitedFFmpegMediaFile(pipe, never.get_token())).size(), 4000U);
     const auto emptied = write("emptied.wav", wavBytes(tone(60, 16000), 16000));
     const auto file = openFFmpegMediaFile(emptied);
     EXPECT_NE(file->read(), nullptr);

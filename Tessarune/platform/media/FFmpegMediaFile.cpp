@@ -147,7 +147,7 @@ class FFmpegMediaFile final : public MediaFile {
             avcodec_send_packet(codec_.get(), nullptr);
             takeFrames();
             takeConverted(nullptr);
-            if (result != AVERROR_EOF && ready_.empty())
+            if (result != AVERROR_EOF && ready_.empty() && !isKnownToBeComplete())
                 failReading(result);
             if (!hasDecodedAny_ && ready_.empty() && failuresInARow_ > 0)
                 fail(Kind::damaged, path_, localized("its sound cannot be decoded"));
@@ -186,6 +186,9 @@ class FFmpegMediaFile final : public MediaFile {
                    std::max(minimumMissingOfTime, minimumMissingShare * *statedSeconds_);
         return decodedThrough_ * (timesTooShort - 1) > minimumMissingOfBytes;
     }
+
+    /// FFmpeg cannot read some tags that follow the sound, such as those of WavPack in a pipe.
+    bool isKnownToBeComplete() const { return hasDecodedAny_ && statedSeconds_ && !endsEarly(); }
 
     [[noreturn]] void failReading(int error) const {
         const AVIndexEntry* first = avformat_index_get_entry(input_->streams[stream_], 0);

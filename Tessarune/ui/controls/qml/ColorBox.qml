@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Tessarune
 
-// A choice of a colour: one of the presets, or one typed as #RRGGBB.
+// A choice of a colour: one of the presets, or one typed as #RRGGBB or RRGGBB.
 T.Button {
     id: root
 
@@ -117,9 +117,9 @@ T.Button {
                 name: root.hint
                 maximumLength: 7
                 color: acceptableInput ? Theme.text : Theme.trouble
-                validator: RegularExpressionValidator { regularExpression: /#[0-9A-Fa-f]{6}/ }
+                validator: RegularExpressionValidator { regularExpression: /#?[0-9A-Fa-f]{6}/ }
                 onAccepted: {
-                    root.chosen(text.toUpperCase());
+                    root.chosen("#" + text.replace("#", "").toUpperCase());
                     popup.close();
                 }
             }
