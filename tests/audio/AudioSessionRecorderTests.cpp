@@ -5,11 +5,9 @@
 #include "tests/simulation/FaultyFileSystem.h"
 #include "tests/simulation/ScriptedAudioConverter.h"
 #include "tests/support/Await.h"
+#include "tests/support/LoggedLines.h"
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
-
-#include <sstream>
 
 namespace tessarune {
 namespace {
@@ -17,7 +15,6 @@ namespace {
 using PowerLoss = simulation::FaultyFileSystem::PowerLoss;
 
 const std::filesystem::path folder = "/data/Recordings";
-const std::filesystem::path logFile = "/data/Logs/runtime-2025-10-09.jsonl";
 
 class AudioSessionRecorderTests : public ::testing::Test {
   protected:
@@ -72,9 +69,8 @@ class AudioSessionRecorderTests : public ::testing::Test {
     std::string events() {
         logger.flush();
         std::string names;
-        std::istringstream lines(files.contentsOf(logFile));
-        for (std::string line; std::getline(lines, line);)
-            names += nlohmann::json::parse(line)["event"].get<std::string>().substr(14) + " ";
+        for (const auto& line : testing::loggedLines(files, "/data/Logs"))
+            names += line["event"].get<std::string>().substr(14) + " ";
         return names;
     }
 

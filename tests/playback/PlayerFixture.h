@@ -103,22 +103,21 @@ struct PlayerFixture {
 
     SimulatedHost host;
     ScriptedSoundServer server{host};
-    std::size_t fileFrames = 120'000;
     std::filesystem::path missing = "missing";
     bool changesTempo = true;
     std::unique_ptr<AudioPlayer> player = std::make_unique<AudioPlayer>(
-        host, PlaybackParts{server,
-                            [this](const std::filesystem::path& path) {
-                                if (path == missing)
-                                    throw MediaFileError(MediaFileError::Kind::cannotOpen, "gone");
-                                return std::make_unique<NumberedFile>(path == "short" ? 2'000
-                                                                                      : fileFrames);
-                            },
-                            [this](AudioFormat format, double rate) {
-                                if (!changesTempo)
-                                    throw AudioConversionError("no filter");
-                                return std::make_unique<FrameSkipper>(format, rate);
-                            }});
+        host,
+        PlaybackParts{server,
+                      [this](const std::filesystem::path& path) {
+                          if (path == missing)
+                              throw MediaFileError(MediaFileError::Kind::cannotOpen, "gone");
+                          return std::make_unique<NumberedFile>(path == "short" ? 2'000 : 120'000);
+                      },
+                      [this](AudioFormat format, double rate) {
+                          if (!changesTempo)
+                              throw AudioConversionError("no filter");
+                          return std::make_unique<FrameSkipper>(format, rate);
+                      }});
     std::vector<double> positions; ///< positions heard, one per 5 ms
     std::function<void(double)> onHeard;
     int silences = 0;

@@ -3,14 +3,13 @@
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/host/SimulatedHost.h"
 #include "tests/simulation/FaultyFileSystem.h"
+#include "tests/support/LoggedLines.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <fstream>
 #include <limits>
-#include <sstream>
 
 namespace tessarune {
 namespace {
@@ -27,13 +26,7 @@ class FileLoggerTests : public ::testing::Test {
 
     std::vector<Json> lines() {
         host.runUntilIdle();
-        std::vector<Json> all;
-        for (const auto& name : files.list(paths.logs())) {
-            std::istringstream text(files.read(paths.logs() / name));
-            for (std::string line; std::getline(text, line);)
-                all.push_back(Json::parse(line));
-        }
-        return all;
+        return testing::loggedLines(files, paths.logs());
     }
     std::vector<std::string> events() {
         std::vector<std::string> names;

@@ -42,7 +42,6 @@ class ScriptedSoundServer final : public SoundServer {
         }
         notify();
     }
-    const SoundDevices& offered() const { return offered_; }
 
     void goDown() {
         state_ = SoundServerState::disconnected;

@@ -12,13 +12,11 @@
 #include "tests/simulation/ScriptedMedia.h"
 #include "tests/simulation/ScriptedSoundServer.h"
 #include "tests/simulation/ScriptedSpeechEngine.h"
+#include "tests/support/LoggedLines.h"
 #include "tests/support/MemoryUserDefaults.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <map>
-#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -54,7 +52,6 @@ class ScriptedTranslation final : public SessionTranslation {
 
     double drainSeconds = 0;
     bool drainCompletes = true;
-    bool hasPending = false;
     std::vector<std::string> calls;
     TranslatedCaptions* captions = nullptr; ///< of the session that was launched last
 
@@ -67,7 +64,6 @@ class ScriptedTranslation final : public SessionTranslation {
     void startCommittedRun() override { calls.emplace_back("run"); }
     void resetForNewSession() override { calls.emplace_back("reset"); }
     void bigCleanup() override { calls.emplace_back("cleanup"); }
-    bool hasPendingTranslations() const override { return hasPending; }
     Task<bool> drainCommittedTranslationsBeforePersist(double timeout) override {
         return drain(main_, std::min(drainSeconds, timeout), drainCompletes);
     }
@@ -239,16 +235,7 @@ class SimulatedSession {
     }
     std::vector<nlohmann::json> logLines(const std::string& prefix) {
         logger.flush();
-        std::vector<nlohmann::json> lines;
-        for (const auto& file : files.list(paths.logs())) {
-            std::istringstream text(files.contentsOf(paths.logs() / file));
-            for (std::string line; std::getline(text, line);) {
-                auto object = nlohmann::json::parse(line);
-                if (object["event"].get<std::string>().starts_with(prefix))
-                    lines.push_back(std::move(object));
-            }
-        }
-        return lines;
+        return testing::loggedLines(files, paths.logs(), prefix);
     }
     /// The part of the frame that differs from a frame built from the current state alone; empty if
     /// there is none, or if nothing has changed since the last call.

@@ -34,14 +34,7 @@ class TranslatedLiveSession : public SimulatedSession {
         hear(2);
     }
     const CaptionCore::Rows& rows() const { return *store->view().captions.committedSegments; }
-    /// Each row as its translation, "!" and its failure, or "?" while it is pending.
-    std::vector<std::string> shown() const {
-        std::vector<std::string> texts;
-        for (const CaptionSegment& row : rows())
-            texts.push_back(row.translationError ? "!" + *row.translationError
-                                                 : row.translatedText.value_or("?"));
-        return texts;
-    }
+    std::vector<std::string> shown() const { return testing::translationsOf(rows()); }
     std::string bilingual(const UUID& id) {
         return files.contentsOf(catalog->bilingualTranscriptURL(id));
     }

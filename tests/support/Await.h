@@ -22,6 +22,11 @@ Task<void> store(Task<T> task, std::optional<T>& result, std::exception_ptr& err
         error = std::current_exception();
     }
 }
+inline Task<bool> done(Task<void> task) {
+    co_await task;
+    co_return true;
+}
+
 } // namespace detail
 
 /// Runs a task on the main queue in simulated time until the host is idle; returns its value or
@@ -37,6 +42,10 @@ T await(SimulatedHost& host, Task<T> task) {
     if (!result)
         throw std::logic_error("the task never ended");
     return std::move(*result);
+}
+
+inline void await(SimulatedHost& host, Task<void> task) {
+    await(host, detail::done(std::move(task)));
 }
 
 /// Runs a task and notes its state: "running", then "done" or the text of its exception.

@@ -3,11 +3,9 @@
 #include "Tessarune/platform/disk/PosixFileSystem.h"
 #include "Tessarune/shell/TessaruneFileLogger.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "tests/support/LoggedLines.h"
 #include "tests/support/TemporaryFolder.h"
 
-#include <nlohmann/json.hpp>
-
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,16 +22,7 @@ class RuntimeLog {
 
     std::vector<nlohmann::json> lines(std::string_view prefix = "") {
         logger.flush();
-        std::vector<nlohmann::json> all;
-        for (const auto& name : files_.list(paths_.logs())) {
-            std::istringstream text(files_.read(paths_.logs() / name));
-            for (std::string line; std::getline(text, line);) {
-                auto object = nlohmann::json::parse(line);
-                if (object["event"].get<std::string>().starts_with(prefix))
-                    all.push_back(std::move(object));
-            }
-        }
-        return all;
+        return loggedLines(files_, paths_.logs(), prefix);
     }
 
     /// The names of the events that begin with `prefix`, without the prefix.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tessarune/translation/TranslationService.h"
+#include "TessaruneCore/captions/CaptionSegment.h"
 
 #include <algorithm>
 #include <deque>
@@ -17,6 +18,15 @@ namespace tessarune::testing {
 inline TranslationServiceError serviceError(std::optional<TranslationError> kind,
                                             std::string message = "went wrong") {
     return {kind, LocalizedError(std::move(message), "Scripted", 7, "because")};
+}
+
+/// Each row as its translation, "!" and its failure, or "?" while it is pending.
+inline std::vector<std::string> translationsOf(const std::vector<CaptionSegment>& rows) {
+    std::vector<std::string> texts;
+    for (const CaptionSegment& row : rows)
+        texts.push_back(row.translationError ? "!" + *row.translationError
+                                             : row.translatedText.value_or("?"));
+    return texts;
 }
 
 /// A translation service that a test scripts, in simulated time; it records its calls. Pairs are

@@ -75,14 +75,7 @@ struct TranslatedSession : TranslatedCaptions {
         translation->pumpGhostTranslation(observation);
     }
 
-    /// Each row as its translation, "!" and its failure, or "?" while it is pending.
-    std::vector<std::string> shown() const {
-        std::vector<std::string> texts;
-        for (const auto& row : rows)
-            texts.push_back(row.translationError ? "!" + *row.translationError
-                                                 : row.translatedText.value_or("?"));
-        return texts;
-    }
+    std::vector<std::string> shown() const { return translationsOf(rows); }
     const std::string& status() const { return *translation->view().translationStatusMessage; }
     const std::string& preview() const { return *translation->view().ghostTranslationText; }
     bool isPreparing() const {
