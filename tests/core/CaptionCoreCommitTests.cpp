@@ -160,10 +160,10 @@ TEST(CaptionCoreCommitTests, ASkippedRepeatUsesUpItsWordPositionsAndChangeCount)
     CaptionCoreFixture f;
     f.play("100 p A one. B;100.7 p A one. B");
     f.core->resetFreezeState();
-    // The leading sentence B changes, and the leading sentence C does not.
-    f.play("101 p A one. B twa. C three. x;101.1 p A one. B two. C three. x");
-    f.final("A one. B two. C three.", 1, 2, timings(6));
-    EXPECT_EQ(f.shown(), "A one. 🔒|B two. 🏁|C three. 🏁 /  /  / ");
+    // The leading sentence B changes, and the leading sentence C only in how its accent is written.
+    f.play("101 p A one. B twa. C thr\u00E9e. x;101.1 p A one. B two. C thre\u0301e. x");
+    f.final("A one. B two. C thre\u0301e.", 1, 2, timings(6));
+    EXPECT_EQ(f.shown(), "A one. 🔒|B two. 🏁|C thre\u0301e. 🏁 /  /  / ");
     // The frozen sentence consumed two positions, and its skipped repeat consumed two more.
     EXPECT_EQ(wordsOf(*f.core, 1), "B 101.0 _ 4.0-4.5, two. 101.0 _ 5.0-5.5");
     EXPECT_EQ(f.core->committedSegments->at(1).firstSeenAt, 101);

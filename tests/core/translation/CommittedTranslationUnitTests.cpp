@@ -14,7 +14,7 @@ using Severity = CommittedTranslationFailureSeverity;
 using Action = CommittedTranslationFailureAction;
 using CommittedTranslationUnitPlanner::nextPendingUnit;
 
-std::string repeated(std::string_view text, int count) {
+std::string copies(std::string_view text, int count) {
     std::string all;
     for (int i = 0; i < count; ++i)
         all += text;
@@ -53,7 +53,7 @@ TEST(CommittedTranslationUnitPlannerTests, GroupsPendingRowsUntilTheUnitIsComple
         std::string sourceText;
         std::vector<std::size_t> forced; // with forceTail
     };
-    const std::string words27 = repeated("word ", 27); // with 28 words a unit is complete
+    const std::string words27 = copies("word ", 27); // with 28 words a unit is complete
     const Case cases[] = {
         {{}, {}, "", {}},
         {{"=done", "!failed"}, {}, "", {}},
@@ -74,11 +74,11 @@ TEST(CommittedTranslationUnitPlannerTests, GroupsPendingRowsUntilTheUnitIsComple
         {{"..."}, {}, "", {0}},
         {{words27}, {}, "", {0}},
         {{words27, "word"}, {0, 1}, words27 + "word", {0, 1}},
-        {{repeated("字", 179)}, {}, "", {0}},      // a unit of 180 characters is complete
-        {{repeated("e\u0301", 179)}, {}, "", {0}}, // counted in user-perceived characters
-        {{repeated("字", 89), repeated("字", 90)},
+        {{copies("字", 179)}, {}, "", {0}},      // a unit of 180 characters is complete
+        {{copies("e\u0301", 179)}, {}, "", {0}}, // counted in user-perceived characters
+        {{copies("字", 89), copies("字", 90)},
          {0, 1},
-         repeated("字", 89) + " " + repeated("字", 90),
+         copies("字", 89) + " " + copies("字", 90),
          {0, 1}},
     };
     for (const auto& c : cases) {
@@ -136,8 +136,8 @@ TEST(CommittedTranslationUnitPlannerTests, AGroupOfTenSecondsIsComplete) {
 
 /// Tries every list of up to five rows, each of any of the `kinds`.
 TEST(CommittedTranslationUnitPlannerTests, ForcedUnitsPartitionThePendingRows) {
-    const std::vector<std::string> kinds = {"go on", "Stop.",           "", "...", "=done",
-                                            "!gone", repeated("a ", 28)};
+    const std::vector<std::string> kinds = {"go on", "Stop.",         "", "...", "=done",
+                                            "!gone", copies("a ", 28)};
     std::size_t lists = 1;
     for (int length = 0; length <= 5; ++length, lists *= kinds.size()) {
         for (std::size_t list = 0; list < lists; ++list) {
