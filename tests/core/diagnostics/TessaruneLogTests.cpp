@@ -28,23 +28,5 @@ TEST(TessaruneLogTests, TextIsBuiltOnlyIfThereIsASink) {
     EXPECT_EQ(lines, (std::vector<std::string>{"0 asr line 1", "3 storage line 2"}));
 }
 
-TEST(DiagnosticsLevelTests, EachLevelAddsOneKindOfTrace) {
-    int flags = -1;
-    for (const char* word : {"off", "core", "standard", "verbose", "trace"}) {
-        const auto level = diagnosticsLevel(word);
-        ASSERT_TRUE(level) << word;
-        EXPECT_EQ(storageName(*level), word);
-        EXPECT_EQ(writesCoreSessionRun(*level) + writesSessionDiagnostics(*level) +
-                      writesRoutineBreadcrumbs(*level) + expandsAppleRaw(*level),
-                  ++flags);
-    }
-    EXPECT_FALSE(diagnosticsLevel("Core"));
-    EXPECT_FALSE(diagnosticsLevel(""));
-    const std::string detailOfOff = detail(DiagnosticsLevel::off);
-    setLocalizationTable({{detailOfOff, "Nothing but crashes"}});
-    EXPECT_EQ(detail(DiagnosticsLevel::off), "Nothing but crashes");
-    setLocalizationTable({});
-}
-
 } // namespace
 } // namespace tessarune

@@ -14,38 +14,6 @@
 namespace tessarune {
 namespace {
 
-Task<int> half(Executor main, int value) {
-    co_await sleep(main, 1.0);
-    if (value % 2 != 0)
-        throw std::invalid_argument("odd");
-    co_return value / 2;
-}
-
-Task<void> record(Executor main, std::vector<std::string>& log, int value) {
-    try {
-        const int result = co_await half(main, value);
-        log.push_back(std::to_string(result));
-    } catch (const std::invalid_argument& error) {
-        log.push_back(error.what());
-    }
-}
-
-TEST(TaskTests, ResultsAndExceptionsReachTheAwaitingCoroutine) {
-    SimulatedHost host(100);
-    std::vector<std::string> log;
-    auto even = spawn(Executor::main(host), record(Executor::main(host), log, 8));
-    auto odd = spawn(Executor::main(host), record(Executor::main(host), log, 7));
-    host.runUntilIdle();
-    EXPECT_EQ(log, (std::vector<std::string>{"4", "odd"}));
-    EXPECT_TRUE(even.isFinished() && odd.isFinished());
-    EXPECT_EQ(host.now(), 101);
-}
-
-Task<void> sleepLong(Executor main, std::stop_token stop, std::vector<std::string>& log) {
-    const bool slept = co_await sleep(main, 3600, stop);
-    log.push_back(slept ? "slept" : "woken");
-}
-
 Task<void> waitFor(OneShot<bool> never, std::shared_ptr<int> held) {
     co_await never;
     ++*held;
@@ -78,46 +46,6 @@ TEST(TaskTests, EndingAHostDestroysSuspendedTasksAndQueuedBlocks) {
     bool ran = false;
     queue->sync([&ran] { ran = true; });
     EXPECT_TRUE(ran) << "after the end, sync still runs its block";
-}
-
-TEST(SimulatedHostTests, CallsThatFallDueWhileTheComputerSleepsRunLate) {
-    SimulatedHost host(100);
-    std::vector<double> at;
-    host.after(1, [&] { at.push_back(host.now()); });
-    host.after(60, [&] { at.push_back(host.now()); });
-    host.sleepComputer(50);
-    host.advanceBy(20);
-    EXPECT_EQ(at, (std::vector<double>{150, 160}));
-}
-
-TEST(TaskTests, CancellingEndsASleepAtOnce) {
-    SimulatedHost host;
-    std::vector<std::string> log;
-    std::stop_source stop;
-    auto handle =
-        spawn(Executor::main(host), sleepLong(Executor::main(host), stop.get_token(), log), stop);
-    host.after(2, [&] { handle.cancel(); });
-    host.runUntilIdle();
-    EXPECT_EQ(log, std::vector<std::string>{"woken"});
-    EXPECT_EQ(host.now(), 2) << "a cancelled delay must not move the clock";
-}
-
-Task<void> hop(Executor main, Executor other, SimulatedHost& host, std::vector<bool>& onMain) {
-    onMain.push_back(host.isOnMainQueue());
-    co_await switchTo(other);
-    onMain.push_back(host.isOnMainQueue());
-    co_await switchTo(main);
-    onMain.push_back(host.isOnMainQueue());
-}
-
-TEST(TaskTests, SwitchingMovesTheCoroutineBetweenQueues) {
-    SimulatedHost host;
-    std::vector<bool> onMain;
-    auto queue = host.serialQueue("other", QueuePriority::utility);
-    spawn(Executor::main(host),
-          hop(Executor::main(host), Executor::queue(host, queue), host, onMain));
-    host.runUntilIdle();
-    EXPECT_EQ(onMain, (std::vector<bool>{true, false, true}));
 }
 
 /// A text that counts its live copies.

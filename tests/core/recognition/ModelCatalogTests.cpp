@@ -10,12 +10,6 @@ TEST(ModelCatalogTests, AnUnknownStoredIDFallsBackToTheDefault) {
               "apple-analyzer-en-za");
     EXPECT_EQ(ModelCatalog::normalizedRecognitionOptionID("apple-analyzer-de"),
               ModelCatalog::defaultRecognitionOptionID);
-    EXPECT_FALSE(ModelCatalog::recognitionOption(""));
-    const auto option = ModelCatalog::recognitionOption(ModelCatalog::defaultRecognitionOptionID);
-    ASSERT_TRUE(option);
-    EXPECT_EQ(option->menuTitle(), "English(🇺🇸)");
-    EXPECT_EQ(option->engine, RecognitionEngine::appleAnalyzer("en-US"));
-    EXPECT_EQ(option->capabilities(), option->engine.capabilities());
 }
 
 TEST(ModelCatalogTests, ChineseIsMeasuredInCharacters) {

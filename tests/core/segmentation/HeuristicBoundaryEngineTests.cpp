@@ -24,22 +24,6 @@ BoundaryContext live() {
     return {.segment = true, .freeze = true, .softClauseLevel = true};
 }
 
-TEST(BoundaryReasonTests, PrintsCaseAndPayload) {
-    const std::pair<BoundaryReason, std::string> cases[] = {
-        {BoundaryReason::punctuation(U'。'), "punctuation:。"},
-        {BoundaryReason::clausePunctuation(U','), "clausePunctuation:,"},
-        {BoundaryReason::pause(0.8), "pause:0.8"},
-        {BoundaryReason::pause(2), "pause:2.0"},
-        {BoundaryReason::maxWords(28), "maxWords:28"},
-        {BoundaryReason::maxCharacters(-1), "maxCharacters:-1"},
-        {BoundaryReason::engineFinal(), "engineFinal"},
-        {BoundaryReason::localAgreement(), "localAgreement"},
-    };
-    for (const auto& [reason, text] : cases)
-        EXPECT_EQ(reason.diagnosticValue(), text);
-    EXPECT_FALSE(BoundaryReason::engineFinal() == BoundaryReason::localAgreement());
-}
-
 /// "soft | soft/ leading | leading/ tail/ reasons" of a decision that freezes nothing.
 std::string parts(const BoundaryDecision& decision) {
     EXPECT_EQ(decision.hardPieces, Texts());

@@ -65,7 +65,8 @@ TEST_F(UnitOfThree, SuccessPutsTheTextOnOneRowAndClosesTheOthers) {
 
 TEST_F(UnitOfThree, FailureShowsOnAllRowsUntilItIsCleared) {
     EXPECT_EQ(Mutator::nextPendingIndex(segments), 1u);
-    EXPECT_TRUE(fail("broken"));
+    fail("first");
+    EXPECT_TRUE(fail("broken")) << "another failure is a change";
     EXPECT_FALSE(fail("broken"));
     EXPECT_EQ(Mutator::nextPendingIndex(segments), std::nullopt);
     EXPECT_TRUE(Builder::hasFailures(segments));
