@@ -47,11 +47,6 @@ Task<void> startMicrophone(std::shared_ptr<MicrophoneCapture> capture, std::opti
     }
 }
 
-Task<void> stopMicrophone(std::shared_ptr<MicrophoneCapture> capture) {
-    auto stopping = capture->stop();
-    co_await stopping;
-}
-
 class MicrophoneCaptureTests : public ::testing::Test {
   protected:
     MicrophoneCaptureTests() { server.setDevices(devices({"usb", "built-in"}, "built-in")); }
@@ -106,7 +101,7 @@ TEST_F(MicrophoneCaptureTests, DeliversTheDevicesOwnFormatAndALinearLevel) {
     EXPECT_NEAR(levels[0], 0.6, 1e-6);
     EXPECT_EQ(levels[1], 1.0);
 
-    spawn(Executor::main(host), stopMicrophone(capture));
+    spawn(Executor::main(host), capture->stop());
     host.advanceBy(0);
     EXPECT_TRUE(server.openSources().empty());
 }

@@ -1,6 +1,7 @@
 #include "Tessarune/audio/SystemAudioCapture.h"
 #include "tests/simulation/ScriptedSoundServer.h"
 #include "tests/simulation/WorkingHost.h"
+#include "tests/support/Await.h"
 
 #include <gtest/gtest.h>
 
@@ -43,17 +44,6 @@ class Listener final : public SystemAudioCaptureDelegate {
     SimulatedHost& host_;
 };
 
-Task<void> startAndKeepFailure(std::shared_ptr<SystemAudioCapture> capture,
-                               std::shared_ptr<std::string> outcome) {
-    try {
-        auto starting = capture->start();
-        co_await starting;
-        *outcome = "started";
-    } catch (const SystemAudioCaptureError& error) {
-        *outcome = error.what();
-    }
-}
-
 class SystemAudioCaptureTests : public ::testing::Test {
   protected:
     SystemAudioCaptureTests() {
@@ -69,11 +59,13 @@ class SystemAudioCaptureTests : public ::testing::Test {
         all.defaultOutputID = defaultOutput;
         return all;
     }
-    void beginStart() { spawn(Executor::main(host), startAndKeepFailure(capture, outcome)); }
+    void beginStart() {
+        spawn(Executor::main(host), testing::noteOutcome(capture->start(), &outcome));
+    }
     void start() {
         beginStart();
         host.advanceBy(0);
-        ASSERT_EQ(*outcome, "started");
+        ASSERT_EQ(outcome, "done");
     }
     std::vector<Kind> kinds() const {
         std::vector<Kind> all;
@@ -86,7 +78,7 @@ class SystemAudioCaptureTests : public ::testing::Test {
     ScriptedSoundServer server{host};
     std::shared_ptr<Listener> listener = std::make_shared<Listener>(host);
     std::shared_ptr<SystemAudioCapture> capture = SystemAudioCapture::create(host, server);
-    std::shared_ptr<std::string> outcome = std::make_shared<std::string>();
+    std::string outcome;
 };
 
 TEST_F(SystemAudioCaptureTests, DeliversTheMonitorAsOneChannelWithALevelEachEighthBuffer) {
@@ -166,7 +158,7 @@ TEST_F(SystemAudioCaptureTests, AFailedStartSaysWhatFailedAndLeavesNothingOpen) 
         step.fault();
         beginStart();
         host.advanceBy(60);
-        EXPECT_EQ(*outcome, step.text);
+        EXPECT_EQ(outcome, step.text);
         EXPECT_TRUE(server.openSources().empty());
         EXPECT_TRUE(listener->silentAt.empty());
         server.connectFailure.reset();
@@ -203,7 +195,7 @@ TEST_F(SystemAudioCaptureTests, ASecondStartReplacesTheStreamAndAStopEndsAPendin
         host.advanceBy(0.5);
         capture->stop();
         host.advanceBy(60);
-        EXPECT_EQ(*outcome, "启动系统音频接收失败：12。");
+        EXPECT_EQ(outcome, "启动系统音频接收失败：12。");
         EXPECT_TRUE(server.openSources().empty());
         *delay = 0;
     }
@@ -255,9 +247,6 @@ TEST_F(SystemAudioCaptureTests, ResumesAfterEachInterruptionAndReportsTheGap) {
          12, [&] { server.openDelay = 0; }, SoundServerError::streamKilled, other, 6},
         {"unplugged while there is another device", [&] { server.setDevices(devices({"b"}, "b")); },
          5, [] {}, SoundServerError::streamKilled, other, 0},
-        {"unplugged, and another device appears later", [&] { server.setDevices(devices({}, "")); },
-         5, [&] { server.setDevices(devices({"b"}, "b")); }, SoundServerError::streamKilled, other,
-         5},
         {"server restarted", [&] { server.goDown(); }, 7, [&] { server.comeBack(); },
          SoundServerError::connectionTerminated, same, 7},
         {"device asleep", [&] { server.keepDelivering(std::nullopt); }, 20,
@@ -335,7 +324,7 @@ TEST(SystemAudioCaptureSleepTests, AProgramThatDidNotRunLosesOnlyWhatTheServerDi
         devices.outputs = {ScriptedSoundServer::output("a")};
         devices.defaultOutputID = "a";
         server.setDevices(devices);
-        spawn(Executor::main(host), startAndKeepFailure(capture, std::make_shared<std::string>()));
+        spawn(Executor::main(host), capture->start());
         host.simulated.advanceBy(0);
         server.keepDelivering(0.5F);
         host.simulated.advanceBy(5);
@@ -374,8 +363,7 @@ TEST_F(SystemAudioCaptureTests, AnySequenceOfFaultsEndsInOneStreamOnTheDefaultOu
         auto tap = SystemAudioCapture::create(chaos, shaky);
         tap->delegate = ears;
         shaky.setDevices(devices({"a", "b"}, "a"));
-        auto result = std::make_shared<std::string>();
-        spawn(Executor::main(chaos), startAndKeepFailure(tap, result));
+        spawn(Executor::main(chaos), tap->start());
         chaos.advanceBy(1);
         shaky.keepDelivering(0.1F, 0.1);
         for (int i = 0; i < 30; ++i) {
