@@ -64,31 +64,6 @@ TEST(LiveSessionTranslationTests, AStopDuringTheStartLeavesNoTranslationStatus) 
     EXPECT_EQ(session.translationStatus(), "");
 }
 
-TEST(LiveSessionTranslationTests, ARetryAfterTheStopAddsMissingTranslationsToTheTranscript) {
-    TranslatedLiveSession session;
-    session.begin();
-    session.service->answer = [](auto&) { return Answer{1e5, std::nullopt}; };
-    session.say(true, "One is said.");
-    const UUID id = session.recordingID();
-    const double stoppedAt = session.host.now();
-    session.store->view().sessionPhase.onDidChange([&](LiveSessionPhase phase) {
-        const double limit = *session.settings.translationDrainTimeoutSeconds + 0.5;
-        EXPECT_TRUE(phase != LiveSessionPhase::idle || session.host.now() - stoppedAt < limit);
-    });
-    session.stop();
-    session.host.advanceBy(20);
-    EXPECT_EQ(session.phase(), LiveSessionPhase::idle);
-    EXPECT_EQ(session.translationStatus(), "部分译文未完成，已保存当前可用结果");
-    EXPECT_EQ(session.bilingual(id), "");
-
-    session.service->answer = [](auto&) { return Answer{}; };
-    session.live->retryIncompleteTranslations();
-    session.host.advanceBy(5);
-    EXPECT_EQ(session.bilingual(id), "One is said.\nfr-FR:One is said.");
-    session.host.advanceBy(2e5);
-    EXPECT_EQ(session.shown(), Strings{"fr-FR:One is said."}) << "the late answer changes nothing";
-}
-
 TEST(LiveSessionTranslationTests, ACrashKeepsTranslationsOfTheLastTargetOnly) {
     TranslatedLiveSession session;
     session.begin();
