@@ -170,12 +170,6 @@ TEST_F(MediaFileTests, APipeIsWaitedForUntilTheWaitIsStopped) {
     } catch (const MediaFileError& error) {
         EXPECT_EQ(error.kind(), Kind::cancelled);
     }
-    const auto samples = tone(2, 16000);
-    std::stop_source never;
-    std::jthread writer(
-        [&] { std::ofstream(pipe, std::ios::binary) << wavBytes(samples, 16000, 1); });
-    const auto file = openAwaitedFFmpegMediaFile(pipe, never.get_token());
-    EXPECT_EQ(readAll(*file).size(), samples.size());
 }
 
 TEST_F(MediaFileTests, AFileThatCannotBePlayedIsReportedWithReasonAndPath) {
@@ -224,25 +218,20 @@ TEST_F(MediaFileTests, APlaylistOpensNoOtherFile) {
     }
 }
 
-TEST_F(MediaFileTests, APipeIsReadLikeAFile) {
+TEST_F(MediaFileTests, AnM4AWithItsIndexAtTheEndCannotComeThroughAPipe) {
     const auto pipe = folder / "pipe.wav";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    const auto samples = tone(1, 16000);
-    std::thread writer([&] { std::ofstream(pipe, std::ios::binary) << wavBytes(samples, 16000); });
-    std::stop_source stop;
-    EXPECT_EQ(readAll(*openAwaitedFFmpegMediaFile(pipe, stop.get_token())).size(), samples.size());
-    writer.join();
 
     transcodeToM4A(write("long.wav", wavBytes(tone(60, 16000), 16000)), folder / "a.m4a", {}, {});
-    writer = std::thread(
+    const std::stop_source never;
+    const std::jthread writer(
         [&] { std::ofstream(pipe, std::ios::binary) << testing::contentsOf(folder / "a.m4a"); });
     try {
-        openAwaitedFFmpegMediaFile(pipe, stop.get_token());
-        ADD_FAILURE() << "an M4A with its index at the end was opened from a pipe";
+        openAwaitedFFmpegMediaFile(pipe, never.get_token());
+        ADD_FAILURE() << "it was opened";
     } catch (const MediaFileError& error) {
         EXPECT_NE(std::string(error.what()).find("pipe; save"), std::string::npos) << error.what();
     }
-    writer.join();
 }
 
 TEST_F(MediaFileTests, DamageAnywhereDoesNotMakeReadingEndless) {

@@ -51,30 +51,6 @@ TEST_F(ModelStoreTest, OwnModelHidesTheShippedOneUnlessItIsDamaged) {
     EXPECT_TRUE(store_.list(ModelKind::translation).empty());
 }
 
-TEST_F(ModelStoreTest, DamageIsNamed) {
-    const StoredModel model = add(store_, "tiny-en", "content");
-    EXPECT_NO_THROW(ModelStore::verify(model));
-    struct Case {
-        std::function<void()> damage;
-        bool isSeenAtOnce;
-    };
-    const std::filesystem::path file = model.path("a.ort");
-    for (const auto& [damage, isSeenAtOnce] :
-         {Case{[&] { write(file, "cOntent"); }, false}, Case{[&] { write(file, "cont"); }, true},
-          Case{[&] { std::filesystem::remove(file); }, true}}) {
-        damage();
-        const StoredModel found = store_.find(ModelKind::speech, "tiny-en").value();
-        EXPECT_EQ(!found.damage.empty(), isSeenAtOnce);
-        try {
-            ModelStore::verify(found);
-            FAIL() << "the damage was not detected";
-        } catch (const ModelDamaged& failure) {
-            EXPECT_NE(std::string(failure.what()).find("tiny-en"), std::string::npos);
-            EXPECT_NE(std::string(failure.what()).find("a.ort"), std::string::npos);
-        }
-    }
-}
-
 TEST_F(ModelStoreTest, FoldersWithoutAUsableRecordAreNoModels) {
     const StoredModel model = add(store_, "tiny-en", "content");
     const std::string sum(64, 'a');
