@@ -1,9 +1,9 @@
 #include "Tessarune/history/HistoryExport.h"
 #include "Tessarune/history/HistorySubtitles.h"
-#include "TessaruneCore/host/CancellationError.h"
 #include "TessaruneCore/text/Text.h"
 #include "TessaruneCore/text/TextColumns.h"
 #include "tests/history/CatalogFixture.h"
+#include "tests/support/Await.h"
 
 #include <gtest/gtest.h>
 
@@ -197,39 +197,25 @@ TEST(HistorySubtitlesTests, CuesKeepTheirBoundsWhateverIsInTheTimeline) {
 class HistoryExportTests : public ::testing::Test, public testing::Catalogued {
   protected:
     std::string document(const UUID& id, Format format, Content content) {
-        std::string result;
-        const auto run = [](HistoryExport& exports, HistoryExportRequest request,
-                            std::string& text) -> Task<void> {
-            Task<std::string> making = exports.document(std::move(request));
-            try {
-                text = co_await making;
-            } catch (const HistoryExportError& error) {
-                text = error.what();
-            }
-        };
         HistoryItem item;
         item.id = id;
-        spawn(Executor::main(host), run(exporting, {item, format, content}, result));
-        host.runUntilIdle();
-        return result;
+        try {
+            return testing::await(host, exporting.document({item, format, content}));
+        } catch (const HistoryExportError& error) {
+            return error.what();
+        }
     }
     /// The content of "/home/x.m4a" after an export of audio.
     std::string exportedAudio(const HistoryItem& item, MediaProgress progress = {},
                               std::stop_token stop = {},
                               const std::filesystem::path& to = "/home/x.m4a") {
-        const auto run = [](HistoryExport& exports, HistoryExportRequest request,
-                            std::filesystem::path to, MediaProgress progress,
-                            std::stop_token stop) -> Task<void> {
-            Task<void> writing = exports.write(std::move(request), to, progress, stop);
-            try {
-                co_await writing;
-            } catch (const HistoryExportError&) {
-            } catch (const CancellationError&) {
-            }
-        };
+        std::string outcome;
         spawn(Executor::main(host),
-              run(exporting, {item, Format::m4a, Content::source}, to, progress, stop));
+              testing::noteOutcome(
+                  exporting.write({item, Format::m4a, Content::source}, to, progress, stop),
+                  &outcome));
         host.runUntilIdle();
+        EXPECT_NE(outcome, "running");
         return disk.contentsOf(to);
     }
     HistoryItem itemOf(const UUID& id) {

@@ -85,18 +85,5 @@ TEST(HistoryTranscriptPayloadTests, CutsBilingualTextIntoBlocks) {
     EXPECT_TRUE(blocks(" \n\n ").empty());
 }
 
-TEST(HistoryTranscriptPayloadTests, PresentsTheRequestedTextIfItExists) {
-    // The codes are the values of HistoryTranscriptPresentation; mode 1 asks for both languages.
-    const auto code = [](const char* source, const char* bilingual, int mode) {
-        return static_cast<int>(
-            HistoryTranscriptPayload::trimmed(source, bilingual).presentation(mode));
-    };
-    EXPECT_EQ(code(" \n", "b", 1), 0);
-    EXPECT_EQ(code("a", " ", 1), 1);
-    EXPECT_EQ(code("a", "b", 0), 2);
-    EXPECT_EQ(code("a", "b", 2), 2);
-    EXPECT_EQ(code("a", "b", 1), 3);
-}
-
 } // namespace
 } // namespace tessarune

@@ -361,11 +361,6 @@ TEST(SessionSurvivalTests, TheWAVStaysUntilAnM4AOfItsLengthReplacesIt) {
     }
 }
 
-Task<bool> transcode(AudioExporter& exporter) {
-    co_await exporter.transcodeToM4A("a", "b");
-    co_return true;
-}
-
 TEST(AudioExporterTests, SaysWhichSideFailedAndWhy) {
     using Kind = MediaFileError::Kind;
     for (const auto& [kind, side] : std::map<Kind, std::string>{
@@ -380,7 +375,7 @@ TEST(AudioExporterTests, SaysWhichSideFailedAndWhy) {
             throw MediaFileError(kind, "because");
         });
         try {
-            testing::await(host, transcode(exporter));
+            testing::await(host, exporter.transcodeToM4A("a", "b"));
             ADD_FAILURE() << "nothing was thrown: " << side;
         } catch (const AudioExporter::ExportError& error) {
             EXPECT_EQ(error.what(), side + "：because");
