@@ -1,10 +1,8 @@
 #include "Terminal/OutputQueue.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <future>
 #include <string>
 
@@ -34,21 +32,6 @@ TEST(OutputQueueTests, PrintingDoesNotWaitForAReaderAndALateReaderGetsEverything
     EXPECT_TRUE(queue.isWritten());
     ::close(ends[0]);
     ::close(ends[1]);
-}
-
-TEST(OutputQueueTests, AFullDiskIsReportedOnce) {
-    const int full = ::open("/dev/full", O_WRONLY);
-    ASSERT_GE(full, 0);
-    std::promise<void> failed;
-    {
-        OutputQueue queue(full, [&] { failed.set_value(); });
-        std::fputs("lost\n", queue.stream());
-        failed.get_future().wait();
-        EXPECT_EQ(queue.failure(), ENOSPC);
-        std::fputs("lost too\n", queue.stream());
-        EXPECT_TRUE(queue.isWritten()) << "after a failure, nothing waits to be written";
-    }
-    ::close(full);
 }
 
 } // namespace

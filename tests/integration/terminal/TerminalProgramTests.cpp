@@ -195,16 +195,6 @@ TEST_F(TerminalProgramTests, ARecordingThatIsTranscribedAgainOrImportedIsNoWorse
     EXPECT_EQ(std::distance(fs::directory_iterator(sounds), {}), 2);
 }
 
-TEST_F(TerminalProgramTests, NothingIsLeftBehindByASessionThatIsNotRecorded) {
-    const ProgramRun live =
-        terminal({"--source", file("beckett.wav"), "--fast", "--quiet", "--no-record"});
-    EXPECT_EQ(live.status, 0) << live.error;
-    EXPECT_FALSE(live.output.empty());
-    EXPECT_FALSE(fs::exists(folder / "data/Tessarune/recordings.json"));
-    EXPECT_FALSE(fs::exists(folder / "data/Tessarune/Transcripts"));
-    EXPECT_EQ(terminal({"--list", "--quiet"}).output, "");
-}
-
 TEST_F(TerminalProgramTests, ASecondProgramDoesNotRecordIntoTheSameFolder) {
     const auto lock =
         DataFolderLock::take(TessarunePaths{folder / "data/Tessarune"}, "another program");
