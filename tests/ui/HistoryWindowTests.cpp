@@ -122,8 +122,10 @@ TEST_F(HistoryWindowTests, KeysSelectARecordingDeleteItAndUndoThat) {
     EXPECT_FALSE(model().canUndo());
     std::filesystem::remove(index);
     std::filesystem::rename(aside, index);
-    model().refresh(); // the window may have read the index while it was a folder
-    EXPECT_TRUE(runUntil([&] { return titles() == "First|Second|Third|"; })) << titles();
+    // The window may have read the index while it was a folder. The new note shows that it has read
+    // the file since.
+    history.catalog.setNote("2nd", second);
+    EXPECT_TRUE(runUntil([&] { return titles() == "First|2nd|Third|"; })) << titles();
     model().select(second);
 
     history.changeProblem = "Another program has them.";
