@@ -131,6 +131,8 @@ Task<int> countWords(Program& program, const TerminalOptions& options, std::stri
         glosses = co_await program.wordStats.glosses(std::move(lemmas));
     const VocabularyStore store(program.files, program.paths);
     const WordMarks marks(store);
+    if (!options.quiet && !store.readingProblem().empty())
+        printNotice(store.readingProblem());
     if (options.json) {
         printJSON(wordsJSON(item, *stats));
         for (std::size_t i = 0; i < glosses.size(); ++i)

@@ -3,10 +3,12 @@
 #include "Tessarune/vocabulary/CoreWords.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/text/JSON.h"
+#include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <algorithm>
 #include <exception>
+#include <functional>
 #include <unordered_set>
 #include <utility>
 
@@ -36,6 +38,11 @@ bool contains(const VocabularyWords& words, std::string_view word) {
     return std::ranges::find(words, normalizedWord(word)) != words.end();
 }
 
+void logFailedLoad(const std::exception& error) {
+    const std::string text = error.what();
+    TessaruneLog::storage.notice([&] { return "Vocabulary load failed: " + text; });
+}
+
 /// Reads the texts of an array; false if the member is missing or not an array.
 bool readWords(const JSON::Value& object, const char* key, VocabularyWords& words) {
     const auto found = object.is_object() ? object.find(key) : object.end();
@@ -60,27 +67,56 @@ VocabularyStore::VocabularyStore(FileSystem& files, const TessarunePaths& paths)
 }
 
 void VocabularyStore::load() {
-    VocabularyWords mastered;
+    if (files_.exists(fileURL_))
+        return refresh();
     VocabularyWords favorites;
-    bool isLegacy = false;
     try {
-        if (files_.exists(fileURL_)) {
-            const JSON::Value stored = JSON::parse(files_.read(fileURL_));
-            const bool hasMastered = readWords(stored, "masteredWords", mastered);
-            const bool hasFavorites = readWords(stored, "favoriteWords", favorites);
-            fileIsUnreadable_ = !hasMastered || !hasFavorites;
-        } else if (files_.exists(legacyFavoritesURL_)) {
-            isLegacy = readWords(JSON::parse(files_.read(legacyFavoritesURL_)), "words", favorites);
-        }
+        if (!files_.exists(legacyFavoritesURL_) ||
+            !readWords(JSON::parse(files_.read(legacyFavoritesURL_)), "words", favorites))
+            return;
     } catch (const std::exception& error) {
         fileIsUnreadable_ = true;
-        TessaruneLog::storage.notice(
-            [&] { return std::string("Vocabulary load failed: ") + error.what(); });
+        logFailedLoad(error);
+        return;
+    }
+    favoriteWords_ = normalizedWords(favorites);
+    save();
+}
+
+void VocabularyStore::refresh() {
+    if (!files_.exists(fileURL_))
+        return; // the next save writes it again
+    VocabularyWords mastered;
+    VocabularyWords favorites;
+    try {
+        const std::string text = files_.read(fileURL_);
+        const std::size_t now = std::hash<std::string>()(text);
+        if (std::exchange(seen_, now) == now)
+            return;
+        const JSON::Value stored = JSON::parse(text);
+        const bool hasMastered = readWords(stored, "masteredWords", mastered);
+        const bool hasFavorites = readWords(stored, "favoriteWords", favorites);
+        fileIsUnreadable_ = !hasMastered || !hasFavorites;
+    } catch (const std::exception& error) {
+        fileIsUnreadable_ = true;
+        logFailedLoad(error);
+    }
+    // The words in memory are kept if the file is damaged, or lacks some because a save failed.
+    if (fileIsUnreadable_ || !problem_->empty()) {
+        mastered.insert(mastered.begin(), masteredWords_->begin(), masteredWords_->end());
+        favorites.insert(favorites.begin(), favoriteWords_->begin(), favoriteWords_->end());
     }
     masteredWords_ = normalizedWords(mastered);
     favoriteWords_ = normalizedWords(favorites);
-    if (isLegacy)
-        save();
+}
+
+std::string VocabularyStore::readingProblem() const {
+    if (!fileIsUnreadable_)
+        return {};
+    return localized(
+        "The list of your words (%@) is damaged. When you mark the next word, the file "
+        "is kept under another name.",
+        {fileURL_.string()});
 }
 
 /// A free name for the unreadable file that is moved aside.
@@ -108,6 +144,7 @@ void VocabularyStore::save() {
         } else {
             files_.writeAtomically(fileURL_, text);
         }
+        seen_ = std::hash<std::string>()(text);
         problem_ = std::string();
     } catch (const std::exception& error) {
         problem_ = std::string(error.what());
@@ -141,6 +178,7 @@ void VocabularyStore::removeFavorite(std::string_view word) {
 }
 
 void VocabularyStore::add(Published<Words>& words, std::string_view word) {
+    refresh();
     std::string normalized = normalizedWord(word);
     if (normalized.empty() || contains(*words, normalized))
         return;
@@ -149,6 +187,7 @@ void VocabularyStore::add(Published<Words>& words, std::string_view word) {
 }
 
 void VocabularyStore::remove(Published<Words>& words, std::string_view word) {
+    refresh();
     if (!contains(*words, word))
         return;
     words.mutate([&](Words& list) { std::erase(list, normalizedWord(word)); });

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,10 +16,11 @@ namespace tessarune {
 /// The words that the user knows or wants to keep, in "Vocabulary.json". Main queue.
 ///
 /// Words are trimmed and in lower case. Each change is saved at once; if that fails, the failure is
-/// logged and the change stays in memory. If the file cannot be read or is invalid, lists that
-/// could not be read are empty, and the next save moves the file aside to
-/// "Vocabulary.json.unreadable" or a free name like it. If there is no file, the favourites are
-/// read from the older file "HistoryWordFavorites.json".
+/// logged and the change stays in memory. A change is made to the present content of the file,
+/// which another program may have replaced. If the file cannot be read or is invalid, the words in
+/// memory stay, and the next save moves the file aside to "Vocabulary.json.unreadable" or a free
+/// name like it. If there is no file at the start, the favourites are read from the older file
+/// "HistoryWordFavorites.json".
 class VocabularyStore {
   public:
     static constexpr std::string_view fileName = "Vocabulary.json";
@@ -27,6 +29,11 @@ class VocabularyStore {
     VocabularyStore(FileSystem& files, const TessarunePaths& paths);
 
     using Words = std::vector<std::string>;
+
+    /// Reads the file again if its content is not what this object last read or wrote.
+    void refresh();
+    /// Says for the user that the file was damaged when it was last read; empty if it was good.
+    std::string readingProblem() const;
 
     // Newest first.
     const Published<Words>& masteredWords() const { return masteredWords_; }
@@ -57,6 +64,7 @@ class VocabularyStore {
     std::filesystem::path fileURL_;
     std::filesystem::path legacyFavoritesURL_;
     bool fileIsUnreadable_ = false;
+    std::optional<std::size_t> seen_; ///< hash of the content that was last read or written
     Published<Words> masteredWords_;
     Published<Words> favoriteWords_;
     Published<Words> coreWords_;

@@ -52,6 +52,7 @@ TEST(VocabularyTests, ADamagedFileIsKeptAsideAndAFailedSaveLosesNothingInMemory)
         disk.setContents(vocabularyFile, damaged);
         VocabularyStore store(disk, vocabularyPaths);
         EXPECT_TRUE(store.favoriteWords()->empty());
+        EXPECT_NE(store.readingProblem(), "");
         EXPECT_EQ(disk.contentsOf(vocabularyFile), damaged);
         disk.setContents("/data/Vocabulary.json.unreadable", "earlier");
         disk.refused = "Vocabulary.json.next";
@@ -66,6 +67,18 @@ TEST(VocabularyTests, ADamagedFileIsKeptAsideAndAFailedSaveLosesNothingInMemory)
         EXPECT_EQ(*VocabularyStore(disk, vocabularyPaths).favoriteWords(), Words{"word"});
     }
     simulation::FaultyFileSystem disk;
+    {
+        // Another program changes the file, and then damages it.
+        VocabularyStore store(disk, vocabularyPaths);
+        store.markMastered("a");
+        VocabularyStore(disk, vocabularyPaths).markMastered("b");
+        store.addFavorite("c");
+        EXPECT_EQ(*VocabularyStore(disk, vocabularyPaths).masteredWords(), (Words{"b", "a"}));
+        disk.setContents(vocabularyFile, "{");
+        store.removeMastered("a");
+        EXPECT_EQ(disk.contentsOf("/data/Vocabulary.json.unreadable"), "{");
+        EXPECT_EQ(*VocabularyStore(disk, vocabularyPaths).masteredWords(), Words{"b"});
+    }
     disk.setContents(vocabularyFile, R"({"favoriteWords": ["kept"]})");
     EXPECT_EQ(*VocabularyStore(disk, vocabularyPaths).favoriteWords(), Words{"kept"});
     std::string logged;

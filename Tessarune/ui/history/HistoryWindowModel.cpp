@@ -101,6 +101,11 @@ void HistoryWindowModel::setPage(Page page) {
 void HistoryWindowModel::refresh() {
     list_.reload();
     detail_.readTranscript();
+    VocabularyStore& vocabulary = *environment_.vocabulary;
+    vocabulary.refresh();
+    const std::string problem = vocabulary.readingProblem();
+    if (std::exchange(vocabularyProblem_, problem) != problem && !problem.empty())
+        tell(problem);
 }
 
 void HistoryWindowModel::select(const UUID& id) {

@@ -157,6 +157,7 @@ class HistoryWindowModel final : public QObject {
     std::optional<UUID> wanted_;   ///< to be chosen as soon as it is listed
     int lastRow_ = 0;              ///< the row where the chosen recording was last seen
     QString message_;
+    std::string vocabularyProblem_; ///< the last one that was told
     std::vector<Deletion> deletions_;
     QTimer messageTimer_;
     NotificationCenter::Observation selection_;
