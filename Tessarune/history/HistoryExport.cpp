@@ -136,6 +136,7 @@ Task<void> HistoryExport::write(HistoryExportRequest request, std::filesystem::p
     }
     // The file has an unused name until it is complete, so that no file in the user's folder is
     // damaged.
+    const bool mayReplace = files_.exists(to); // the caller has asked
     std::filesystem::path unfinished = to;
     unfinished += ".new-" + UUID::random().text().substr(0, 8);
     std::filesystem::path from(request.recording.filePath.value_or(""));
@@ -163,8 +164,13 @@ Task<void> HistoryExport::write(HistoryExportRequest request, std::filesystem::p
     } catch (const AudioExporter::ExportError& error) {
         throw HistoryExportError(ErrorKind::failed, naming(to, unfinished, error.what()));
     }
-    co_await runOn(worker,
-                   [&] { runAudioStep(unfinished, to, [&] { files_.rename(unfinished, to); }); });
+    co_await runOn(worker, [&] {
+        runAudioStep(unfinished, to, [&] {
+            if (!mayReplace && files_.exists(to))
+                throw std::runtime_error(localized("a file of this name was created meanwhile"));
+            files_.rename(unfinished, to);
+        });
+    });
 }
 
 Task<std::string> HistoryExport::document(HistoryExportRequest request) {

@@ -45,7 +45,8 @@ class HistoryExport {
                   WriteTranscriptPDF pdf);
 
     /// Writes the file `to`, or the file that it links to. The file appears complete or not at all,
-    /// and replaces an existing one. Files in the program's own folder are refused.
+    /// and replaces an existing one, but not one that is created meanwhile. Files in the program's
+    /// own folder are refused.
     /// Throws HistoryExportError, or CancellationError when asked to stop. An audio export can be
     /// stopped and calls `progress` on another queue; the other exports ignore both.
     Task<void> write(HistoryExportRequest request, std::filesystem::path to,

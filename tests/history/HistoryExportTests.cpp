@@ -280,6 +280,11 @@ TEST_F(HistoryExportTests, AudioExportGivesAnM4AAndTouchesNoOtherFile) {
     HistoryItem uncompressed = item; // selected before it was compressed
     uncompressed.filePath = "/data/Recordings/own.wav";
     EXPECT_EQ(exportedAudio(uncompressed), std::string(64044, 'x'));
+    const char* const late = "/home/late.m4a";
+    EXPECT_EQ(exportedAudio(
+                  item, [&](double) { disk.setContents(late, "mine"); }, {}, late),
+              "mine")
+        << "a file that was created meanwhile stays";
     disk.setContents(recording.filePath, "cut off");
     EXPECT_EQ(exportedAudio(item), "encoded") << "a damaged M4A is encoded again, not copied";
     EXPECT_EQ(exportedAudio(itemOf(import), {}, {}, recording.filePath), "cut off")
