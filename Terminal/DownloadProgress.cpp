@@ -53,6 +53,7 @@ class DownloadNews {
     DownloadNews(const DownloadNews&) = delete;
 
     void report(std::uint64_t received, std::uint64_t expected) {
+        lastTrouble_.clear();
         const bool isNews = percent_.isNews(received, expected);
         if (isOnTerminal_)
             rewriteLine(progressText(name_, received, expected));
@@ -76,8 +77,11 @@ class DownloadNews {
     }
 
   private:
-    void report(const DownloadTrouble& trouble) const {
+    /// The files of a model are often downloaded side by side, with the same trouble.
+    void report(const DownloadTrouble& trouble) {
         const std::string text = troubleText(name_, trouble);
+        if (std::exchange(lastTrouble_, text) == text)
+            return;
         if (isOnTerminal_)
             rewriteLine(text);
         else if (isJSON_)
@@ -99,6 +103,7 @@ class DownloadNews {
     const bool isOnTerminal_; ///< a terminal shows the progress; false with --json or --quiet
     const std::string name_;
     DownloadPercent percent_;
+    std::string lastTrouble_; ///< empty after progress
 };
 
 } // namespace

@@ -92,7 +92,7 @@ class StagedSettings {
             .languages = languages,
             .translationTest = std::make_shared<TranslationTaskBridge>(
                 TranslationTaskBridge::Environment{captions.host, nullptr, nullptr}),
-            .followDownloadTrouble = [](const auto&) {},
+            .downloadTrouble = downloadTrouble,
             .files = files,
             .paths = {"/data"},
             .leaseDataFolder =
@@ -115,6 +115,7 @@ class StagedSettings {
     AppSettings settings{store};
     ScriptedSpeechModels models{captions.host};
     ScriptedLanguages languages;
+    Published<std::string> downloadTrouble;
     std::string problem; ///< of the settings file
     std::function<void()> problemChanged;
     simulation::FaultyFileSystem files;

@@ -22,7 +22,7 @@ class StagedWelcome {
 
     void open() {
         window = std::make_unique<WelcomeWindow>(
-            WelcomeEnvironment{captions.host, captions.settings, models, languages,
+            WelcomeEnvironment{captions.host, captions.settings, models, languages, downloadTrouble,
                                [this] { return playSample(); },
                                [this] {
                                    ++closed;
@@ -43,6 +43,7 @@ class StagedWelcome {
     CaptionWindowEnvironment sample = captions.environment();
     ScriptedSpeechModels models{captions.host};
     ScriptedLanguages languages;
+    Published<std::string> downloadTrouble;
     int samples = 0;
     std::string sampleProblem; // empty: the sample can be played
     int closed = 0;

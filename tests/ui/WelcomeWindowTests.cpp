@@ -22,6 +22,9 @@ TEST_F(WelcomeWindowTests, SaysWhatIsDownloadedAndThenShowsCaptionsOfTheSample) 
         page.press("begin");
         EXPECT_TRUE(runUntil([&] { return model.progress() == 30.0 / 78; }));
         EXPECT_EQ(model.stage(), "download");
+        EXPECT_EQ(model.downloadText(), "正在下载…");
+        page.downloadTrouble = "No network.";
+        EXPECT_EQ(model.downloadText(), "No network.");
         page.models.succeeds.resume(succeeds);
         ASSERT_TRUE(runUntil([&] { return model.stage() != "download"; }));
         EXPECT_EQ(model.stage(), succeeds ? "sample" : "ask");

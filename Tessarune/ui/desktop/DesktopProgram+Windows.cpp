@@ -53,7 +53,8 @@ bool lacksTranslationModel(const Application& application) {
 /// Offers the windows that are opened on request. The menus have an entry for each.
 void DesktopProgram::offerWindows() {
     windows_.offer<SettingsWindow>(DesktopWindows::Kind::settings, [this] {
-        return makeSettingsWindow(application_, session_, motion_.isReduced, desktop_);
+        return makeSettingsWindow(application_, session_, motion_.isReduced, downloadTrouble_,
+                                  desktop_);
     });
     windows_.offer<HistoryWindow>(DesktopWindows::Kind::history, [this] {
         return makeHistoryWindow(application_, sound_, store(), desktop_);
@@ -114,12 +115,13 @@ void DesktopProgram::showFirst() {
         window_->show();
         return;
     }
-    welcome_ = std::make_unique<DesktopWelcome>(application_, motion_.isReduced, [this] {
-        if (isEnding_)
-            return;
-        window_->show();
-        spawn(Executor::main(host_), releaseWelcome());
-    });
+    welcome_ =
+        std::make_unique<DesktopWelcome>(application_, motion_.isReduced, downloadTrouble_, [this] {
+            if (isEnding_)
+                return;
+            window_->show();
+            spawn(Executor::main(host_), releaseWelcome());
+        });
     welcome_->show();
 }
 

@@ -5,6 +5,7 @@
 
 #include <QGuiApplication>
 #include <QWindow>
+#include <cmath>
 #include <cstdlib>
 #include <utility>
 
@@ -102,6 +103,11 @@ void DesktopProgram::prepare() {
     observations_.followChanges(
         application_.settings.recordWhileCaptioning.published(),
         [this](bool) { notices_.tell(DesktopNotices::Topic::recording, ""); });
+    application_.onDownloadTrouble = [this](const DownloadTrouble& trouble) {
+        const auto seconds = std::lround(std::ceil(trouble.secondsToNextTry));
+        downloadTrouble_ =
+            localized("下载中断：%@。%lld 秒后重试。", {trouble.reason, std::to_string(seconds)});
+    };
     notices_.tell(preparation.rebuiltIndexText());
     notices_.tell(preparation.removedText());
     if (const auto count = preparation.repairs.recoveredSessions.size(); count > 0)

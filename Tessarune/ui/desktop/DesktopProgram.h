@@ -115,6 +115,8 @@ class DesktopProgram {
     std::optional<KeyRepeats> keyRepeats_;
     DesktopMotion motion_;
     WindowLog windowLog_;
+    Published<std::string>
+        downloadTrouble_; // why the last attempt failed, and when the next begins
     std::unique_ptr<CaptionWindow> window_;
     std::optional<DesktopTray> tray_;
     DesktopWindows windows_;

@@ -1,9 +1,7 @@
 #include "Tessarune/ui/desktop/DesktopSettings.h"
 
 #include "Tessarune/platform/speech-engine/SpeechModelSpeeds.h"
-#include "TessaruneCore/text/Localization.h"
 
-#include <cmath>
 #include <optional>
 #include <string>
 #include <utility>
@@ -13,6 +11,7 @@ namespace tessarune {
 std::unique_ptr<SettingsWindow> makeSettingsWindow(Application& application,
                                                    ListeningSession& session,
                                                    const Published<bool>& reducesMotion,
+                                                   const Published<std::string>& downloadTrouble,
                                                    Desktop& desktop) {
     return std::make_unique<SettingsWindow>(SettingsWindowEnvironment{
         .host = application.host,
@@ -40,18 +39,7 @@ std::unique_ptr<SettingsWindow> makeSettingsWindow(Application& application,
         .translationTest =
             std::make_shared<TranslationTaskBridge>(TranslationTaskBridge::Environment{
                 application.host, application.translation, session.sharedTranslation()}),
-        .followDownloadTrouble =
-            [&application](std::function<void(const std::string&)> tell) {
-                application.onDownloadTrouble = {};
-                if (!tell)
-                    return;
-                application.onDownloadTrouble =
-                    [tell = std::move(tell)](const DownloadTrouble& trouble) {
-                        const auto seconds = std::lround(std::ceil(trouble.secondsToNextTry));
-                        tell(localized("下载中断：%@。%lld 秒后重试。",
-                                       {trouble.reason, std::to_string(seconds)}));
-                    };
-            },
+        .downloadTrouble = downloadTrouble,
         .files = application.files,
         .paths = application.paths,
         .leaseDataFolder = [&application] { return application.leaseDataFolder(); },

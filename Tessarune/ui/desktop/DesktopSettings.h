@@ -6,6 +6,7 @@
 #include "Tessarune/ui/settings/SettingsWindow.h"
 
 #include <memory>
+#include <string>
 
 namespace tessarune {
 
@@ -13,6 +14,7 @@ namespace tessarune {
 std::unique_ptr<SettingsWindow> makeSettingsWindow(Application& application,
                                                    ListeningSession& session,
                                                    const Published<bool>& reducesMotion,
+                                                   const Published<std::string>& downloadTrouble,
                                                    Desktop& desktop);
 
 } // namespace tessarune

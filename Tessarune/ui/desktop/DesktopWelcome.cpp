@@ -17,6 +17,7 @@ bool DesktopWelcome::isDue(const Application& application) {
 }
 
 DesktopWelcome::DesktopWelcome(Application& application, const Published<bool>& reducesMotion,
+                               const Published<std::string>& downloadTrouble,
                                std::function<void()> onClose)
     : application_(application),
       onClose_(std::move(onClose)),
@@ -28,6 +29,7 @@ DesktopWelcome::DesktopWelcome(Application& application, const Published<bool>& 
                .settings = application.settings,
                .speech = application.speechModels,
                .languages = application.translationModels,
+               .downloadTrouble = downloadTrouble,
                .playSample = [this] { return playSample(); },
                .close = [this] { close(); }},
               sample_) {

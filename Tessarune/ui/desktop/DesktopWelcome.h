@@ -19,7 +19,7 @@ class DesktopWelcome {
 
     /// `onClose` is called once, when the page closes.
     DesktopWelcome(Application& application, const Published<bool>& reducesMotion,
-                   std::function<void()> onClose);
+                   const Published<std::string>& downloadTrouble, std::function<void()> onClose);
     DesktopWelcome(const DesktopWelcome&) = delete;
 
     void show() { window_.show(); }

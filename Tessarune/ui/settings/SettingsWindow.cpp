@@ -63,9 +63,9 @@ SettingsWindow::SettingsWindow(SettingsWindowEnvironment environment)
         models_.refresh();
         languages_.refresh();
     });
-    environment_.followDownloadTrouble([this](const std::string& text) {
-        models_.tellTrouble(text);
-        languages_.tellTrouble(text);
+    observations_.follow(environment_.downloadTrouble, [this] {
+        models_.tellTrouble(*environment_.downloadTrouble);
+        languages_.tellTrouble(*environment_.downloadTrouble);
     });
     engine_.setInitialProperties({{"model", QVariant::fromValue(&model_)},
                                   {"models", QVariant::fromValue(&models_)},
@@ -86,7 +86,6 @@ SettingsWindow::SettingsWindow(SettingsWindowEnvironment environment)
 }
 
 SettingsWindow::~SettingsWindow() {
-    environment_.followDownloadTrouble({});
     // Qt deletes the items of removed rows later, but their animations must not outlive the engine.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }

@@ -39,9 +39,8 @@ struct SettingsWindowEnvironment {
     std::function<std::optional<SpeechModelSpeed>(const std::string& name)> speechModelSpeed;
     TranslationLanguages& languages;
     std::shared_ptr<TranslationTaskBridge> translationTest;
-    /// Sets the function that is called with the reason whenever a download makes no progress. An
-    /// empty function ends the calls.
-    std::function<void(std::function<void(const std::string& text)>)> followDownloadTrouble;
+    /// Says why a download makes no progress; set again after each failed attempt.
+    const Published<std::string>& downloadTrouble;
     /// The disk and the paths of the diagnostics runs.
     FileSystem& files;
     TessarunePaths paths;

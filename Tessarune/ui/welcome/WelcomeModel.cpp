@@ -41,6 +41,10 @@ std::string translationSizeText(std::uint64_t bytes) {
 
 WelcomeModel::WelcomeModel(const WelcomeEnvironment& environment)
     : environment_(environment), targets_(offered(environment.languages)) {
+    observations_.follow(environment_.downloadTrouble, [this] {
+        trouble_ = *environment_.downloadTrouble;
+        Q_EMIT changed();
+    });
     const AppSettings& settings = environment_.settings;
     if (TranslationSupport::isDisabledBackend(*settings.translationBackend))
         return;
@@ -123,6 +127,10 @@ double WelcomeModel::progress() const {
     return expected_ == 0 ? -1 : static_cast<double>(received_) / static_cast<double>(expected_);
 }
 
+QString WelcomeModel::downloadText() const {
+    return trouble_.empty() ? shown("正在下载…") : QString::fromStdString(trouble_);
+}
+
 QVariantMap WelcomeModel::texts() {
     return {{"title", shown("欢迎使用 Tessarune")},
             {"about", shown("把电脑播放的英语变成字幕和译文，全部在这台电脑上完成。")},
@@ -139,6 +147,8 @@ void WelcomeModel::enter(Stage stage) {
 }
 
 void WelcomeModel::show(std::uint64_t received, std::uint64_t expected) {
+    if (received != received_)
+        trouble_.clear();
     received_ = received;
     expected_ = expected;
     Q_EMIT changed();
@@ -164,6 +174,7 @@ void WelcomeModel::begin() {
 
 void WelcomeModel::start() {
     problem_.clear();
+    trouble_.clear();
     enter(Stage::download);
     run_ = spawn(Executor::main(environment_.host), run());
 }

@@ -5,6 +5,8 @@
 #include "Tessarune/translation/TranslationLanguages.h"
 #include "TessaruneCore/host/Host.h"
 #include "TessaruneCore/host/Task.h"
+#include "TessaruneCore/observation/Observations.h"
+#include "TessaruneCore/observation/Published.h"
 
 #include <QObject>
 #include <QString>
@@ -24,6 +26,8 @@ struct WelcomeEnvironment {
     AppSettings& settings;
     SpeechModelManager& speech;
     TranslationLanguages& languages;
+    /// Says why a download makes no progress; set again after each failed attempt.
+    const Published<std::string>& downloadTrouble;
     /// Starts captioning the sample. Returns why that failed; empty on success.
     std::function<Task<std::string>()> playSample;
     /// Closes the page.
@@ -45,6 +49,8 @@ class WelcomeModel final : public QObject {
     /// 0 to 1; negative while the size is unknown.
     Q_PROPERTY(double progress READ progress NOTIFY changed)
     Q_PROPERTY(bool isDownloading READ isDownloading NOTIFY changed)
+    /// Says that a download is in progress, or why it makes none.
+    Q_PROPERTY(QString downloadText READ downloadText NOTIFY changed)
     Q_PROPERTY(QString problem READ problem NOTIFY changed)
     Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
 
@@ -59,6 +65,7 @@ class WelcomeModel final : public QObject {
     QString beginText() const;
     double progress() const;
     bool isDownloading() const { return isDownloading_; }
+    QString downloadText() const;
     QString problem() const { return QString::fromStdString(problem_); }
     static QVariantMap texts();
     /// Whether a download or the start of the sample is in progress; the model must not be
@@ -104,7 +111,9 @@ class WelcomeModel final : public QObject {
     bool isDownloading_ = false;
     std::uint64_t received_ = 0;
     std::uint64_t expected_ = 0;
+    std::string trouble_; ///< since the last bytes were received
     std::string problem_;
+    Observations observations_;
     std::stop_source stop_;
     std::optional<TaskHandle> run_;
 };

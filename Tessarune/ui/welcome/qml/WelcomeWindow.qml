@@ -90,7 +90,7 @@ Window {
         Label {
             width: parent.width
             visible: text !== ""
-            text: window.model.problem !== "" ? window.model.problem : window.model.isDownloading ? window.model.texts.downloading : ""
+            text: window.model.problem !== "" ? window.model.problem : window.model.isDownloading ? window.model.downloadText : ""
             color: window.model.problem !== "" ? Theme.trouble : Theme.quiet
             font.pixelSize: Theme.small
             maximumLineCount: 3
