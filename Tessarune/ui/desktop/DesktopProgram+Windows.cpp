@@ -241,6 +241,9 @@ void DesktopProgram::toggleWindow() {
 void DesktopProgram::closeWindow() {
     application_.logger.event("window.subtitleCloseRequested", {}, Importance::important);
     hideWindow();
+    if (*store().view().isListening && isInTray())
+        desktop_.notify("Tessarune",
+                        localized("The captions have ended. Tessarune stays in the tray."));
     listening_.stop(LiveSessionControlTrigger::subtitleWindowClose());
     endIfUnreachable();
 }
