@@ -31,8 +31,10 @@ constexpr std::size_t levelColumns = 8;
 constexpr const char* descriptionIndent = "           ";
 
 std::string lengthText(const DiagnosticsRunContents& run) {
-    if (!run.durationSeconds)
+    if (!run.isFinished)
         return localized("(not finished)");
+    if (!run.durationSeconds)
+        return {};
     constexpr long long minute = 60;
     const auto seconds = static_cast<long long>(*run.durationSeconds);
     const std::string rest = std::to_string(seconds % minute);

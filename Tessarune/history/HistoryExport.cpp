@@ -87,7 +87,7 @@ std::string stemOf(std::string_view name) {
     return stem;
 }
 
-/// Counts one file for as long as it exists.
+/// Counts as one unfinished file for as long as it exists.
 class CountedFile {
   public:
     explicit CountedFile(Published<int>& count) : count_(count) { count_ = *count_ + 1; }
@@ -120,20 +120,50 @@ Task<void> HistoryExport::write(HistoryExportRequest request, std::filesystem::p
     to = ChosenFile::followingLink(to);
     if (ChosenFile::isBelow(catalog_.paths().appSupportBase(), to))
         throw HistoryExportError(ErrorKind::failed, ChosenFile::isOwnProblem(to));
-    const Executor worker = Executor::queue(host_, queue_);
     if (request.format != Format::m4a) {
-        Task<std::string> making = document(request);
-        const std::string bytes = co_await making;
-        co_await runOn(worker, [&] {
-            try {
-                files_.writeAtomically(to, bytes);
-            } catch (const std::exception& error) {
-                throw HistoryExportError(ErrorKind::failed,
-                                         failureText(request.format, error.what()));
-            }
-        });
+        Task<void> writing = writeDocument(std::move(request), to);
+        co_await writing;
         co_return;
     }
+    std::stop_source either;
+    using Callback = std::stop_callback<std::function<void()>>;
+    const Callback byCaller(stop, [&either] { either.request_stop(); });
+    const Callback byEnd(ending_.get_token(), [&either] { either.request_stop(); });
+    try {
+        Task<void> writing =
+            writeAudio(std::move(request), to, std::move(progress), either.get_token());
+        co_await writing;
+    } catch (const CancellationError&) {
+        if (stop.stop_requested())
+            throw;
+        throw HistoryExportError(ErrorKind::failed,
+                                 localized("Tessarune was closed before the export was complete."));
+    }
+}
+
+Task<void> HistoryExport::end() {
+    constexpr double longestSeconds = 2;
+    constexpr double lookSeconds = 0.02;
+    ending_.request_stop();
+    for (double waited = 0; *unfinishedFiles_ > 0 && waited < longestSeconds; waited += lookSeconds)
+        co_await sleep(Executor::main(host_), lookSeconds);
+}
+
+Task<void> HistoryExport::writeDocument(HistoryExportRequest request, std::filesystem::path to) {
+    Task<std::string> making = document(request);
+    const std::string bytes = co_await making;
+    co_await runOn(Executor::queue(host_, queue_), [&] {
+        try {
+            files_.writeAtomically(to, bytes);
+        } catch (const std::exception& error) {
+            throw HistoryExportError(ErrorKind::failed, failureText(request.format, error.what()));
+        }
+    });
+}
+
+Task<void> HistoryExport::writeAudio(HistoryExportRequest request, std::filesystem::path to,
+                                     MediaProgress progress, std::stop_token stop) {
+    const Executor worker = Executor::queue(host_, queue_);
     // The file has an unused name until it is complete, so that no file in the user's folder is
     // damaged.
     const bool mayReplace = files_.exists(to); // the caller has asked

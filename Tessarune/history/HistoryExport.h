@@ -11,6 +11,7 @@
 #include <functional>
 #include <optional>
 #include <stdexcept>
+#include <stop_token>
 #include <string>
 #include <string_view>
 
@@ -45,13 +46,16 @@ class HistoryExport {
                   WriteTranscriptPDF pdf);
 
     /// Writes the file `to`, or the file that it links to. The file appears complete or not at all,
-    /// and replaces an existing one, but not one that is created meanwhile. Files in the program's
-    /// own folder are refused.
+    /// and replaces an existing one. An audio export refuses to replace a file that is created
+    /// meanwhile, because nobody was asked about it. Files in the program's own folder are refused.
     /// Throws HistoryExportError, or CancellationError when asked to stop. An audio export can be
     /// stopped and calls `progress` on another queue; the other exports ignore both.
     Task<void> write(HistoryExportRequest request, std::filesystem::path to,
                      MediaProgress progress = {}, std::stop_token stop = {});
 
+    /// Call before the program ends: stops the audio exports, and waits a short time until nothing
+    /// is being written. The stopped exports throw HistoryExportError.
+    Task<void> end();
     /// The number of files that are being written.
     const Published<int>& unfinishedFiles() const { return unfinishedFiles_; }
 
@@ -65,6 +69,9 @@ class HistoryExport {
     static std::optional<HistoryExportFormat> formatOf(std::string_view fileExtension);
 
   private:
+    Task<void> writeDocument(HistoryExportRequest request, std::filesystem::path to);
+    Task<void> writeAudio(HistoryExportRequest request, std::filesystem::path to,
+                          MediaProgress progress, std::stop_token stop);
     std::string documentBytes(const HistoryExportRequest& request);
     HistoryTranscriptExportDocument exportDocument(const HistoryExportRequest& request,
                                                    const HistoryWordTimeline& timeline);
@@ -83,6 +90,7 @@ class HistoryExport {
     WriteTranscriptPDF pdf_;
     std::shared_ptr<SerialQueue> queue_;
     Published<int> unfinishedFiles_{0};
+    std::stop_source ending_; ///< stopped by `end`
 };
 
 } // namespace tessarune

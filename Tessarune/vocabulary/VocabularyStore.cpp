@@ -99,6 +99,7 @@ void VocabularyStore::refresh() {
         fileIsUnreadable_ = !hasMastered || !hasFavorites;
     } catch (const std::exception& error) {
         fileIsUnreadable_ = true;
+        seen_.reset();
         logFailedLoad(error);
     }
     // The words in memory are kept if the file is damaged, or lacks some because a save failed.
@@ -111,7 +112,7 @@ void VocabularyStore::refresh() {
 }
 
 std::string VocabularyStore::readingProblem() const {
-    if (!fileIsUnreadable_)
+    if (!fileIsUnreadable_ || !files_.exists(fileURL_))
         return {};
     return localized(
         "The list of your words (%@) is damaged. When you mark the next word, the file "
@@ -178,8 +179,8 @@ void VocabularyStore::removeFavorite(std::string_view word) {
 }
 
 void VocabularyStore::add(Published<Words>& words, std::string_view word) {
+    std::string normalized = normalizedWord(word); // observers may replace the caller's text
     refresh();
-    std::string normalized = normalizedWord(word);
     if (normalized.empty() || contains(*words, normalized))
         return;
     words.mutate([&](Words& list) { list.insert(list.begin(), std::move(normalized)); });
@@ -187,10 +188,11 @@ void VocabularyStore::add(Published<Words>& words, std::string_view word) {
 }
 
 void VocabularyStore::remove(Published<Words>& words, std::string_view word) {
+    const std::string normalized = normalizedWord(word); // observers may replace the caller's text
     refresh();
-    if (!contains(*words, word))
+    if (!contains(*words, normalized))
         return;
-    words.mutate([&](Words& list) { std::erase(list, normalizedWord(word)); });
+    words.mutate([&](Words& list) { std::erase(list, normalized); });
     save();
 }
 

@@ -16,7 +16,7 @@ namespace tessarune {
 /// The words that the user knows or wants to keep, in "Vocabulary.json". Main queue.
 ///
 /// Words are trimmed and in lower case. Each change is saved at once; if that fails, the failure is
-/// logged and the change stays in memory. A change is made to the present content of the file,
+/// logged and a new word stays in memory. A change is made to the present content of the file,
 /// which another program may have replaced. If the file cannot be read or is invalid, the words in
 /// memory stay, and the next save moves the file aside to "Vocabulary.json.unreadable" or a free
 /// name like it. If there is no file at the start, the favourites are read from the older file

@@ -289,6 +289,11 @@ TEST_F(HistoryExportTests, AudioExportGivesAnM4AAndTouchesNoOtherFile) {
     EXPECT_EQ(exportedAudio(item), "encoded") << "a damaged M4A is encoded again, not copied";
     EXPECT_EQ(exportedAudio(itemOf(import), {}, {}, recording.filePath), "cut off")
         << "the program's own files are not replaced";
+    EXPECT_EQ(*exporting.unfinishedFiles(), 0);
+    spawn(Executor::main(host), exporting.end());
+    disk.setContents("/home/old.m4a", "old");
+    disk.setContents(recording.filePath, std::string(64044, 'x'));
+    EXPECT_EQ(exportedAudio(item, {}, {}, "/home/old.m4a"), "old") << "the program ends";
 }
 
 } // namespace

@@ -147,7 +147,8 @@ class FFmpegMediaFile final : public MediaFile {
             avcodec_send_packet(codec_.get(), nullptr);
             takeFrames();
             takeConverted(nullptr);
-            if (result != AVERROR_EOF && ready_.empty() && !isKnownToBeComplete())
+            const bool isTag = result == AVERROR_INVALIDDATA && hasAllSound();
+            if (result != AVERROR_EOF && ready_.empty() && !isTag)
                 failReading(result);
             if (!hasDecodedAny_ && ready_.empty() && failuresInARow_ > 0)
                 fail(Kind::damaged, path_, localized("its sound cannot be decoded"));
@@ -187,8 +188,13 @@ class FFmpegMediaFile final : public MediaFile {
         return decodedThrough_ * (timesTooShort - 1) > minimumMissingOfBytes;
     }
 
-    /// FFmpeg cannot read some tags that follow the sound, such as those of WavPack in a pipe.
-    bool isKnownToBeComplete() const { return hasDecodedAny_ && statedSeconds_ && !endsEarly(); }
+    /// Whether all sound of the stated length was decoded. What follows may be a tag that FFmpeg
+    /// cannot read, such as that of WavPack in a pipe.
+    bool hasAllSound() const {
+        constexpr double roundingSeconds = 0.05;
+        return hasDecodedAny_ && statedSeconds_ &&
+               *statedSeconds_ - decodedThrough_ < roundingSeconds;
+    }
 
     [[noreturn]] void failReading(int error) const {
         const AVIndexEntry* first = avformat_index_get_entry(input_->streams[stream_], 0);

@@ -11,10 +11,13 @@
 namespace tessarune {
 
 void DesktopProgram::watchSystem() {
-    QObject::connect(qGuiApp, &QGuiApplication::lastWindowClosed, &host_,
-                     [this] { endIfUnreachable(); });
+    // The last window may be the one that names the file of an export: it begins a moment later.
+    QObject::connect(qGuiApp, &QGuiApplication::lastWindowClosed, &host_, [this] {
+        constexpr double momentSeconds = 0.2;
+        closing_ = host_.after(momentSeconds, [this] { endIfUnreachable(); });
+    });
     observations_.followChanges(application_.historyExport.unfinishedFiles(), [this](int files) {
-        if (files == 0)
+        if (files == 0 && std::exchange(endsAfterExport_, false))
             endIfUnreachable();
     });
     observations_.follow(motion_.isReduced,

@@ -252,7 +252,10 @@ void DesktopProgram::endIfUnreachable() {
     const auto windows = QGuiApplication::topLevelWindows();
     const bool hasVisibleWindow =
         std::ranges::any_of(windows, [](const QWindow* window) { return window->isVisible(); });
-    if (!isInTray() && !hasVisibleWindow && !isExporting())
+    if (isInTray() || hasVisibleWindow)
+        return;
+    endsAfterExport_ = *application_.historyExport.unfinishedFiles() > 0;
+    if (!endsAfterExport_)
         quit();
 }
 

@@ -38,9 +38,11 @@ std::vector<IdleMemorySentinel::Window> openWindows() {
 
 /// Exits the event loop without `QCoreApplication::quit`, which would first ask the windows to
 /// close. The hidden windows would refuse.
-Task<void> endEventLoop(HistoryRefinementService& refinement) {
+Task<void> endEventLoop(HistoryRefinementService& refinement, HistoryExport& exports) {
     Task<void> ending = refinement.end();
     co_await ending;
+    Task<void> endingExports = exports.end();
+    co_await endingExports;
     QCoreApplication::exit(0);
 }
 
@@ -214,9 +216,6 @@ void DesktopProgram::toggle(const LiveSessionControlTrigger& trigger) {
 void DesktopProgram::quit() {
     if (std::exchange(isEnding_, true))
         return;
-    if (isExporting())
-        desktop_.notify("Tessarune",
-                        localized("Tessarune was closed before the export was complete."));
     listening_.end();
     windows_.finishPending();
     instance_.refuse();
@@ -232,7 +231,7 @@ void DesktopProgram::quit() {
 
 void DesktopProgram::leave() {
     lifecycle_.handleApplicationWillTerminate();
-    spawn(Executor::main(host_), endEventLoop(application_.refinement));
+    spawn(Executor::main(host_), endEventLoop(application_.refinement, application_.historyExport));
 }
 
 } // namespace tessarune

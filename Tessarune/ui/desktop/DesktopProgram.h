@@ -94,7 +94,6 @@ class DesktopProgram {
     void closeWindow();
     void endIfUnreachable();
     bool isInTray() const;
-    bool isExporting() const { return *application_.historyExport.unfinishedFiles() > 0; }
 
     const DesktopRequest request_;
     SingleInstance& instance_;
@@ -125,6 +124,8 @@ class DesktopProgram {
     DelayedCall recordingsLook_;
     std::optional<DataFolderLock::Holder> holder_; // the program that a notice names
     DelayedCall holderLook_;
+    DelayedCall closing_;
+    bool endsAfterExport_ = false; // all windows are closed, but a file is being written
     bool isEnding_ = false;
     Observations observations_;
 };

@@ -140,8 +140,10 @@ Task<void> HistoryExportModel::writing(HistoryExportRequest request, std::filesy
 void HistoryExportModel::finish(Format format, const std::string& message) {
     isWriting(format) = false;
     Q_EMIT busyChanged();
-    if (!message.empty())
-        onAlert_(message);
+    if (message.empty()) // cancelled
+        return;
+    onAlert_(message);
+    Q_EMIT ended(QString::fromStdString(message));
 }
 
 } // namespace tessarune

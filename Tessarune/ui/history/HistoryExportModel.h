@@ -64,6 +64,8 @@ class HistoryExportModel final : public QObject {
   Q_SIGNALS:
     void changed();
     void busyChanged();
+    /// `message` says where the file is, or why there is none.
+    void ended(const QString& message);
 
   private:
     void write(HistoryExportRequest request, const std::filesystem::path& to);

@@ -62,10 +62,11 @@ HistoryWindow::HistoryWindow(HistoryWindowEnvironment environment)
             model_.dismissMessage(); // carries out deletions that could still be undone
     });
     // A long export may end after the window was closed.
-    QObject::connect(&model_, &HistoryWindowModel::messageChanged, window_, [this] {
-        if (!window_->isVisible() && !model_.message().isEmpty())
-            environment_.notify(model_.message().toStdString());
-    });
+    QObject::connect(
+        model_.exports(), &HistoryExportModel::ended, window_, [this](const QString& message) {
+            if (!window_->isVisible() || window_->windowStates().testFlag(Qt::WindowMinimized))
+                environment_.notify(message.toStdString());
+        });
     QObject::connect(window_, &QWindow::activeChanged, &model_, [this] {
         if (window_->isActive())
             model_.refresh();

@@ -35,7 +35,7 @@ std::string runAbout(const DiagnosticsRunContents& run) {
     if (run.durationSeconds)
         parts.push_back(
             localized("%@ 分钟", {Text::fixed(*run.durationSeconds / secondsAMinute, 1)}));
-    else
+    else if (!run.isFinished)
         parts.push_back(localized("未完成"));
     if (run.isFinished)
         parts.push_back(localized("%lld 条字幕", {std::to_string(run.committedSegments)}));
