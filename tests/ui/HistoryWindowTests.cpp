@@ -458,6 +458,18 @@ TEST_F(HistoryWindowTests, UsageIsDrawnByPeriodAndFollowsTheCatalog) {
     const auto* const choice =
         QAccessible::queryAccessibleInterface(window().findChild<QQuickItem*>("period"));
     EXPECT_TRUE(choice && !choice->text(QAccessible::Name).isEmpty());
+
+    // Two sessions with wrong dates: the chart opens at today and has bars only for what is
+    // visible.
+    usage.setPeriod(0);
+    history.add(-86'400.0 * 3000, "");
+    history.add(86'400.0 * 3000, "");
+    const auto* const bars = window().findChild<QQuickItem*>("bars");
+    ASSERT_TRUE(runUntil([&] {
+        return usage.rowCount() > 6000 && bars->property("currentIndex") == usage.latest();
+    }));
+    EXPECT_NEAR(usage.latest(), 3000, 2);
+    EXPECT_LT(bars->property("contentItem").value<QQuickItem*>()->childItems().size(), 200);
 }
 
 } // namespace

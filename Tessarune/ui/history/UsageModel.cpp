@@ -34,6 +34,16 @@ QString usageDate(const UsagePeriod& period, std::string_view pattern) {
         DateText::formatted(period.start + noon, localized(pattern), localized("zh_Hans_CN")));
 }
 
+int latestUsed(const std::vector<UsagePeriod>& periods, double now) {
+    const int last = static_cast<int>(periods.size()) - 1;
+    for (int row = last; row >= 0; --row) {
+        const UsagePeriod& period = periods[static_cast<std::size_t>(row)];
+        if (period.start <= now && (period.sessions > 0 || period.listeningSeconds > 0))
+            return row;
+    }
+    return last;
+}
+
 } // namespace
 
 UsageModel::UsageModel(const HistoryWindowEnvironment& environment)
@@ -75,9 +85,12 @@ Task<void> UsageModel::read() {
     while (isOpen_ && isDue_) {
         isDue_ = false;
         std::vector<UsageStatistics::Session> sessions;
+        std::vector<UsagePeriod> periods;
         std::string problem;
+        const UsagePeriodKind kind = kind_;
         co_await runOn(Executor::queue(host, queue), [&] {
             sessions = UsageStatistics::sessions(catalog, files);
+            periods = UsageStatistics::periods(sessions, kind); // takes long for many years
             problem = catalog.readingProblem();
         });
         if (!*held)
@@ -85,20 +98,24 @@ Task<void> UsageModel::read() {
         sessions_ = std::move(sessions);
         problem_ = std::move(problem);
         isRead_ = true;
-        update();
+        update(kind == kind_ ? std::move(periods) : UsageStatistics::periods(sessions_, kind_));
     }
     isReading_ = false;
 }
 
-void UsageModel::update() {
-    std::vector<UsagePeriod> periods = UsageStatistics::periods(sessions_, kind_);
+void UsageModel::update(std::vector<UsagePeriod> periods) {
     total_ = UsageStatistics::total(periods);
-    maximum_ = 0;
-    for (const UsagePeriod& period : periods)
-        maximum_ = std::max(maximum_, valueOf(period));
+    latest_ = latestUsed(periods, environment_.host.wallClock());
     show(std::move(periods), [](const UsagePeriod& a, const UsagePeriod& b) {
         return a.start == b.start && a.end == b.end;
     });
+    updateScale();
+}
+
+void UsageModel::updateScale() {
+    maximum_ = 0;
+    for (const UsagePeriod& period : rows())
+        maximum_ = std::max(maximum_, valueOf(period));
     announceAll({FractionRole, GroupRole});
     Q_EMIT changed();
 }
@@ -118,14 +135,14 @@ void UsageModel::setPeriod(int period) {
     if (period < 0 || period >= periods().size() || period == this->period())
         return;
     kind_ = static_cast<UsagePeriodKind>(period);
-    update();
+    update(UsageStatistics::periods(sessions_, kind_));
 }
 
 void UsageModel::setMeasure(int measure) {
     if (measure < 0 || measure >= measures().size() || measure == measure_)
         return;
     measure_ = measure;
-    update();
+    updateScale();
 }
 
 QStringList UsageModel::periods() const {

@@ -32,6 +32,9 @@ class UsageModel final : public ListedRows<UsagePeriod> {
     Q_PROPERTY(QStringList totals READ totals NOTIFY changed)
     /// The value at the top of the chart.
     Q_PROPERTY(QString scale READ scale NOTIFY changed)
+    /// The row that the chart shows first: the last one with a session that is not in the future;
+    /// if all are, the last row. -1 without rows.
+    Q_PROPERTY(int latest READ latest NOTIFY changed)
     /// A message if the words of some recordings are not counted; empty if all are.
     Q_PROPERTY(QString uncounted READ uncounted NOTIFY changed)
     /// The texts in place of the chart; empty while there is a chart, and until the catalog has
@@ -64,6 +67,7 @@ class UsageModel final : public ListedRows<UsagePeriod> {
     void setMeasure(int measure);
     QStringList totals() const;
     QString scale() const;
+    int latest() const { return latest_; }
     QString uncounted() const;
     QString emptyTitle() const;
     QString emptyText() const;
@@ -75,7 +79,8 @@ class UsageModel final : public ListedRows<UsagePeriod> {
   private:
     void readIfNeeded();
     Task<void> read();
-    void update();
+    void update(std::vector<UsagePeriod> periods);
+    void updateScale();
     double valueOf(const UsagePeriod& period) const;
     bool beginsGroup(int row) const;
 
@@ -85,6 +90,7 @@ class UsageModel final : public ListedRows<UsagePeriod> {
     UsagePeriod total_;
     std::string problem_;
     double maximum_ = 0; ///< of the measure, over all periods
+    int latest_ = -1;
     UsagePeriodKind kind_ = UsagePeriodKind::day;
     int measure_ = 0;
     bool isOpen_ = false;

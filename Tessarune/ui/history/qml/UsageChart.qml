@@ -77,7 +77,7 @@ FocusScope {
         model: root.usage
         Accessible.role: Accessible.Chart
         Accessible.name: root.name
-        onCountChanged: toLatest()
+        onCountChanged: Qt.callLater(toLatest) // the view has to know the new rows first
         Component.onCompleted: toLatest()
         Keys.onPressed: event => {
             const page = Math.max(1, Math.floor(width / root.barWidth) - 1);
@@ -94,8 +94,11 @@ FocusScope {
         }
 
         function toLatest() {
-            currentIndex = count - 1;
-            positionViewAtEnd();
+            // A view without bars would create each bar up to the wanted one, too.
+            forceLayout();
+            const latest = Math.min(root.usage.latest, count - 1);
+            positionViewAtIndex(latest, ListView.End);
+            currentIndex = latest;
         }
 
         T.ScrollBar.horizontal: ListBar {
