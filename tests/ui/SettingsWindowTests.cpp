@@ -256,6 +256,11 @@ TEST_F(SettingsWindowTests, DiagnosticsRunsAreListedOpenedReplayedAndRemovedAfte
     QTest::keyClick(&window(), Qt::Key_Return);
     ASSERT_TRUE(runUntil([&] { return !settings.window->runs().message().isEmpty(); }));
     EXPECT_FALSE(settings.window->runs().isGood()) << "a replay needs an event log";
+    EXPECT_EQ(settings.window->runs().messageRow(), 0);
+    const auto* const answer = window().findChild<QObject*>("runAnswer");
+    EXPECT_TRUE(answer->property("visible").toBool());
+    QTest::keyClick(&window(), Qt::Key_Escape);
+    EXPECT_TRUE(window().isVisible() && !answer->property("visible").toBool());
     button("删除")->forceActiveFocus(Qt::TabFocusReason);
     QTest::keyClick(&window(), Qt::Key_Return);
     EXPECT_TRUE(settings.files.has(run)) << "the first press only asks for confirmation";

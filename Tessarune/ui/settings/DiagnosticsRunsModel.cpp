@@ -7,6 +7,7 @@
 #include "TessaruneCore/text/Text.h"
 
 #include <QLocale>
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -121,9 +122,17 @@ QVariantList DiagnosticsRunsModel::runs() const {
     return all;
 }
 
-void DiagnosticsRunsModel::tell(const QString& message, bool isGood) {
+int DiagnosticsRunsModel::messageRow() const {
+    const auto run = std::ranges::find(runs_, messageRun_, &DiagnosticsRunContents::directory);
+    return run == runs_.end() ? -1 : static_cast<int>(run - runs_.begin());
+}
+
+void DiagnosticsRunsModel::tell(const std::filesystem::path& run, const QString& message,
+                                bool isGood, const QString& replay) {
+    messageRun_ = run;
     message_ = message;
     isGood_ = isGood;
+    replay_ = replay;
     Q_EMIT told();
 }
 
@@ -132,14 +141,15 @@ void DiagnosticsRunsModel::replayRun(int row) {
     if (!run)
         return;
     inBackground([&disk = environment_.files, directory = run->directory] {
-        return [result = RunVerification::verify(disk, directory)](DiagnosticsRunsModel& model) {
-            model.replay_ = QString::fromStdString(result.text);
-            model.tell(QString::fromStdString(
+        return [directory,
+                result = RunVerification::verify(disk, directory)](DiagnosticsRunsModel& model) {
+            model.tell(directory,
+                       QString::fromStdString(
                            result.matches()
                                ? localized("回放的 %lld 条字幕与当时的完全一致。",
                                            {std::to_string(result.rows)})
                                : localized("回放与当时的字幕不一致：%@", {result.problem})),
-                       result.matches());
+                       result.matches(), QString::fromStdString(result.text));
         };
     });
 }
@@ -147,7 +157,7 @@ void DiagnosticsRunsModel::replayRun(int row) {
 void DiagnosticsRunsModel::openFolder(int row) {
     if (const DiagnosticsRunContents* const run = at(row);
         run && !environment_.openFolder(run->directory))
-        tell(runText("无法打开文件夹。"), false);
+        tell(run->directory, runText("无法打开文件夹。"), false);
 }
 
 void DiagnosticsRunsModel::remove(int row) {
@@ -156,15 +166,14 @@ void DiagnosticsRunsModel::remove(int row) {
         return;
     const DataFolderLease lease = environment_.leaseDataFolder();
     if (!lease.hold) {
-        tell(QString::fromStdString(lease.problem), false);
+        tell(run->directory, QString::fromStdString(lease.problem), false);
         return;
     }
     inBackground([&disk = environment_.files, paths = environment_.paths,
                   directory = run->directory, hold = lease.hold] {
         const bool isGone = DiagnosticsCatalog(disk, paths).remove({directory, 0});
-        return [isGone](DiagnosticsRunsModel& model) {
-            model.replay_.clear();
-            model.tell(isGone ? QString() : runText("诊断记录无法删除。"), isGone);
+        return [isGone, directory](DiagnosticsRunsModel& model) {
+            model.tell(directory, isGone ? QString() : runText("诊断记录无法删除。"), isGone);
         };
     });
     refresh();

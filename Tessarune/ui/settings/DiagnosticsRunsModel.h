@@ -9,6 +9,7 @@
 #include <QString>
 #include <QVariantList>
 #include <QVariantMap>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -25,11 +26,13 @@ class DiagnosticsRunsModel final : public QObject {
     /// The newest first: "title", "about", "holds", "canReplay", "canRemove".
     Q_PROPERTY(QVariantList runs READ runs NOTIFY listChanged)
     Q_PROPERTY(bool isEmpty READ isEmpty NOTIFY listChanged)
-    /// The captions of the last replay.
+    /// The captions of the replay that `message` reports; else empty.
     Q_PROPERTY(QString replay READ replay NOTIFY told)
     /// The result of the last action: after a replay, whether its captions equal those of the
     /// session.
     Q_PROPERTY(QString message READ message NOTIFY told)
+    /// The row of the run that `message` is about; -1 if it is not in the list any more.
+    Q_PROPERTY(int messageRow READ messageRow NOTIFY told)
     /// Whether `message` reports a success.
     Q_PROPERTY(bool isGood READ isGood NOTIFY told)
     Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
@@ -42,6 +45,7 @@ class DiagnosticsRunsModel final : public QObject {
     bool isEmpty() const { return isRead_ && runs_.empty(); }
     QString replay() const { return replay_; }
     QString message() const { return message_; }
+    int messageRow() const;
     bool isGood() const { return isGood_; }
     QVariantMap texts() const;
 
@@ -66,13 +70,15 @@ class DiagnosticsRunsModel final : public QObject {
     /// Runs `work` on the queue. `work` returns a function, which then runs on the main thread,
     /// unless this model has been destroyed.
     void inBackground(std::function<Apply()> work);
-    void tell(const QString& message, bool isGood);
+    void tell(const std::filesystem::path& run, const QString& message, bool isGood,
+              const QString& replay = {});
 
     const SettingsWindowEnvironment& environment_;
     const std::shared_ptr<SerialQueue> queue_;
     const std::shared_ptr<Link> link_;
     std::vector<DiagnosticsRunContents> runs_;
     bool isRead_ = false;
+    std::filesystem::path messageRun_;
     QString replay_;
     QString message_;
     bool isGood_ = true;

@@ -9,6 +9,54 @@ Column {
     required property DiagnosticsRunsModel runs
 
     Component.onCompleted: runs.refresh()
+    Keys.onEscapePressed: event => {
+        event.accepted = answer.visible;
+        answer.close();
+    }
+
+    // The result of the last action, over the list beside its run, so that no row moves.
+    Popover {
+        id: answer
+
+        property Item run: null
+
+        objectName: "runAnswer"
+        y: {
+            if (!run)
+                return 0;
+            const hasRoomBelow = run.mapToItem(null, 0, run.height).y + height < root.Window.height;
+            return hasRoomBelow ? run.y + run.height : run.y - height;
+        }
+        width: root.width
+        focus: false
+
+        contentItem: Column {
+            spacing: Math.round(Theme.body * 0.6)
+
+            Label {
+                width: parent.width
+                text: root.runs.message
+                color: root.runs.isGood ? Theme.good : Theme.trouble
+                Accessible.role: Accessible.AlertMessage
+            }
+            Label {
+                width: parent.width
+                visible: text !== ""
+                text: root.runs.replay.trim()
+                maximumLineCount: 12
+                elide: Text.ElideRight
+                font.pixelSize: Theme.small
+            }
+        }
+    }
+
+    Connections {
+        target: root.runs
+        function onTold() {
+            answer.run = root.runs.message !== "" ? rows.itemAt(root.runs.messageRow) : null;
+            answer.visible = answer.run !== null;
+        }
+    }
 
     SectionTitle {
         width: parent.width
@@ -20,25 +68,10 @@ Column {
         text: root.runs.texts.none
         color: Theme.quiet
     }
-    Label {
-        width: parent.width
-        visible: text !== ""
-        text: root.runs.message
-        color: root.runs.isGood ? Theme.good : Theme.trouble
-        Accessible.role: Accessible.AlertMessage
-    }
-    Label {
-        width: parent.width
-        visible: text !== ""
-        bottomPadding: Math.round(Theme.body * 0.6)
-        text: root.runs.replay
-        textFormat: Text.PlainText
-        maximumLineCount: 12
-        elide: Text.ElideRight
-        font.pixelSize: Theme.small
-    }
 
     Repeater {
+        id: rows
+
         model: root.runs.runs
 
         Item {
