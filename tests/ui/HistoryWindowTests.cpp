@@ -319,6 +319,15 @@ TEST_F(HistoryWindowTests, FilesAreImportedOrTheReasonIsShown) {
     EXPECT_EQ(history.disk.list(history.paths.recordings()).size(), 2U) << "only two recordings";
     imports.remove(0);
     EXPECT_EQ(imports.count(), 0);
+
+    const QUrl elsewhere("https://example.org/talk.mp3");
+    imports.add({elsewhere, elsewhere, elsewhere, elsewhere, elsewhere});
+    imports.add({history.file("note.txt", "no sound")});
+    const auto* const list = window().findChild<QQuickItem*>("imports");
+    EXPECT_TRUE(runUntil([&] {
+        return state(5) == broken && list->property("contentY").toDouble() > 0 &&
+               list->property("atYEnd").toBool();
+    })) << "the newest failure is visible";
 }
 
 TEST_F(HistoryWindowTests, ARecordingIsRefinedAgainAndOnlyItsRowChanges) {

@@ -51,11 +51,13 @@ void HistoryImportsModel::add(const std::vector<ImportedFile>& files) {
     if (!hold)
         return;
     std::vector<ImportedFile> all = rows();
+    const int firstNew = count();
     for (ImportedFile file : files) {
         file.number = ++lastNumber_;
         all.push_back(std::move(file));
     }
     set(std::move(all));
+    Q_EMIT attentionWanted(firstNew);
     if (!std::exchange(isImporting_, true))
         spawn(Executor::main(environment_.host), importAll(std::move(hold)));
 }
@@ -66,6 +68,7 @@ Task<void> HistoryImportsModel::importAll(DataFolderHold hold) {
     HistoryImportCoordinator& imports = environment_.imports;
     for (int row = rowIn(FileState::waiting); row >= 0; row = rowIn(FileState::waiting)) {
         change(row, [](ImportedFile& file) { file.state = FileState::copying; });
+        Q_EMIT attentionWanted(row);
         const int number = at(row)->number;
         std::vector<std::filesystem::path> files(1, at(row)->path);
         stop_ = std::stop_source();
@@ -82,6 +85,7 @@ Task<void> HistoryImportsModel::importAll(DataFolderHold hold) {
 void HistoryImportsModel::ended(int number, const std::string& problem) {
     std::vector<ImportedFile> files = rows();
     const auto file = std::ranges::find(files, number, &ImportedFile::number);
+    const int row = static_cast<int>(file - files.begin());
     if (problem.empty()) {
         files.erase(file);
     } else {
@@ -89,6 +93,8 @@ void HistoryImportsModel::ended(int number, const std::string& problem) {
         file->problem = problem;
     }
     set(std::move(files));
+    if (!problem.empty())
+        Q_EMIT attentionWanted(row);
 }
 
 void HistoryImportsModel::remove(int row) {

@@ -56,6 +56,10 @@ class HistoryImportsModel final : public ListedRows<ImportedFile> {
     /// Cancels a file that waits or is being copied; removes a failed one from the list.
     Q_INVOKABLE void remove(int row);
 
+  Q_SIGNALS:
+    /// The row is new, its import begins, or it has failed: it should be visible.
+    void attentionWanted(int row);
+
   private:
     void add(const std::vector<ImportedFile>& files);
     Task<void> importAll(DataFolderHold hold);

@@ -21,6 +21,20 @@ ListView {
     Accessible.name: texts.importing
     T.ScrollBar.vertical: ListBar {}
 
+    function reveal(row: int) {
+        for (let i = 0; i < count; ++i)
+            itemAtIndex(i)?.settle();
+        forceLayout();
+        positionViewAtIndex(row, ListView.Contain);
+    }
+
+    Connections {
+        target: root.imports
+        function onAttentionWanted(row: int) {
+            Qt.callLater(root.reveal, row); // the view has to know the new rows first
+        }
+    }
+
     delegate: Rectangle {
         id: row
 
@@ -37,6 +51,11 @@ ListView {
         border.color: Theme.line
         Accessible.role: Accessible.ListItem
         Accessible.name: name + ", " + stateText
+
+        // Takes the height of a changed text at once.
+        function settle() {
+            words.forceLayout();
+        }
 
         Column {
             id: words
