@@ -40,8 +40,9 @@ bool hasDisplay() {
 
 void nameProgram() {
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    QGuiApplication::setApplicationName(QString::fromUtf8(programName));
-    QGuiApplication::setApplicationDisplayName(QStringLiteral("Tessarune"));
+    const QString name = QStringLiteral("Tessarune");
+    QGuiApplication::setApplicationName(name); // the tray shows it as the item's title
+    QGuiApplication::setApplicationDisplayName(name);
     QGuiApplication::setDesktopFileName(QStringLiteral(TESSARUNE_APPLICATION_ID));
 }
 
