@@ -356,6 +356,7 @@ TEST_F(HistoryWindowTests, ARecordingIsRefinedAgainAndOnlyItsRowChanges) {
     ASSERT_TRUE(runUntil([&] { return refinement.progress() > 0; }));
     EXPECT_TRUE(refinement.problem().isEmpty());
     EXPECT_EQ(cell(7, HistoryListModel::StateTextRole), "转写 50%");
+    EXPECT_EQ(refinement.stateText(), "正在重新转写…");
     refinement.cancel();
     ASSERT_TRUE(runUntil([&] { return settled() && !model().message().isEmpty(); }));
     EXPECT_EQ(model().message(), "文字保持原样。");
@@ -370,6 +371,17 @@ TEST_F(HistoryWindowTests, ARecordingIsRefinedAgainAndOnlyItsRowChanges) {
         EXPECT_EQ(change[1].toModelIndex().row(), 7);
     }
     EXPECT_TRUE(additions.isEmpty());
+
+    history.hearsForever = true;
+    const UUID silent = history.add(5, "");
+    history.notifications.post(NotificationName::historyImportSelectRecording, silent);
+    ASSERT_TRUE(
+        runUntil([&] { return model().detail()->isShown() && !model().detail()->hasText(); }));
+    refinement.refine(0);
+    EXPECT_TRUE(runUntil([&] { return refinement.stateText() == "转写 50%"; }))
+        << "the first transcription: " << refinement.stateText().toStdString();
+    refinement.cancel();
+    EXPECT_TRUE(runUntil(settled));
 }
 
 TEST_F(HistoryWindowTests, WordsAreCountedMarkedLookedUpAndHeard) {

@@ -62,9 +62,12 @@ QString HistoryRefinementModel::stateText() const {
     case RefinementStep::waiting:
         return detail_.hasText() ? historyText("等待重新转写") : historyText("等待转写");
     case RefinementStep::transcribing:
-        return historyText("正在重新转写…");
+        return detail_.hasText()
+                   ? historyText("正在重新转写…")
+                   : historyText("转写 %lld%",
+                                 {std::to_string(static_cast<int>(current->fraction * 100))});
     case RefinementStep::translating:
-        return historyText("正在重新翻译…");
+        return detail_.hasTranslation() ? historyText("正在重新翻译…") : historyText("正在翻译…");
     }
     return {};
 }

@@ -10,6 +10,15 @@ T.ComboBox {
     property string name: ""
     // Shown while no entry of the list is chosen.
     property string otherText: ""
+    // The width in which each choice is shown in full.
+    readonly property real fittingWidth: widest + leftPadding + rightPadding
+    readonly property real widest: {
+        let width = 0;
+        metrics.font; // advanceWidth() does not depend on it by itself
+        for (let i = 0; i < count; ++i)
+            width = Math.max(width, metrics.advanceWidth(textAt(i)));
+        return Math.ceil(width) + 1;
+    }
 
     implicitWidth: Math.round(Theme.body * 19)
     implicitHeight: Theme.controlHeight
@@ -86,16 +95,9 @@ T.ComboBox {
     }
 
     popup: T.Popup {
-        // Room for the widest text, with the check mark before it.
-        readonly property real widest: {
-            let width = 0;
-            for (let i = 0; i < root.count; ++i)
-                width = Math.max(width, metrics.advanceWidth(root.textAt(i)));
-            return Math.ceil(width + Theme.body * 3.1) + 2 * padding;
-        }
-
         y: root.height + 4
-        width: Math.max(root.width, widest)
+        // Room for the widest text, with the check mark before it.
+        width: Math.max(root.width, Math.ceil(root.widest + Theme.body * 3.1) + 2 * padding)
         height: Math.min(contentItem.implicitHeight + 8, Theme.controlHeight * 9)
         margins: 8
         padding: 4

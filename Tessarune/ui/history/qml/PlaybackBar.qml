@@ -96,7 +96,7 @@ Item {
             ChoiceBox {
                 objectName: "rate"
                 anchors.verticalCenter: parent.verticalCenter
-                width: Math.round(Theme.body * 6)
+                width: fittingWidth
                 name: root.texts.rate
                 model: root.playback.rates
                 currentIndex: root.playback.rateIndex

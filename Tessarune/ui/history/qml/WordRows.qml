@@ -44,7 +44,7 @@ FocusScope {
             id: kinds
 
             objectName: "wordKind"
-            width: Math.round(Theme.body * (root.width < Theme.body * 30 ? 8.5 : 10))
+            width: Math.min(fittingWidth, Math.round(root.width * 0.55))
             name: root.texts.which
             model: root.words.kinds
             currentIndex: root.words.kind
@@ -83,6 +83,8 @@ FocusScope {
             }
         }
         onActiveFocusChanged: if (activeFocus && currentIndex < 0) currentIndex = 0
+        // The card leaves less height.
+        onHeightChanged: if (currentIndex >= 0) positionViewAtIndex(currentIndex, ListView.Contain)
         Keys.onPressed: event => {
             const isPlain = !(event.modifiers & (Qt.ControlModifier | Qt.AltModifier));
             if (event.key === Qt.Key_K && isPlain)
