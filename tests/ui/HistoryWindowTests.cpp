@@ -95,7 +95,11 @@ TEST_F(HistoryWindowTests, KeysSelectARecordingDeleteItAndUndoThat) {
     EXPECT_EQ(model().detail()->recording()->id, second);
     DesktopLook::setReducesMotion(true);
     QTest::keyClick(&window(), Qt::Key_Delete);
-    EXPECT_EQ(window().findChild<QQuickItem*>("message")->opacity(), 1);
+    const auto* const message = window().findChild<QQuickItem*>("message");
+    const auto* const play = window().findChild<QQuickItem*>("play");
+    EXPECT_EQ(message->opacity(), 1);
+    EXPECT_TRUE(play->isVisible());
+    EXPECT_LT(message->mapToScene({0, message->height()}).y(), play->mapToScene({}).y());
     DesktopLook::setReducesMotion(false);
     EXPECT_EQ(titles(), "First|Third|");
     EXPECT_TRUE(history.catalog.recording(second)) << "kept while the deletion can be undone";

@@ -10,6 +10,8 @@ Item {
     required property HistoryWindowModel model
     readonly property HistoryDetailModel detail: model.detail
     readonly property real margin: Math.round(Theme.body * 1.7)
+    // Of the playback controls, which a message must not cover.
+    readonly property real barHeight: bar.height
     readonly property bool showsWords: model.words.isOpen && !detail.isRunning
     // The words panel is beside the transcript, or takes its place if there is no room for both.
     readonly property real wordsWidth: width < Theme.body * 44 ? width : Math.round(Math.max(Theme.body * 22, Math.min(Theme.body * 28, width * 0.44)))

@@ -134,6 +134,8 @@ Window {
         anchors { left: side.right; leftMargin: 1; right: parent.right; top: parent.top; bottom: parent.bottom }
 
         HistoryDetail {
+            id: detail
+
             anchors.fill: parent
             visible: !window.model.showsVocabulary && !window.model.showsUsage
             model: window.model
@@ -159,7 +161,7 @@ Window {
 
     MessageBar {
         objectName: "message"
-        anchors { bottom: parent.bottom; bottomMargin: Math.round(Theme.body * 1.4); horizontalCenter: parent.horizontalCenter; horizontalCenterOffset: side.width / 2 }
+        anchors { bottom: parent.bottom; bottomMargin: Math.round(Theme.body * 1.4) + detail.barHeight; horizontalCenter: parent.horizontalCenter; horizontalCenterOffset: side.width / 2 }
         maximumWidth: window.width - side.width - 3 * Theme.body
         text: window.model.message
         action: window.model.canUndo ? window.model.texts.undo : ""
