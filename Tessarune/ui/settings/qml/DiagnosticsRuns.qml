@@ -14,6 +14,11 @@ Column {
         answer.close();
     }
 
+    function place() {
+        answer.run = runs.message !== "" ? rows.itemAt(runs.messageRow) : null;
+        answer.visible = answer.run !== null;
+    }
+
     // The result of the last action, over the list beside its run, so that no row moves.
     Popover {
         id: answer
@@ -53,8 +58,11 @@ Column {
     Connections {
         target: root.runs
         function onTold() {
-            answer.run = root.runs.message !== "" ? rows.itemAt(root.runs.messageRow) : null;
-            answer.visible = answer.run !== null;
+            root.place();
+        }
+        function onListChanged() {
+            if (answer.visible)
+                Qt.callLater(root.place); // the run has a new row
         }
     }
 
