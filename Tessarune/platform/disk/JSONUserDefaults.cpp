@@ -1,6 +1,7 @@
 #include "Tessarune/platform/disk/JSONUserDefaults.h"
 
 #include "Tessarune/platform/disk/FileLock.h"
+#include "TessaruneCore/UUID.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/text/JSON.h"
 #include "TessaruneCore/text/Localization.h"
@@ -34,14 +35,10 @@ std::filesystem::path linkedFile(const std::filesystem::path& file) {
     return isSpecial ? file : target;
 }
 
-/// The beginning of a text that stands for a number beyond the range of a double; the number as it
-/// is written in the file follows. No JSON reader of the program can hold such a number, and it
-/// must neither make the other settings unreadable nor be lost.
-constexpr std::string_view numberMark = "\x01number ";
-constexpr std::string_view writtenNumberMark = "\"\\u0001number ";
-
-/// Puts texts with the mark in place of all numbers beyond the range of a double.
-std::string withMarkedNumbers(std::string_view json) {
+/// Puts texts in place of all numbers beyond the range of a double: `mark`, and then the number as
+/// it is written. No JSON reader of the program can hold such a number, and it must neither make
+/// the other settings unreadable nor be lost. `mark` must not occur in any other text.
+std::string withMarkedNumbers(std::string_view json, const std::string& mark) {
     constexpr std::string_view inNumbers = "+-.0123456789Ee";
     std::string marked;
     bool isInString = false;
@@ -60,7 +57,7 @@ std::string withMarkedNumbers(std::string_view json) {
         }
         const std::string_view token = json.substr(at, length);
         if (isTooLarge)
-            marked.append(writtenNumberMark).append(token) += '"';
+            marked.append("\"").append(mark).append(token) += '"';
         else
             marked += token;
         at += length;
@@ -69,14 +66,14 @@ std::string withMarkedNumbers(std::string_view json) {
 }
 
 /// Puts the numbers back into a text that the JSON library has written.
-std::string withPlainNumbers(std::string_view json) {
+std::string withPlainNumbers(std::string_view json, const std::string& mark) {
     std::string plain;
     for (;;) {
-        const std::size_t mark = json.find(writtenNumberMark);
-        plain += json.substr(0, mark);
-        if (mark == std::string_view::npos)
+        const std::size_t found = json.find('"' + mark);
+        plain += json.substr(0, found);
+        if (found == std::string_view::npos)
             return plain;
-        json.remove_prefix(mark + writtenNumberMark.size());
+        json.remove_prefix(found + 1 + mark.size());
         const std::size_t end = json.find('"');
         plain += json.substr(0, end);
         json.remove_prefix(end + 1);
@@ -87,6 +84,7 @@ std::string withPlainNumbers(std::string_view json) {
 
 struct JSONUserDefaults::Content {
     Json object = Json::object();
+    std::string numberMark; ///< of `withMarkedNumbers`; empty if no number had to be marked
 };
 
 JSONUserDefaults::JSONUserDefaults(FileSystem& files, std::filesystem::path file)
@@ -125,12 +123,15 @@ void JSONUserDefaults::load() {
     try {
         const std::string text = files_.read(file_);
         Json parsed = JSON::parse(text);
-        if (parsed.is_discarded())
-            parsed = JSON::parse(withMarkedNumbers(text));
+        std::string mark;
+        if (parsed.is_discarded()) {
+            mark = UUID::random().text();
+            parsed = JSON::parse(withMarkedNumbers(text, mark));
+        }
         if (!parsed.is_object())
             throw std::runtime_error(
                 localized("%@ does not contain a JSON object", {file_.string()}));
-        content_->object = std::move(parsed);
+        *content_ = {std::move(parsed), std::move(mark)};
         isFileUnreadable_ = false;
         problem_.clear();
     } catch (const std::exception& error) {
@@ -148,9 +149,10 @@ void JSONUserDefaults::store() {
     try {
         if (file_.has_parent_path())
             files_.createDirectories(file_.parent_path());
-        files_.writeAtomically(file_, withPlainNumbers(content_->object.dump(
-                                          2, ' ', false, Json::error_handler_t::replace)) +
-                                          "\n");
+        std::string text = content_->object.dump(2, ' ', false, Json::error_handler_t::replace);
+        if (!content_->numberMark.empty())
+            text = withPlainNumbers(text, content_->numberMark);
+        files_.writeAtomically(file_, text + "\n");
         problem_.clear();
     } catch (const std::exception& error) {
         problem_ = error.what();
@@ -184,8 +186,8 @@ std::optional<SettingValue> JSONUserDefaults::value(std::string_view key) const 
     if (!found->is_string())
         return std::nullopt;
     std::string text = found->get<std::string>();
-    return text.starts_with(numberMark) ? std::nullopt
-                                        : std::optional<SettingValue>(std::move(text));
+    const bool isNumber = !content_->numberMark.empty() && text.starts_with(content_->numberMark);
+    return isNumber ? std::nullopt : std::optional<SettingValue>(std::move(text));
 }
 
 bool JSONUserDefaults::isUnreadable(std::string_view key) const {
