@@ -32,7 +32,8 @@ class VocabularyStore {
 
     /// Reads the file again if its content is not what this object last read or wrote.
     void refresh();
-    /// Says for the user that the file was damaged when it was last read; empty if it was good.
+    /// Says for the user that the file was damaged when it was last read; empty if it was good, or
+    /// is gone.
     std::string readingProblem() const;
 
     // Newest first.

@@ -14,6 +14,7 @@ void DesktopProgram::watchSystem() {
     // The last window may be the one that names the file of an export: it begins a moment later.
     QObject::connect(qGuiApp, &QGuiApplication::lastWindowClosed, &host_, [this] {
         constexpr double momentSeconds = 0.2;
+        closing_.cancel();
         closing_ = host_.after(momentSeconds, [this] { endIfUnreachable(); });
     });
     observations_.followChanges(application_.historyExport.unfinishedFiles(), [this](int files) {

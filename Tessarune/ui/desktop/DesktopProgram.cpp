@@ -38,11 +38,15 @@ std::vector<IdleMemorySentinel::Window> openWindows() {
 
 /// Exits the event loop without `QCoreApplication::quit`, which would first ask the windows to
 /// close. The hidden windows would refuse.
-Task<void> endEventLoop(HistoryRefinementService& refinement, HistoryExport& exports) {
+Task<void> endEventLoop(HistoryRefinementService& refinement, HistoryExport& exports,
+                        Desktop& desktop) {
     Task<void> ending = refinement.end();
     co_await ending;
     Task<void> endingExports = exports.end();
     co_await endingExports;
+    if (*exports.unfinishedFiles() > 0)
+        desktop.notify("Tessarune",
+                       localized("Tessarune was closed before the export was complete."));
     QCoreApplication::exit(0);
 }
 
@@ -231,7 +235,8 @@ void DesktopProgram::quit() {
 
 void DesktopProgram::leave() {
     lifecycle_.handleApplicationWillTerminate();
-    spawn(Executor::main(host_), endEventLoop(application_.refinement, application_.historyExport));
+    spawn(Executor::main(host_),
+          endEventLoop(application_.refinement, application_.historyExport, desktop_));
 }
 
 } // namespace tessarune

@@ -37,6 +37,8 @@ HistoryRefinementModel::HistoryRefinementModel(const HistoryWindowEnvironment& e
       onAlert_(std::move(onAlert)) {
     connect(&detail_, &HistoryDetailModel::recordingChanged, this,
             &HistoryRefinementModel::changed);
+    connect(&detail_, &HistoryDetailModel::transcriptChanged, this,
+            &HistoryRefinementModel::changed);
     observations_.follow(environment_.refinement.jobs(), [this] { Q_EMIT changed(); });
     observations_.follow(environment_.refinement.failures(), [this] { Q_EMIT changed(); });
 }

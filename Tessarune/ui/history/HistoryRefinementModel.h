@@ -15,8 +15,9 @@
 
 namespace tessarune {
 
-/// The refinement (second transcription) of the chosen recording: the models to choose from, the
-/// progress and the last failure. Main thread; environment and detail must outlive it.
+/// The refinement of the chosen recording, and the first transcription of an imported one: the
+/// models to choose from, the progress and the last failure. Main thread; environment and detail
+/// must outlive it.
 class HistoryRefinementModel final : public QObject {
     Q_OBJECT
     /// Whether the chosen recording can be refined now.

@@ -136,6 +136,11 @@ void DiagnosticsRunsModel::tell(const std::filesystem::path& run, const QString&
     Q_EMIT told();
 }
 
+void DiagnosticsRunsModel::forget() {
+    message_.clear();
+    replay_.clear();
+}
+
 void DiagnosticsRunsModel::replayRun(int row) {
     const DiagnosticsRunContents* const run = at(row);
     if (!run)

@@ -54,6 +54,8 @@ class DiagnosticsRunsModel final : public QObject {
     Q_INVOKABLE void replayRun(int row);
     Q_INVOKABLE void openFolder(int row);
     Q_INVOKABLE void remove(int row);
+    /// Clears the result of the last action, which the user has seen.
+    Q_INVOKABLE void forget();
 
   Q_SIGNALS:
     void listChanged();

@@ -135,9 +135,10 @@ FocusScope {
                 anchors.fill: parent
                 hoverEnabled: true
                 onClicked: {
+                    const chosen = row.index; // the list scrolls when the card opens
+                    list.currentIndex = chosen;
                     list.forceActiveFocus();
-                    list.currentIndex = row.index;
-                    root.words.choose(row.index);
+                    root.words.choose(chosen);
                 }
             }
 

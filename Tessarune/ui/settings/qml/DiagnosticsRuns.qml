@@ -9,6 +9,7 @@ Column {
     required property DiagnosticsRunsModel runs
 
     Component.onCompleted: runs.refresh()
+    // The panel leaves the focus where it is.
     Keys.onEscapePressed: event => {
         event.accepted = answer.visible;
         answer.close();
@@ -34,6 +35,7 @@ Column {
         }
         width: root.width
         focus: false
+        onClosed: root.runs.forget()
 
         contentItem: Column {
             spacing: Math.round(Theme.body * 0.6)
@@ -61,8 +63,8 @@ Column {
             root.place();
         }
         function onListChanged() {
-            if (answer.visible)
-                Qt.callLater(root.place); // the run has a new row
+            // The run has a new row, or the answer came while another pane was shown.
+            Qt.callLater(root.place);
         }
     }
 
