@@ -43,8 +43,8 @@ void applyManifest(const JSON::Value& manifest, DiagnosticsRunContents& contents
     contents.startedWall = JSON::member<double>(manifest, "startedWall");
     contents.durationSeconds = JSON::member<double>(manifest, "durationSeconds");
     contents.isFinished = contents.durationSeconds.has_value();
-    constexpr double longestSeconds =
-        1e9; // a longer time is damage; a negative one, a clock that was set back
+    // A longer time is damage; a negative one, a clock that was set back.
+    constexpr double longestSeconds = 1e9;
     if (contents.durationSeconds &&
         (*contents.durationSeconds < 0 || *contents.durationSeconds > longestSeconds))
         contents.durationSeconds.reset();
